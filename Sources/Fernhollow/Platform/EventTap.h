@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace fernhollow {
+
+/// What a tap reports. Which key it was is not among it: nothing behind the tap can know.
+enum class TapEvent {
+    keyDown,  ///< a key other than a modifier went down, or repeated
+    disabled, ///< the desktop took the tap away; it delivers nothing any more
+};
+
+/// A global listener for key-down events of every application, each auto-repeat included.
+///
+/// Key-ups and modifier keys alone are never reported. Events arrive on the thread that created
+/// the tap, from its event loop, and only while the tap is enabled. Destroying it removes it.
+class EventTap {
+public:
+    virtual ~EventTap() = default;
+    virtual void setEnabled(bool enabled) = 0;
+};
+
+/// Why the desktop does not let us count, in words for the person in front of it.
+struct TrustProblem {
+    std::string missing; ///< what is missing, one sentence
+    std::string remedy;  ///< what the person can do, one or two sentences
+};
+
+/// The desktop's side of the keyboard: may we observe it, and the tap that does.
+class EventTapProvider {
+public:
+    /// Shows the person why counting is not possible.
+    using Prompt = std::function<void(const TrustProblem&)>;
+    using Callback = std::function<void(TapEvent)>;
+
+    virtual ~EventTapProvider() = default;
+
+    /// True when a tap would see every press. With `prompting`, a refusal is also shown to the person.
+    virtual bool isProcessTrusted(bool prompting) = 0;
+
+    /// A new, disabled tap, or null when the desktop refuses one.
+    virtual std::unique_ptr<EventTap> createTap(Callback callback) = 0;
+};
+
+/// The provider of the desktop that we run on.
+std::unique_ptr<EventTapProvider> makeEventTapProvider(EventTapProvider::Prompt prompt);
+
+} // namespace fernhollow

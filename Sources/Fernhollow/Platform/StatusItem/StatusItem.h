@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+namespace fernhollow {
+
+/// One item in the desktop's status bar whose title is a short text, here today's count.
+///
+/// Where the desktop's hosts show labels the title is the exact text; for hosts that only show icons
+/// it is drawn into the icon, shortened when it does not fit. The item appears, disappears and
+/// appears again as hosts come and go. Main thread only.
+class StatusItem : public QObject {
+    Q_OBJECT
+
+public:
+    explicit StatusItem(QObject* parent = nullptr);
+    ~StatusItem() override;
+
+    /// The text to show. Cheap: an unchanged text does nothing, and quick changes reach the host
+    /// at a rate that a person can still read.
+    void setTitle(const QString& title);
+    QString title() const;
+
+    /// Whether any host shows the item now.
+    bool isShown() const;
+
+Q_SIGNALS:
+    void clicked();
+    void shownChanged(bool shown);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace fernhollow

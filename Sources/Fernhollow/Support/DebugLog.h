@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+namespace fernhollow {
+
+/// Appends one time-stamped line to "fernhollow_debug.log" in the user's home directory.
+///
+/// The single diagnostic sink of the program. It never throws and never reports: a line that cannot
+/// be written is lost. Messages begin with their component in square brackets. Any thread may call it.
+void debugLog(std::string_view message);
+
+} // namespace fernhollow

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+
+namespace fernhollow {
+
+/// $HOME, or the home directory of the password database where the variable is not set.
+std::filesystem::path homeDirectory();
+
+/// The per-user data directory of the XDG Base Directory Specification: $XDG_DATA_HOME when it is an
+/// absolute path, else ".local/share" in the home directory. Throws std::filesystem::filesystem_error
+/// when there is no home directory either.
+std::filesystem::path applicationSupportDirectory();
+
+/// $XDG_CONFIG_HOME likewise, else ".config" in the home directory.
+std::filesystem::path configurationDirectory();
+
+/// Creates `folder` and what is missing above it, each with mode 0700.
+/// Throws std::filesystem::filesystem_error.
+void createPrivateDirectories(const std::filesystem::path& folder);
+
+} // namespace fernhollow

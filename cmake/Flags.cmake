@@ -1,0 +1,34 @@
+# The one target that carries what every translation unit is compiled with.
+add_library(fernhollow_flags INTERFACE)
+target_compile_features(fernhollow_flags INTERFACE cxx_std_20)
+target_compile_options(
+  fernhollow_flags
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wshadow
+            -Wconversion
+            -Wnon-virtual-dtor
+            -Woverloaded-virtual
+            -Wimplicit-fallthrough
+            -Werror)
+target_compile_definitions(
+  fernhollow_flags INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
+                             QT_NO_FOREACH QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_include_directories(fernhollow_flags INTERFACE ${PROJECT_SOURCE_DIR}/Sources
+                                                      ${PROJECT_SOURCE_DIR}/Sources/Fernhollow)
+
+option(FERNHOLLOW_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
+if(FERNHOLLOW_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(fernhollow_flags INTERFACE ${sanitizers})
+  target_link_options(fernhollow_flags INTERFACE ${sanitizers})
+endif()
+
+# GCC 12 destroys by-value captures and aggregate temporaries inside a co_await expression twice.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  message(
+    FATAL_ERROR
+      "GCC ${CMAKE_CXX_COMPILER_VERSION} miscompiles C++20 coroutines (temporaries in co_await are destroyed twice). Use clang 19 (the presets do) or GCC 13 and later."
+  )
+endif()
