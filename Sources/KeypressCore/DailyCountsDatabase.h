@@ -1,0 +1,47 @@
+#pragma once
+
+#include "KeypressCore/Records.h"
+#include "KeypressCore/SQLiteConnection.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace fernhollow {
+
+/// The tables of one account's database and the statements on them, for DailyCountsStore's executor.
+///
+/// Each operation prepares its own statement and finalizes it before it returns. Failures are
+/// DailyCountsStoreErrors. Hours are 0 to 23; `updatedAt` and `firstSeen` are seconds since the Unix
+/// epoch.
+class DailyCountsDatabase {
+public:
+    /// Opens the file, in write-ahead-log mode, and creates the tables that are missing.
+    explicit DailyCountsDatabase(const std::filesystem::path& file);
+
+    void increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
+    void incrementHourly(const DayKey& day, int hour, std::int64_t by, std::int64_t updatedAt);
+    void overwrite(const DayKey& day, std::int64_t count, std::int64_t updatedAt);
+    void replaceHourly(const DayKey& day, const std::map<int, std::int64_t>& counts, std::int64_t updatedAt);
+    std::int64_t count(const DayKey& day);
+    std::vector<DailyCountRow> fetchCounts(const DayKey& from, const DayKey& to);
+    std::vector<HourlyCountRow> fetchHourlyCounts(const DayKey& day);
+
+    void incrementAppHourly(const DayKey& day, int hour, const std::string& bundleId, std::int64_t by,
+                            std::int64_t updatedAt);
+    std::vector<AppHourlyCountRow> fetchAppHourlyCounts(const DayKey& day);
+    std::unordered_map<std::string, std::int64_t> fetchAppDailyCounts(const DayKey& day);
+    void registerApp(const std::string& bundleId, const std::string& appName, std::int64_t firstSeen);
+    std::vector<AppRegistryRow> fetchAppRegistry();
+    void setAppHidden(const std::string& bundleId, bool isHidden);
+    std::optional<std::string> getAppName(const std::string& bundleId);
+
+private:
+    SQLiteConnection connection_;
+};
+
+} // namespace fernhollow

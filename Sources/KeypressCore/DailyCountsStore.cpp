@@ -1,0 +1,95 @@
+#include "KeypressCore/DailyCountsStore.h"
+
+#include "KeypressCore/DailyCountsDatabase.h"
+
+#include <utility>
+
+namespace fernhollow {
+
+DailyCountsStore::DailyCountsStore(std::filesystem::path url) :
+    url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_)) {}
+
+DailyCountsStore::~DailyCountsStore() {
+    // The executor's thread closes the database: a close writes the log back into the file.
+    executor_.run([database = std::move(database_)]() mutable { database.reset(); });
+}
+
+Future<void> DailyCountsStore::increment(DayKey day, std::int64_t by, std::int64_t updatedAt) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day), by, updatedAt] { db->increment(day, by, updatedAt); });
+}
+
+Future<void> DailyCountsStore::incrementHourly(DayKey day, int hour, std::int64_t by, std::int64_t updatedAt) {
+    return executor_.run([db = database_.get(), day = std::move(day), hour, by, updatedAt] {
+        db->incrementHourly(day, hour, by, updatedAt);
+    });
+}
+
+Future<void> DailyCountsStore::overwrite(DayKey day, std::int64_t count, std::int64_t updatedAt) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day), count, updatedAt] { db->overwrite(day, count, updatedAt); });
+}
+
+Future<void> DailyCountsStore::replaceHourly(DayKey day, std::map<int, std::int64_t> counts, std::int64_t updatedAt) {
+    return executor_.run([db = database_.get(), day = std::move(day), counts = std::move(counts), updatedAt] {
+        db->replaceHourly(day, counts, updatedAt);
+    });
+}
+
+Future<std::int64_t> DailyCountsStore::count(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->count(day); });
+}
+
+Future<std::vector<DailyCountRow>> DailyCountsStore::fetchCounts(DayKey from, DayKey to) {
+    return executor_.run([db = database_.get(), from = std::move(from), to = std::move(to)] {
+        return db->fetchCounts(from, to);
+    });
+}
+
+Future<std::vector<HourlyCountRow>> DailyCountsStore::fetchHourlyCounts(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->fetchHourlyCounts(day); });
+}
+
+Future<void> DailyCountsStore::incrementAppHourly(DayKey day, int hour, std::string bundleId, std::int64_t by,
+                                                  std::int64_t updatedAt) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day), hour, bundleId = std::move(bundleId), by, updatedAt] {
+            db->incrementAppHourly(day, hour, bundleId, by, updatedAt);
+        });
+}
+
+Future<std::vector<AppHourlyCountRow>> DailyCountsStore::fetchAppHourlyCounts(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->fetchAppHourlyCounts(day); });
+}
+
+Future<std::unordered_map<std::string, std::int64_t>> DailyCountsStore::fetchAppDailyCounts(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->fetchAppDailyCounts(day); });
+}
+
+Future<void> DailyCountsStore::registerApp(std::string bundleId, std::string appName, std::int64_t firstSeen) {
+    return executor_.run(
+        [db = database_.get(), bundleId = std::move(bundleId), appName = std::move(appName), firstSeen] {
+            db->registerApp(bundleId, appName, firstSeen);
+        });
+}
+
+Future<std::vector<AppRegistryRow>> DailyCountsStore::fetchAppRegistry() {
+    return executor_.run([db = database_.get()] { return db->fetchAppRegistry(); });
+}
+
+Future<void> DailyCountsStore::setAppHidden(std::string bundleId, bool isHidden) {
+    return executor_.run([db = database_.get(), bundleId = std::move(bundleId), isHidden] {
+        db->setAppHidden(bundleId, isHidden);
+    });
+}
+
+Future<std::optional<std::string>> DailyCountsStore::getAppName(std::string bundleId) {
+    return executor_.run(
+        [db = database_.get(), bundleId = std::move(bundleId)] { return db->getAppName(bundleId); });
+}
+
+bool DailyCountsStore::waitUntilIdle(std::chrono::milliseconds limit) {
+    return executor_.waitUntilIdle(limit);
+}
+
+} // namespace fernhollow

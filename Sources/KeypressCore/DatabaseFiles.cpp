@@ -1,0 +1,92 @@
+// Where the store's files lie: the static operations of DailyCountsStore.
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "Support/Text.h"
+#include "Support/UserDirectories.h"
+
+#include <QByteArray>
+
+#include <array>
+#include <string>
+#include <system_error>
+
+namespace fernhollow {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr std::array<const char*, 2> companions = {"-wal", "-shm"};
+
+fs::path createdDatabaseDirectory() {
+    auto folder = DailyCountsStore::databaseDirectory();
+    createPrivateDirectories(folder);
+    return folder;
+}
+
+std::string accountToken(std::string_view email) {
+    constexpr qsizetype longestToken = 32;
+    return QByteArray::fromStdString(lowercased(email))
+        .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals)
+        .left(longestToken)
+        .toStdString();
+}
+
+fs::path withSuffix(fs::path file, const char* suffix) {
+    return file += suffix;
+}
+
+/// The target appears when it is complete: half a database would be taken for the account's own.
+void copyWhole(const fs::path& from, const fs::path& to) {
+    const fs::path partial = withSuffix(to, ".partial");
+    try {
+        fs::copy_file(from, partial, fs::copy_options::overwrite_existing);
+        fs::rename(partial, to);
+    } catch (const fs::filesystem_error&) {
+        std::error_code ignored;
+        fs::remove(partial, ignored);
+        throw;
+    }
+}
+
+} // namespace
+
+fs::path DailyCountsStore::databaseDirectory() {
+    return applicationSupportDirectory() / "Fernhollow";
+}
+
+fs::path DailyCountsStore::defaultURL() {
+    return createdDatabaseDirectory() / "keypress.sqlite";
+}
+
+fs::path DailyCountsStore::urlForAccount(std::string_view email) {
+    return createdDatabaseDirectory() / ("keypress_" + accountToken(email) + ".sqlite");
+}
+
+bool DailyCountsStore::globalDatabaseExists() {
+    try {
+        return fs::exists(defaultURL());
+    } catch (const fs::filesystem_error&) {
+        return false;
+    }
+}
+
+bool DailyCountsStore::migrateGlobalDataToAccount(std::string_view email) {
+    const fs::path global = defaultURL();
+    const fs::path account = urlForAccount(email);
+    if (!fs::exists(global) || fs::exists(account)) {
+        return false;
+    }
+    copyWhole(global, account);
+    std::error_code ignored; // SQLite makes companions anew, and a leftover original only takes space
+    for (const char* suffix : companions) {
+        if (fs::exists(withSuffix(global, suffix), ignored)) {
+            fs::copy_file(withSuffix(global, suffix), withSuffix(account, suffix), ignored);
+        }
+    }
+    fs::remove(global, ignored);
+    for (const char* suffix : companions) {
+        fs::remove(withSuffix(global, suffix), ignored);
+    }
+    return true;
+}
+
+} // namespace fernhollow

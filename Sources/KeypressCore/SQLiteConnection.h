@@ -1,0 +1,94 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace fernhollow {
+
+/// An open SQLite database. Every failure is a DailyCountsStoreError. Not shared outside the store,
+/// and used by one thread at a time.
+///
+/// While another process holds the database's lock, a statement waits for it, but only briefly, and
+/// after one wait in vain no other statement waits for a while: work that arrives at the rate of key
+/// presses must not pile up behind a lock that somebody keeps.
+class SQLiteConnection {
+public:
+    /// Opens the file read-write and creates it if it is missing.
+    explicit SQLiteConnection(const std::filesystem::path& file);
+    SQLiteConnection(const SQLiteConnection&) = delete;
+    SQLiteConnection& operator=(const SQLiteConnection&) = delete;
+
+    /// Runs statements that give no rows.
+    void exec(const char* sql);
+
+    /// A failure with `code` and the connection's current message.
+    [[noreturn]] void fail(int code) const;
+
+private:
+    friend class Statement;
+
+    struct Close {
+        void operator()(sqlite3* db) const;
+    };
+
+    static int onBusy(void* self, int attempts);
+
+    std::unique_ptr<sqlite3, Close> db_;
+    std::chrono::steady_clock::time_point impatientUntil_{};
+};
+
+/// A prepared statement, finalized when it leaves scope.
+class Statement {
+public:
+    Statement(SQLiteConnection& connection, const char* sql);
+
+    /// Positions count from 1. A text ends at its first NUL.
+    Statement& bind(int position, const std::string& text);
+    Statement& bind(int position, int value);
+    Statement& bind(int position, std::int64_t value);
+
+    /// True for a row, false when there are no more.
+    bool step();
+
+    /// Runs a statement that gives no rows.
+    void run();
+    void reset();
+
+    /// Columns count from 0. A text that is null is absent.
+    std::optional<std::string> text(int column) const;
+    int integer(int column) const;
+    std::int64_t integer64(int column) const;
+
+private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+
+    SQLiteConnection& connection_;
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+/// A write transaction that is rolled back unless it was committed.
+class Transaction {
+public:
+    explicit Transaction(SQLiteConnection& connection);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+
+private:
+    SQLiteConnection& connection_;
+    bool isOpen_ = true;
+};
+
+} // namespace fernhollow
