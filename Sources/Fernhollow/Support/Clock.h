@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace fernhollow {
+
+/// A point of the wall clock, which may be set forwards or backwards at any time.
+using Instant = std::chrono::system_clock::time_point;
+
+/// Whole seconds since the Unix epoch, truncated toward zero.
+inline std::int64_t unixSeconds(Instant instant) {
+    return std::chrono::duration_cast<std::chrono::seconds>(instant.time_since_epoch()).count();
+}
+
+/// The only source of time: the wall clock, and timers that a change of the wall clock does not move.
+///
+/// Handed to whoever needs it, so that a test can walk over midnight. Timers fire on the thread that
+/// started them, from its event loop.
+class Clock {
+public:
+    /// A started timer; destroying it cancels it.
+    class Timer {
+    public:
+        virtual ~Timer() = default;
+    };
+
+    virtual ~Clock() = default;
+    virtual Instant now() const = 0;
+    virtual std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay, std::function<void()> fired) = 0;
+};
+
+/// The system's real-time and monotonic clocks.
+class SystemClock final : public Clock {
+public:
+    Instant now() const override { return std::chrono::system_clock::now(); }
+    std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay, std::function<void()> fired) override;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace fernhollow {
+
+/// Keeps an observer registered; destroying it ends the observation.
+class Observation {
+public:
+    Observation() = default;
+    explicit Observation(std::shared_ptr<std::function<void()>> observer) : observer_(std::move(observer)) {}
+
+private:
+    std::shared_ptr<std::function<void()>> observer_;
+};
+
+/// A list of observers who hear that something is about to change. One thread only.
+///
+/// An observer may end its own or another observation, or begin a new one, while it is being told.
+class Observable {
+public:
+    Observable() = default;
+    Observable(const Observable&) = delete;
+    Observable& operator=(const Observable&) = delete;
+
+    [[nodiscard]] Observation observe(std::function<void()> willChange) {
+        if (!announcing_) {
+            std::erase_if(observers_, [](const auto& observer) { return observer.expired(); });
+        }
+        auto observer = std::make_shared<std::function<void()>>(std::move(willChange));
+        observers_.push_back(observer);
+        return Observation(std::move(observer));
+    }
+
+    void announceChange() const {
+        const bool nested = std::exchange(announcing_, true);
+        for (std::size_t i = 0; i < observers_.size(); ++i) { // by index: observers may be added meanwhile
+            if (const auto observer = observers_[i].lock()) {
+                (*observer)();
+            }
+        }
+        announcing_ = nested;
+    }
+
+private:
+    std::vector<std::weak_ptr<std::function<void()>>> observers_;
+    mutable bool announcing_ = false;
+};
+
+/// A field whose owner's observers, and its own, hear of each change just before it happens.
+/// Setting the value that it has is not a change.
+template <class T>
+class Published : public Observable {
+public:
+    explicit Published(Observable& owner, T initial = {}) : owner_(owner), value_(std::move(initial)) {}
+
+    const T& get() const { return value_; }
+
+    void set(T value) {
+        if (value == value_) {
+            return;
+        }
+        announce();
+        value_ = std::move(value);
+    }
+
+    /// Changes the value where it is, for values that are dear to copy.
+    template <class Change>
+    void change(Change change) {
+        announce();
+        change(value_);
+    }
+
+private:
+    void announce() const {
+        owner_.announceChange();
+        announceChange();
+    }
+
+    Observable& owner_;
+    T value_;
+};
+
+} // namespace fernhollow

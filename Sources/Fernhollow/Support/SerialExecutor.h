@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Support/Future.h"
+
+#include <QRunnable>
+#include <QThreadPool>
+
+#include <chrono>
+#include <type_traits>
+
+namespace fernhollow {
+
+/// Runs work one piece at a time, in the order in which it came, on one thread of its own.
+///
+/// What an actor of this program stands on: whatever only this executor's work touches needs no
+/// lock. Its destructor waits for the work that it was given.
+class SerialExecutor {
+public:
+    SerialExecutor();
+
+    /// Starts `work` after all earlier work; see Future for what becomes of its result.
+    template <class Work>
+    Future<std::invoke_result_t<Work&>> run(Work work) {
+        using Result = std::invoke_result_t<Work&>;
+        auto state = std::make_shared<typename Future<Result>::State>();
+        pool_.start(new Piece<Work, Result>(std::move(work), state, detail::deliveriesOfThisThread()));
+        return Future<Result>(std::move(state));
+    }
+
+    /// Blocks until everything asked for so far is done; false when that takes longer than `limit`.
+    bool waitUntilIdle(std::chrono::milliseconds limit);
+
+private:
+    template <class Work, class Result>
+    class Piece final : public QRunnable {
+    public:
+        Piece(Work work, std::shared_ptr<typename Future<Result>::State> state, std::shared_ptr<QObject> asker) :
+            work_(std::move(work)), state_(std::move(state)), asker_(std::move(asker)) {}
+
+        void run() override {
+            try {
+                if constexpr (std::is_void_v<Result>) {
+                    work_();
+                    state_->result.template emplace<1>();
+                } else {
+                    state_->result.template emplace<1>(work_());
+                }
+            } catch (...) {
+                state_->result.template emplace<2>(std::current_exception());
+            }
+            QCoreApplication::postEvent(asker_.get(), new detail::Delivery<Result>(std::move(state_)));
+        }
+
+    private:
+        Work work_;
+        std::shared_ptr<typename Future<Result>::State> state_;
+        std::shared_ptr<QObject> asker_;
+    };
+
+    QThreadPool pool_;
+};
+
+} // namespace fernhollow

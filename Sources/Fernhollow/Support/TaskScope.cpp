@@ -1,0 +1,67 @@
+#include "Support/TaskScope.h"
+
+#include "Support/DebugLog.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+QCoro::Task<> runLogged(TaskScope::Body body, std::stop_token stop) {
+    try {
+        co_await body(std::move(stop));
+    } catch (const std::exception& error) {
+        debugLog(std::string("[Tasks] A background task failed: ") + error.what());
+    }
+}
+
+} // namespace
+
+QCoro::Task<> noTask() {
+    co_return;
+}
+
+TaskScope::~TaskScope() {
+    stop();
+}
+
+void TaskScope::start(Body body) {
+    if (stop_.stop_requested()) {
+        return;
+    }
+    waiting_.push_back(std::move(body));
+    if (!std::exchange(posted_, true)) {
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+}
+
+void TaskScope::beginWaiting() {
+    // Tasks started meanwhile wait for the next turn, so that no task can starve the event loop.
+    for (auto bodies = std::exchange(waiting_, {}); !bodies.empty(); bodies.pop_front()) {
+        if (stop_.stop_requested()) {
+            return;
+        }
+        runLogged(std::move(bodies.front()), stop_.get_token());
+    }
+}
+
+void TaskScope::stop() {
+    waiting_.clear();
+    stop_.request_stop();
+}
+
+bool TaskScope::event(QEvent* event) {
+    if (event->type() != QEvent::User) {
+        return QObject::event(event);
+    }
+    posted_ = false;
+    beginWaiting();
+    return true;
+}
+
+} // namespace fernhollow
