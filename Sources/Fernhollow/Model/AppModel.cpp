@@ -1,0 +1,179 @@
+// How the model is built, follows the account and runs the keyboard monitor.
+
+#include "Model/AppModel.h"
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "KeypressCore/DailyCountsStoreError.h"
+#include "Model/AccountManager.h"
+#include "Model/KeychainStore.h"
+#include "Platform/UserDefaults.h"
+#include "Support/DebugLog.h"
+#include "Support/TaskScope.h"
+
+#include <QUuid>
+
+#include <exception>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+constexpr const char* deviceIdAccount = "deviceId";
+
+std::string readOrCreateDeviceId() {
+    if (auto stored = KeychainStore::readString(deviceIdAccount)) {
+        return *stored;
+    }
+    auto created = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+    UserDefaults::setString(KeychainStore::key(deviceIdAccount), created);
+    return created;
+}
+
+void migrateLegacyDatabase(const std::string& email) {
+    try {
+        if (DailyCountsStore::migrateGlobalDataToAccount(email)) {
+            debugLog("[AppModel] Migrated legacy global database to account: " + email);
+        }
+    } catch (const std::exception& error) {
+        debugLog(std::string("[AppModel] Migration failed (non-fatal): ") + error.what());
+    }
+}
+
+} // namespace
+
+std::shared_ptr<AppModel> AppModel::create(Surroundings surroundings, const KeyPressMonitor::Factory& makeMonitor) {
+    std::shared_ptr<AppModel> model(new AppModel(surroundings));
+    model->begin(makeMonitor);
+    return model;
+}
+
+AppModel::AppModel(Surroundings surroundings) :
+    clock_(surroundings.clock), tasks_(surroundings.tasks), account_(surroundings.account),
+    currentDay_(clock_.now(), calendar_), currentAccountEmail_(account_.email()), deviceId_(readOrCreateDeviceId()) {}
+
+AppModel::~AppModel() {
+    shutDown();
+}
+
+void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
+    const auto weak = weak_from_this();
+    if (!currentAccountEmail_) {
+        debugLog("[AppModel] No account logged in - store is nil");
+    } else if (openStore(*currentAccountEmail_)) {
+        debugLog("[AppModel] Initialized with account-specific store for: " + *currentAccountEmail_);
+    }
+    appTracker_ = AppTracker::create(clock_, tasks_, store_);
+    cancellables_.push_back(appTracker_->observe([weak] {
+        if (const auto self = weak.lock()) {
+            self->announceChange();
+        }
+    }));
+    keyboardMonitor_ = makeMonitor({.onKeyPress =
+                                        [weak](const ActiveAppInfo& appInfo) {
+                                            if (const auto self = weak.lock()) {
+                                                self->recordKeypresses(1, appInfo);
+                                            }
+                                        },
+                                    .onStopped =
+                                        [weak] {
+                                            if (const auto self = weak.lock()) {
+                                                self->isKeyboardMonitorRunning_ = false;
+                                            }
+                                        }});
+    account_.onAccountChange = [weak, &tasks = tasks_](const std::optional<std::string>& newEmail) {
+        tasks.start([weak, newEmail](std::stop_token) {
+            if (const auto self = weak.lock()) {
+                self->handleAccountChange(newEmail);
+            }
+            return noTask();
+        });
+    };
+    refreshKeyboardMonitorState();
+    startFlushLoop();
+    startRefreshLoop();
+    tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });
+}
+
+void AppModel::shutDown() {
+    for (auto& loop : {std::exchange(flushTask_, {}), std::exchange(refreshTask_, {})}) {
+        if (loop) {
+            std::stop_source(*loop).request_stop();
+        }
+    }
+    if (keyboardMonitor_) {
+        keyboardMonitor_->stop();
+    }
+    isKeyboardMonitorRunning_ = false;
+}
+
+bool AppModel::openStore(const std::string& email) {
+    migrateLegacyDatabase(email);
+    try {
+        auto url = DailyCountsStore::urlForAccount(email);
+        try {
+            store_ = std::make_shared<DailyCountsStore>(url);
+            return true;
+        } catch (const DailyCountsStoreError&) {
+            debugLog("[AppModel] Cannot use the database " + url.native());
+            throw;
+        }
+    } catch (const std::exception& error) {
+        debugLog(std::string("[AppModel] Failed to create account-specific store: ") + error.what());
+    }
+    store_.reset();
+    return false;
+}
+
+void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
+    if (newEmail == currentAccountEmail_) {
+        debugLog("[AppModel] Account change skipped - same email");
+        return;
+    }
+    debugLog("[AppModel] Account change: " + currentAccountEmail_.value_or("none") + " -> " +
+             newEmail.value_or("none"));
+    pending_ = 0;
+    localTodayCount_ = 0;
+    todayCount.set(0);
+    todayCountAggregated.set(0);
+    last30Days.set({});
+    currentDay_ = DayKey(clock_.now(), calendar_);
+    currentAccountEmail_ = newEmail;
+
+    if (!newEmail) {
+        store_.reset();
+        appTracker_->updateStore(nullptr);
+        debugLog("[AppModel] Cleared store on sign out");
+    } else if (openStore(*newEmail)) {
+        appTracker_->updateStore(store_);
+        debugLog("[AppModel] Switched to account-specific store for: " + *newEmail);
+        tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });
+    } else {
+        appTracker_->updateStore(nullptr);
+    }
+    announceChange();
+}
+
+void AppModel::refreshKeyboardMonitorState() {
+    if (isPaused.get()) {
+        if (isKeyboardMonitorRunning_) {
+            debugLog("[AppModel] Stopping keyboard monitor (isPaused=true)");
+            if (keyboardMonitor_) {
+                keyboardMonitor_->stop();
+            }
+            isKeyboardMonitorRunning_ = false;
+        }
+        return;
+    }
+    if (isKeyboardMonitorRunning_) {
+        return;
+    }
+    debugLog("[AppModel] Starting keyboard monitor (isPaused=false)");
+    if (keyboardMonitor_ && keyboardMonitor_->start()) {
+        isKeyboardMonitorRunning_ = true;
+        debugLog("[AppModel] Keyboard monitor started successfully");
+    } else {
+        debugLog("[AppModel] Keyboard monitor failed to start - will retry on next refresh");
+    }
+}
+
+} // namespace fernhollow

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "KeypressCore/Calendar.h"
+#include "KeypressCore/DayKey.h"
+#include "Model/AppTracker.h"
+#include "Model/DailyCountPoint.h"
+#include "Model/KeyPressMonitor.h"
+#include "Support/Clock.h"
+#include "Support/NumberText.h"
+#include "Support/Observable.h"
+
+#include <qcorotask.h>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace fernhollow {
+
+class AccountManager;
+class DailyCountsStore;
+class TaskScope;
+
+/// The central counting model: takes presses, shows them at once, and sees that they reach the disk.
+///
+/// Each press is written to the hourly table straight away and, in batches every 15 seconds, to the
+/// daily table; until then it is in `pending`. Every second the model looks for a new day and reads
+/// today's count and the history again. It owns the store of the signed-in account and changes it
+/// with the account. Created once at start, main thread only; shut down before it is let go.
+class AppModel : public Observable, public std::enable_shared_from_this<AppModel> {
+public:
+    /// What the model stands on; all of it outlives the model.
+    struct Surroundings {
+        Clock& clock;
+        TaskScope& tasks;
+        AccountManager& account;
+    };
+
+    static std::shared_ptr<AppModel> create(Surroundings surroundings, const KeyPressMonitor::Factory& makeMonitor);
+    ~AppModel();
+
+    Published<std::int64_t> todayCount{*this};           ///< this device's presses today
+    Published<std::int64_t> todayCountAggregated{*this}; ///< the account's presses today, over all devices
+    Published<std::vector<DailyCountPoint>> last30Days{*this}; ///< oldest first, today last
+    Published<bool> isPaused{*this};                     ///< while true, presses are not counted
+
+    AppTracker& appTracker() { return *appTracker_; }
+
+    /// Today's count in the user's digits and grouping, for the status item.
+    std::string menuBarTitle() const;
+    /// The account's count of today, likewise.
+    std::string todayCountFormatted() const;
+
+    /// `count` presses in one application; less than one is none.
+    void recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo);
+
+    QCoro::Task<> flushPending();
+    QCoro::Task<> refreshFromDisk();
+
+    /// Writes everything that is not on the disk yet and waits for it, at most `limit`; false when that
+    /// was not enough. For the end of the program or of the desktop session: no event loop is needed.
+    bool flushNow(std::chrono::milliseconds limit);
+
+    /// Ends the loops and the monitoring.
+    void shutDown();
+
+private:
+    explicit AppModel(Surroundings surroundings);
+
+    void begin(const KeyPressMonitor::Factory& makeMonitor);
+    bool rolloverIfNeeded();
+    void startFlushLoop();
+    void startRefreshLoop();
+    void refreshKeyboardMonitorState();
+    void handleAccountChange(const std::optional<std::string>& newEmail);
+    bool openStore(const std::string& email);
+    QCoro::Task<> refreshTodayFromDisk();
+    QCoro::Task<> refreshLast30DaysFromDisk();
+    std::vector<DailyCountPoint> history(Instant first, Instant today,
+                                         const std::unordered_map<std::string, std::int64_t>& local) const;
+
+    static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
+    static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
+    static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, int hour, std::int64_t count);
+    static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
+    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, DayKey day, std::int64_t count);
+
+    Clock& clock_;
+    TaskScope& tasks_;
+    AccountManager& account_;
+    Calendar calendar_ = Calendar::autoupdatingCurrent();
+    NumberText numberText_;
+
+    std::shared_ptr<AppTracker> appTracker_;
+    std::shared_ptr<DailyCountsStore> store_;
+    std::unique_ptr<KeyPressMonitor> keyboardMonitor_;
+    bool isKeyboardMonitorRunning_ = false;
+    DayKey currentDay_;
+    std::int64_t pending_ = 0;
+    std::int64_t localTodayCount_ = 0;
+    std::optional<std::string> currentAccountEmail_;
+    std::string deviceId_;
+    std::optional<std::stop_source> flushTask_;
+    std::optional<std::stop_source> refreshTask_;
+    std::vector<Observation> cancellables_;
+    bool hourlyWritesFail_ = false; // keeps a full disk from filling the log with each press
+};
+
+} // namespace fernhollow

@@ -1,0 +1,259 @@
+#include "Model/AppTracker.h"
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "KeypressCore/DailyCountsStoreError.h"
+#include "Support/ApplicationIdentity.h"
+#include "Support/DebugLog.h"
+#include "Support/TaskScope.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+using AppStats = AppTracker::AppStats;
+using HourlyAppStats = AppTracker::HourlyAppStats;
+
+/// Moves the entry whose count has just grown up past the smaller ones; the others keep their order.
+void moveUp(std::vector<AppStats>& totals, std::vector<AppStats>::iterator grown) {
+    const auto place = std::ranges::upper_bound(totals.begin(), grown, grown->count, std::ranges::greater(),
+                                                &AppStats::count);
+    std::rotate(place, grown, grown + 1);
+}
+
+/// Descending; applications with equal counts stay in the order in which they are shown.
+void sortDescending(std::vector<AppStats>& totals, const std::vector<AppStats>& shown) {
+    std::unordered_map<std::string, std::size_t> positions;
+    for (const auto* list : {&shown, static_cast<const std::vector<AppStats>*>(&totals)}) {
+        for (const AppStats& app : *list) {
+            positions.try_emplace(app.bundleId, positions.size());
+        }
+    }
+    std::ranges::sort(totals, {}, [&](const AppStats& app) {
+        return std::pair(-app.count, positions.at(app.bundleId));
+    });
+}
+
+auto shownOf(const HourlyAppStats& entry) {
+    return std::tie(entry.hour, entry.bundleId, entry.count);
+}
+
+auto shownOf(const AppStats& entry) {
+    return std::tie(entry.bundleId, entry.count);
+}
+
+template <class Entry>
+bool showsTheSame(const std::vector<Entry>& a, const std::vector<Entry>& b) {
+    return std::ranges::equal(a, b, [](const Entry& x, const Entry& y) { return shownOf(x) == shownOf(y); });
+}
+
+std::vector<HourlyAppStats> sortedByHourAndApp(std::vector<HourlyAppStats> entries) {
+    std::ranges::sort(entries, {}, [](const HourlyAppStats& entry) { return std::tie(entry.hour, entry.bundleId); });
+    return entries;
+}
+
+} // namespace
+
+std::shared_ptr<AppTracker> AppTracker::create(const Clock& clock, TaskScope& tasks,
+                                               std::shared_ptr<DailyCountsStore> store) {
+    std::shared_ptr<AppTracker> tracker(new AppTracker(clock, tasks, std::move(store)));
+    tasks.start([tracker](std::stop_token) { return load(tracker); });
+    return tracker;
+}
+
+AppTracker::AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store) :
+    clock_(clock), tasks_(tasks), store_(std::move(store)), currentDay_(clock.now(), calendar_) {}
+
+Instant AppTracker::minValidDate(const Clock& clock) {
+    static const Instant date =
+        Calendar::autoupdatingCurrent().date({.year = 2026, .month = 1, .day = 14}).value_or(clock.now());
+    return date;
+}
+
+void AppTracker::recordKeystroke(const std::string& bundleId, const std::string& appName) {
+    if (ignoreSelf.get() && bundleId == applicationIdentifier) {
+        return;
+    }
+    rolloverIfNeeded();
+    const int hour = calendar_.hour(clock_.now());
+    ++pending_.counts[hour][bundleId];
+    pending_.names[bundleId] = appName;
+    updateDisplayData(hour, bundleId, appName, 1);
+}
+
+void AppTracker::updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
+                                   std::int64_t delta) {
+    todayHourlyByApp.change([&](std::vector<HourlyAppStats>& entries) {
+        const auto entry = std::ranges::find_if(
+            entries, [&](const auto& candidate) { return candidate.hour == hour && candidate.bundleId == bundleId; });
+        if (entry == entries.end()) {
+            entries.push_back({hour, bundleId, appName, delta});
+        } else {
+            entry->appName = appName;
+            entry->count += delta;
+        }
+    });
+    todayAppTotals.change([&](std::vector<AppStats>& totals) {
+        auto total = std::ranges::find(totals, bundleId, &AppStats::bundleId);
+        if (total == totals.end()) {
+            total = totals.insert(total, {bundleId, appName, 0, false});
+        }
+        total->appName = appName;
+        total->count += delta;
+        moveUp(totals, total);
+    });
+}
+
+QCoro::Task<> AppTracker::flushPending() {
+    if (!store_ || pending_.counts.empty()) {
+        co_return;
+    }
+    const auto self = shared_from_this();
+    co_await write(store_, std::exchange(pending_, {}), currentDay_, unixSeconds(clock_.now()));
+    co_await loadRegistry();
+}
+
+// Everything is asked of the store before the first wait, so that a program about to end loses nothing.
+QCoro::Task<> AppTracker::write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day,
+                                std::int64_t now) {
+    struct Write {
+        std::string failure;
+        Future<void> done;
+    };
+    std::vector<Write> writes;
+    for (const auto& [bundleId, name] : buffer.names) {
+        writes.push_back({"[AppTracker] Failed to register app " + bundleId, store->registerApp(bundleId, name, now)});
+    }
+    for (const auto& [hour, counts] : buffer.counts) {
+        for (const auto& [bundleId, count] : counts) {
+            writes.push_back({"[AppTracker] Failed to increment app count for " + bundleId,
+                              store->incrementAppHourly(day, hour, bundleId, count, now)});
+        }
+    }
+    for (auto& [failure, done] : writes) {
+        try {
+            co_await done;
+        } catch (const DailyCountsStoreError& error) {
+            debugLog(failure + ": " + error.what());
+        }
+    }
+}
+
+QCoro::Task<> AppTracker::load(std::shared_ptr<AppTracker> self) {
+    co_await self->loadRegistry();
+    co_await self->refreshFromDisk();
+}
+
+QCoro::Task<> AppTracker::loadRegistry() {
+    const auto self = shared_from_this();
+    const auto store = store_;
+    if (!store) {
+        co_return;
+    }
+    try {
+        auto registry = co_await store->fetchAppRegistry();
+        if (store == store_) { // else it is another account's
+            appRegistry.set(std::move(registry));
+        }
+    } catch (const DailyCountsStoreError& error) {
+        debugLog(std::string("[AppTracker] Failed to load registry: ") + error.what());
+    }
+}
+
+// What the old day's buffer holds is still the old day's, and is written there.
+void AppTracker::rolloverIfNeeded() {
+    DayKey today(clock_.now(), calendar_);
+    if (today == currentDay_) {
+        return;
+    }
+    debugLog("[AppTracker] Day rollover detected: " + currentDay_.rawValue + " -> " + today.rawValue);
+    const DayKey oldDay = std::exchange(currentDay_, std::move(today));
+    todayHourlyByApp.set({});
+    todayAppTotals.set({});
+    Buffer old = std::exchange(pending_, {});
+    if (store_ && !old.counts.empty()) {
+        tasks_.start([store = store_, old = std::move(old), oldDay, now = unixSeconds(clock_.now())](std::stop_token) {
+            return write(store, old, oldDay, now);
+        });
+    }
+}
+
+QCoro::Task<> AppTracker::refreshFromDisk() {
+    const auto self = shared_from_this();
+    rolloverIfNeeded();
+    const auto store = store_;
+    if (!store) {
+        co_return;
+    }
+    try {
+        const DayKey day = currentDay_;
+        auto fetchingRows = store->fetchAppHourlyCounts(day);
+        auto fetchingRegistry = store->fetchAppRegistry();
+        const auto rows = co_await fetchingRows;
+        const auto registry = co_await fetchingRegistry;
+        if (store == store_ && day == currentDay_) { // else it is no longer what is shown
+            publish(rows, registry);
+        }
+    } catch (const DailyCountsStoreError& error) {
+        debugLog(std::string("[AppTracker] Failed to refresh from disk: ") + error.what());
+    }
+}
+
+void AppTracker::publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry) {
+    std::unordered_map<std::string, std::string> names = pending_.names;
+    std::unordered_map<std::string, bool> hidden;
+    for (const AppRegistryRow& app : registry) {
+        names.try_emplace(app.bundleId, app.appName);
+        hidden.try_emplace(app.bundleId, app.isHidden);
+    }
+    std::map<int, std::map<std::string, std::int64_t>> counts;
+    for (const AppHourlyCountRow& row : rows) {
+        if (row.hour >= 0 && row.hour < 24) {
+            counts[row.hour][row.bundleId] += row.count;
+        }
+    }
+    for (const auto& [hour, pending] : pending_.counts) {
+        for (const auto& [bundleId, count] : pending) {
+            counts[hour][bundleId] += count;
+        }
+    }
+
+    std::vector<HourlyAppStats> hourly;
+    std::vector<AppStats> totals;
+    std::unordered_map<std::string, std::size_t> positions; // in `totals`
+    for (const auto& [hour, apps] : counts) {
+        for (const auto& [bundleId, count] : apps) {
+            const auto known = names.find(bundleId);
+            const std::string& name = known != names.end() ? known->second : bundleId;
+            hourly.push_back({hour, bundleId, name, count});
+            const auto [position, isNew] = positions.try_emplace(bundleId, totals.size());
+            if (isNew) {
+                totals.push_back({bundleId, name, 0, hidden[bundleId]});
+            }
+            totals[position->second].count += count;
+        }
+    }
+    sortDescending(totals, todayAppTotals.get());
+
+    if (!showsTheSame(sortedByHourAndApp(hourly), sortedByHourAndApp(todayHourlyByApp.get()))) {
+        todayHourlyByApp.set(std::move(hourly));
+    }
+    if (!showsTheSame(totals, todayAppTotals.get())) {
+        todayAppTotals.set(std::move(totals));
+    }
+}
+
+void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
+    store_ = std::move(store);
+    pending_ = {};
+    todayHourlyByApp.set({});
+    todayAppTotals.set({});
+    appRegistry.set({});
+    currentDay_ = DayKey(clock_.now(), calendar_);
+    debugLog("[AppTracker] Store updated, all caches cleared");
+    tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });
+}
+
+} // namespace fernhollow

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "KeypressCore/Calendar.h"
+#include "KeypressCore/Records.h"
+#include "Support/Clock.h"
+#include "Support/Observable.h"
+
+#include <qcorotask.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace fernhollow {
+
+class DailyCountsStore;
+class TaskScope;
+
+/// Attributes each press to the application in front and keeps today's totals per hour and application.
+///
+/// Presses change the published lists at once and wait in a buffer until a flush hands them to the
+/// store; a refresh rebuilds the lists from the store and the buffer. Presses in this program's own
+/// windows are left out. Owned by AppModel; main thread only.
+class AppTracker : public Observable, public std::enable_shared_from_this<AppTracker> {
+public:
+    /// One application's total for today.
+    struct AppStats {
+        std::string bundleId;
+        std::string appName;
+        std::int64_t count = 0;
+        bool isHidden = false;
+
+        const std::string& id() const { return bundleId; }
+        bool operator==(const AppStats&) const = default;
+    };
+
+    /// One application's presses in one hour of today.
+    struct HourlyAppStats {
+        int hour = 0; ///< 0 to 23
+        std::string bundleId;
+        std::string appName;
+        std::int64_t count = 0;
+
+        std::string id() const { return std::to_string(hour) + "-" + bundleId; }
+        bool operator==(const HourlyAppStats&) const = default;
+    };
+
+    /// Starts loading what the store has of today. `store` is null while nobody is signed in.
+    static std::shared_ptr<AppTracker> create(const Clock& clock, TaskScope& tasks,
+                                              std::shared_ptr<DailyCountsStore> store);
+
+    Published<std::vector<HourlyAppStats>> todayHourlyByApp{*this};
+    Published<std::vector<AppStats>> todayAppTotals{*this}; ///< in descending count
+    Published<std::vector<AppRegistryRow>> appRegistry{*this};
+    Published<bool> ignoreSelf{*this, true};
+
+    /// The start of the first day of which any history is shown.
+    static Instant minValidDate(const Clock& clock);
+
+    /// One press.
+    void recordKeystroke(const std::string& bundleId, const std::string& appName);
+
+    /// Writes the buffer to the store. The writes are on their way when this returns or first waits.
+    QCoro::Task<> flushPending();
+    QCoro::Task<> loadRegistry();
+    QCoro::Task<> refreshFromDisk();
+
+    /// Switches to another store, or to none, and forgets everything of the one before.
+    void updateStore(std::shared_ptr<DailyCountsStore> store);
+
+private:
+    using CountsByApp = std::unordered_map<std::string, std::int64_t>;
+    struct Buffer {
+        std::map<int, CountsByApp> counts; // by hour
+        std::unordered_map<std::string, std::string> names;
+    };
+
+    AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store);
+
+    static QCoro::Task<> write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day, std::int64_t now);
+    static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
+
+    void rolloverIfNeeded();
+    void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName, std::int64_t delta);
+    void publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry);
+
+    const Clock& clock_;
+    TaskScope& tasks_;
+    std::shared_ptr<DailyCountsStore> store_;
+    Calendar calendar_ = Calendar::autoupdatingCurrent();
+    Buffer pending_;
+    DayKey currentDay_;
+};
+
+} // namespace fernhollow
