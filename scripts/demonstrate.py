@@ -5,6 +5,7 @@ picture lies, one line each.
 """
 
 import pathlib
+import subprocess
 import sys
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
@@ -45,7 +46,7 @@ def main():
     picture.parent.mkdir(parents=True, exist_ok=True)
     try:
         total, attributed, name = demonstrate(executable, picture)
-    except (AssertionError, OSError) as problem:
+    except (AssertionError, OSError, subprocess.SubprocessError) as problem:
         sys.exit(f"fernhollow: the demonstration failed: {problem}")
     print(f"Fernhollow counted {total} key presses today, {attributed} of them in {name}.")
     print(f"The screen is in {picture.relative_to(TOP) if picture.is_relative_to(TOP) else picture}")

@@ -1,0 +1,113 @@
+"""What a screen reader would find in a program's windows, read from the accessibility bus."""
+
+import dataclasses
+
+import gi
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+ROOT = "/org/a11y/atspi/accessible/root"
+ACCESSIBLE = "org.a11y.atspi.Accessible"
+STATE_SHOWING = 1 << 25
+SCREEN = 0
+
+
+@dataclasses.dataclass
+class Node:
+    """One widget as accessibility describes it."""
+
+    role: str
+    name: str
+    depth: int
+    showing: bool
+    service: str
+    path: str
+
+
+class AccessibleProgram:
+    """The windows of one process. Every call asks the program anew."""
+
+    def __init__(self, desktop, process_id):
+        self._process_id = process_id
+        session = _connect(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        (address,) = _call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        self._bus = _connect(address)
+        self._service = None
+
+    def nodes(self):
+        """All widgets, depth first, or none while the program is not on the bus."""
+        try:
+            self._service = self._service or self._find_service()
+            return list(self._walk(self._service, ROOT, 0)) if self._service else []
+        except GLib.Error:
+            return []  # the tree changed under us; the caller looks again
+
+    def shown(self, role=None, name=None):
+        """The visible widgets of a role, a name, or both."""
+        return [
+            node
+            for node in self.nodes()
+            if node.showing and role in (None, node.role) and name in (None, node.name)
+        ]
+
+    def texts(self):
+        """Names of all visible widgets, in their order, and the contents of those that hold text."""
+        found = []
+        for node in self.nodes():
+            if node.showing:
+                found += [text for text in (node.name, self.content(node)) if text]
+        return found
+
+    def content(self, node):
+        """The text in an editable widget; "" for others."""
+        try:
+            (text,) = self._ask(node, "org.a11y.atspi.Text", "GetText", GLib.Variant("(ii)", (0, -1)))
+        except GLib.Error:
+            return ""
+        return text
+
+    def centre(self, node):
+        """The middle of a widget on the screen."""
+        ((x, y, width, height),) = self._ask(
+            node, "org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (SCREEN,))
+        )
+        return x + width // 2, y + height // 2
+
+    def _ask(self, node, interface, method, arguments=None):
+        return _call(self._bus, node.service, node.path, interface, method, arguments)
+
+    def _find_service(self):
+        (children,) = _call(self._bus, "org.a11y.atspi.Registry", ROOT, ACCESSIBLE, "GetChildren")
+        for service, _ in children:
+            arguments = GLib.Variant("(s)", (service,))
+            dbus = "org.freedesktop.DBus"
+            (owner,) = _call(
+                self._bus, dbus, "/org/freedesktop/DBus", dbus, "GetConnectionUnixProcessID", arguments
+            )
+            if owner == self._process_id:
+                return service
+        return None
+
+    def _walk(self, service, path, depth):
+        get = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
+        (name,) = _call(self._bus, service, path, "org.freedesktop.DBus.Properties", "Get", get)
+        (role,) = _call(self._bus, service, path, ACCESSIBLE, "GetRoleName")
+        (states,) = _call(self._bus, service, path, ACCESSIBLE, "GetState")
+        yield Node(role, name, depth, bool(states[0] & STATE_SHOWING), service, path)
+        (children,) = _call(self._bus, service, path, ACCESSIBLE, "GetChildren")
+        for child_service, child_path in children:
+            if child_path != "/org/a11y/atspi/null":
+                yield from self._walk(child_service, child_path, depth + 1)
+
+
+def _connect(address):
+    flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+    return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+
+def _call(bus, service, path, interface, method, arguments=None):
+    answer = bus.call_sync(
+        service, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 10_000, None
+    )
+    return answer.unpack()

@@ -1,0 +1,72 @@
+"""The frame of every test: a desktop a class, a home and a clock a test, and what was counted by hand."""
+
+import collections
+import sys
+import unittest
+
+from .clock import FakedClock
+from .desktop import Desktop
+from .program import Program
+
+
+class DesktopTest(unittest.TestCase):
+    """Gives each test a program of its own on the class's desktop; says what happened when it fails."""
+
+    host = "watcher"
+    desktop: Desktop
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop(cls.host)
+        cls.addClassCleanup(cls.desktop.end)
+
+    def setUp(self):
+        self.clock = FakedClock(self.desktop.folder / f"{self._testMethodName}.clock")
+        self.clock.set("2026-03-10 13:59:40")
+        self.program = Program(self.desktop, self._testMethodName, self.clock)
+        self.addCleanup(self.program.end)
+
+    def run(self, result=None):
+        known = len(result.errors) + len(result.failures) if result else 0
+        done = super().run(result)
+        if result and len(result.errors) + len(result.failures) > known and hasattr(self, "program"):
+            print(f"\n=== {self.id()}\n{self.program.report()}", file=sys.stderr)
+        return done
+
+
+class Ledger:
+    """What a patient observer with pencil and paper would have written down."""
+
+    def __init__(self):
+        self._presses = collections.Counter()
+        self._names = {}
+
+    def add(self, count, day, hour, application=None):
+        """`count` presses; in no application where our own window had the keyboard."""
+        self._presses[day, hour, application and application.identifier] += count
+        if application and count:
+            self._names[application.identifier] = application.name
+
+    def on(self, day):
+        return sum(count for (other, _, _), count in self._presses.items() if other == day)
+
+    def tables(self):
+        """The tables as they have to be."""
+        daily, hourly, applications = collections.Counter(), collections.Counter(), {}
+        for (day, hour, application), count in self._presses.items():
+            if count:
+                daily[day] += count
+                hourly[day, hour] += count
+                if application:
+                    applications[day, hour, application] = count
+        return {
+            "daily": dict(daily),
+            "hourly": dict(hourly),
+            "applications": applications,
+            "registry": self._names,
+        }
+
+
+def letters(count):
+    """`count` keys as a person would press them."""
+    return ("packmyboxwithfivedozenliquorjugs" * (count // 32 + 1))[:count]

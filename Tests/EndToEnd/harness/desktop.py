@@ -1,0 +1,228 @@
+"""A desktop on a virtual display: X server, private session bus, window manager, panel."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+from . import processes
+from .waiting import wait_until
+
+# A hand needs that long to reach another window; presses do not straddle a change of focus.
+HAND_MOVES = 0.2
+
+
+class Desktop:
+    """Everything of one desktop session, in a temporary folder that is its home.
+
+    `host` is what shows status items: "watcher" (a StatusNotifierItem host), "tray" (a panel with an
+    XEmbed tray) or None. A `time_zone` of None is the one of this process. All processes end with end(),
+    or when this process dies.
+    """
+
+    def __init__(self, host="watcher", time_zone="Europe/Berlin"):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-desktop-"))
+        self._children = []
+        self.environment = self._bare_environment(time_zone)
+        try:
+            self._start_display()
+            self._start_bus()
+            self.spawn(["openbox"])
+            wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "a window manager")
+            if host == "tray":
+                self.spawn(["tint2"])
+                wait_until(lambda: self.windows("tint2"), "the panel")
+            elif host == "watcher":
+                self.start_watcher()
+        except BaseException:
+            self.end()
+            raise
+
+    def end(self):
+        for child in reversed(self._children):
+            processes.end(child)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def spawn(self, command, **options):
+        """Starts a program of this desktop; its output goes to a log in the desktop's folder."""
+        name = pathlib.Path(command[0]).name
+        child = processes.start(command, self.environment, self.folder / f"{name}.log", **options)
+        self._children.append(child)
+        return child
+
+    def run(self, *command, check=True):
+        """Runs a short command on this desktop and returns what it printed."""
+        done = subprocess.run(
+            [str(part) for part in command],
+            env=self.environment,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            timeout=60,
+        )
+        if check and done.returncode != 0:
+            raise AssertionError(f"{' '.join(map(str, command))}: {done.stderr.strip() or done.returncode}")
+        return done.stdout.strip()
+
+    def start_watcher(self):
+        script = pathlib.Path(__file__).with_name("status_watcher.py")
+        watcher = self.spawn([sys.executable, "-B", script], stdout=subprocess.PIPE, text=True)
+        if watcher.stdout.readline().strip() != "ready":
+            raise AssertionError("the status item watcher did not start")
+        return watcher
+
+    def lose_bus(self):
+        self._bus.kill()
+        self._bus.wait()
+
+    def lose_display(self):
+        """What a crash of the X server, or a hard end of the session, looks like to programs."""
+        self._display.kill()
+        self._display.wait()
+
+    # Windows
+
+    def windows(self, application_class):
+        """Ids of the visible windows whose class or instance is `application_class`."""
+        found = self.run(
+            "xdotool", "search", "--onlyvisible", "--class", f"^{application_class}$", check=False
+        )
+        return found.split()
+
+    def window_titled(self, title):
+        found = self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$", check=False)
+        return found.split()[0] if found else None
+
+    def focus(self, window):
+        """Brings a window to the front and waits until it has the keyboard."""
+        time.sleep(HAND_MOVES)
+        self.run("xdotool", "windowactivate", window)
+        wait_until(lambda: self.active_window() == int(window), f"window {window} in front")
+        time.sleep(HAND_MOVES)
+
+    def active_window(self):
+        value = self._root_property("_NET_ACTIVE_WINDOW")
+        return int(value.rsplit(" ", 1)[-1], 16) if value else None
+
+    def click(self, x, y):
+        self.run("xdotool", "mousemove", "--sync", x, y, "click", 1, check=False)
+
+    def screenshot(self, path):
+        self.run("scrot", "--overwrite", path)
+
+    def tray_icon(self):
+        """Where the only icon in the panel's tray is: x, y, width, height; None while there is none."""
+        for panel in self.windows("tint2"):
+            tree = self.run("xwininfo", "-id", panel, "-tree", check=False)
+            children = re.findall(r"^ +0x.* (\d+)x(\d+)\+\d+\+\d+ +\+(\d+)\+(\d+)$", tree, re.MULTILINE)
+            icons = [
+                (int(x), int(y), int(width), int(height))
+                for width, height, x, y in children
+                if int(width) > 1
+            ]
+            if icons:
+                return icons[-1]
+        return None
+
+    def picture(self, area):
+        """What an area of the screen shows, to be compared with itself."""
+        path = self.folder / "picture.png"
+        self.run("scrot", "--overwrite", "--autoselect", ",".join(map(str, area)), path)
+        return path.read_bytes()
+
+    # Keyboard
+
+    def type(self, text, milliseconds=8):
+        """Types on whatever has the keyboard, one key every `milliseconds`."""
+        self.run("xdotool", "type", "--delay", milliseconds, text)
+
+    def start_typing(self, text, milliseconds=8):
+        return self.spawn(["xdotool", "type", "--delay", milliseconds, text])
+
+    def press(self, *keys):
+        self.run("xdotool", "key", *keys)
+
+    def hold(self, key, seconds):
+        self.run("xdotool", "keydown", key)
+        time.sleep(seconds)
+        self.run("xdotool", "keyup", key)
+
+    # What it is made of
+
+    def _bare_environment(self, time_zone):
+        environment = {
+            "PATH": "/usr/local/bin:/usr/bin:/bin",
+            "HOME": str(self.folder / "home"),
+            "XDG_RUNTIME_DIR": str(self.folder / "runtime"),
+            "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
+            "LANG": "C.UTF-8",
+            "GSETTINGS_BACKEND": "memory",
+            "GDK_BACKEND": "x11",
+            "QT_QPA_PLATFORM": "xcb",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+        }
+        time_zone = time_zone or os.environ.get("TZ")
+        if time_zone:
+            environment["TZ"] = time_zone
+        for name, folder in home_folders(self.folder / "home").items():
+            environment[name] = str(folder)
+        for name in ("HOME", "XDG_RUNTIME_DIR"):
+            pathlib.Path(environment[name]).mkdir(mode=0o700)
+        for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"):
+            if name in os.environ:
+                environment[name] = os.environ[name]
+        return environment
+
+    def _start_display(self):
+        reading, writing = os.pipe()
+        # Without -noreset the server starts anew whenever its last client leaves.
+        command = [
+            "Xvfb",
+            "-displayfd",
+            writing,
+            "-screen",
+            "0",
+            "1280x1024x24",
+            "-noreset",
+            "-nolisten",
+            "tcp",
+        ]
+        self._display = self.spawn(command, pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise AssertionError("the virtual display did not start: " + self._log("Xvfb"))
+        self.environment["DISPLAY"] = f":{number}"
+
+    def _start_bus(self):
+        self._bus = self.spawn(
+            ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address"],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        address = self._bus.stdout.readline().strip()
+        if not address:
+            raise AssertionError("the session bus did not start: " + self._log("dbus-daemon"))
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+
+    def _root_property(self, name):
+        answer = self.run("xprop", "-root", name, check=False)
+        return answer if "#" in answer and not answer.endswith("0x0") else ""
+
+    def _log(self, name):
+        return (self.folder / f"{name}.log").read_text(errors="replace").strip()
+
+
+def home_folders(home):
+    """The XDG folders of a home, by the variable that names them."""
+    return {
+        "XDG_CONFIG_HOME": home / ".config",
+        "XDG_DATA_HOME": home / ".local/share",
+        "XDG_STATE_HOME": home / ".local/state",
+        "XDG_CACHE_HOME": home / ".cache",
+    }

@@ -1,0 +1,37 @@
+"""Child processes that never outlive the test that started them."""
+
+import ctypes
+import signal
+import subprocess
+
+_PR_SET_PDEATHSIG = 1
+_libc = ctypes.CDLL(None)
+
+
+def _die_with_parent():
+    _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def start(command, environment, log, **options):
+    """Starts a child whose output goes to the file `log`; it dies when we do."""
+    with open(log, "ab") as output:
+        options.setdefault("stdout", output)
+        return subprocess.Popen(
+            [str(part) for part in command],
+            env=environment,
+            stdin=subprocess.DEVNULL,
+            stderr=output,
+            preexec_fn=_die_with_parent,
+            **options,
+        )
+
+
+def end(child, seconds=5):
+    """Asks a child to end, then insists."""
+    if child.poll() is None:
+        child.terminate()
+        try:
+            child.wait(seconds)
+        except subprocess.TimeoutExpired:
+            child.kill()
+    child.wait()

@@ -1,0 +1,251 @@
+"""Fernhollow itself: starting and ending it, its status item, its window, its data."""
+
+import base64
+import contextlib
+import os
+import re
+import signal
+import sqlite3
+import subprocess
+
+import gi
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+from . import processes
+from .accessibility import AccessibleProgram
+from .desktop import home_folders
+from .waiting import wait_for_value, wait_until
+
+ITEM = "org.kde.StatusNotifierItem"
+WATCHER = "org.kde.StatusNotifierWatcher"
+# Sanitized builds are slower by far; only the limits of our patience depend on it.
+PATIENCE = 60 if os.environ.get("FERNHOLLOW_SANITIZED") else 20
+
+
+def program_under_test():
+    path = os.environ.get("FERNHOLLOW_PROGRAM", "")
+    if not os.access(path, os.X_OK):
+        raise AssertionError(f"FERNHOLLOW_PROGRAM is not the program: {path!r}")
+    return path
+
+
+class Program:
+    """The program of one person with a home of its own, on a desktop that may serve several."""
+
+    def __init__(self, desktop, name, clock=None, executable=None):
+        self.desktop = desktop
+        self.home = desktop.folder / name
+        self.home.mkdir(mode=0o700)
+        self.folders = home_folders(self.home)
+        self.process = None
+        self.prefix = []
+        self.executable = executable or program_under_test()
+        self._clock = clock
+
+    # Running
+
+    def environment(self):
+        environment = dict(self.desktop.environment, HOME=str(self.home))
+        environment.update({name: str(folder) for name, folder in self.folders.items()})
+        if self._clock:
+            environment.update(self._clock.environment())
+        return environment
+
+    def start(self):
+        """Starts the program and waits until it counts."""
+        started = "[KeyboardMonitor] Started successfully"
+        before = self.log().count(started)
+        command = [*self.prefix, self.executable]
+        self.process = processes.start(command, self.environment(), self.home / "output")
+        wait_until(
+            lambda: self.log().count(started) > before or self.process.poll() is not None,
+            "the program counting",
+            PATIENCE,
+        )
+        self.expect_running()
+        return self
+
+    def command(self, *arguments):
+        """Starts the program a second time, with or without arguments, and returns what became of it."""
+        return subprocess.run(
+            [self.executable, *arguments],
+            env=self.environment(),
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            timeout=PATIENCE,
+        )
+
+    def quit(self):
+        """Asks the running program to end; returns once it has."""
+        done = self.command("--quit")
+        if done.returncode != 0:
+            raise AssertionError(f"--quit: {done.returncode} {done.stderr}")
+        return self.wait(2)
+
+    def signal(self, number=signal.SIGTERM):
+        self.process.send_signal(number)
+        return self.wait()
+
+    def wait(self, seconds=PATIENCE):
+        """Waits for the end of the program and returns its exit code."""
+        try:
+            return self.process.wait(seconds)
+        except subprocess.TimeoutExpired:
+            raise AssertionError(f"the program still runs after {seconds:g} s") from None
+
+    def expect_running(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"the program ended with {self.process.returncode}: {self.output()[-2000:]}")
+
+    def end(self):
+        if self.process:
+            processes.end(self.process)
+
+    # Status item
+
+    def title(self):
+        """The title of the status item, or None while there is none."""
+        try:
+            item = self._item()
+            return (
+                item
+                and self._ask(*item, "org.freedesktop.DBus.Properties", "Get", "(ss)", (ITEM, "Title"))[0]
+            )
+        except GLib.Error:
+            return None
+
+    def count(self):
+        """The title as a number."""
+        title = self.title()
+        return int(re.sub(r"\D", "", title) or 0) if title is not None else None
+
+    def expect_count(self, expected):
+        wait_for_value(self.count, expected, "count in the status item", PATIENCE)
+
+    def click_item(self):
+        item = self._item()
+        self._ask(*item, ITEM, "Activate", "(ii)", (0, 0))
+
+    def _item(self):
+        properties = "org.freedesktop.DBus.Properties"
+        (items,) = self._ask(
+            WATCHER,
+            "/StatusNotifierWatcher",
+            properties,
+            "Get",
+            "(ss)",
+            (WATCHER, "RegisteredStatusNotifierItems"),
+        )
+        if len(items) > 1:
+            raise AssertionError(f"more than one status item: {items}")
+        name, _, path = items[0].partition("/") if items else ("", "", "")
+        return (name, "/" + path) if items else None
+
+    def _ask(self, service, path, interface, method, signature, arguments):
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        address = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
+        bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        try:
+            answer = bus.call_sync(
+                service,
+                path,
+                interface,
+                method,
+                GLib.Variant(signature, arguments),
+                None,
+                Gio.DBusCallFlags.NONE,
+                5000,
+                None,
+            )
+            return answer.unpack()
+        finally:
+            bus.close_sync(None)
+
+    # Window
+
+    def window(self):
+        """The id of the main window while it is visible."""
+        return self.desktop.window_titled("Fernhollow")
+
+    def accessible(self):
+        return AccessibleProgram(self.desktop, self.process.pid)
+
+    def open_window(self):
+        if not self.window():
+            done = self.command("--toggle")
+            if done.returncode != 0:
+                raise AssertionError(f"--toggle: {done.returncode} {done.stderr}")
+        return wait_until(self.window, "the main window", PATIENCE)
+
+    def click(self, role, name=None):
+        """Clicks on the middle of a widget, as a hand would, once it is there."""
+        accessible = self.accessible()
+        node = wait_until(
+            lambda: accessible.shown(role, name), f"{role} {name or ''} in the window", PATIENCE
+        )[0]
+        self.desktop.click(*accessible.centre(node))
+
+    def type_address(self, address):
+        """Opens the window and types into the e-mail field."""
+        self.desktop.focus(self.open_window())
+        self.click("text")
+        self.desktop.type(address, 20)
+
+    def sign_in(self, address):
+        """Signs in by hand and skips the introduction."""
+        self.type_address(address)
+        self.desktop.press("Return")
+        self.click("push button", "Skip")
+        accessible = self.accessible()
+        wait_until(
+            lambda: not accessible.shown("push button", "Skip"), "the end of the introduction", PATIENCE
+        )
+
+    def first_count(self):
+        """What the count begins with after sign_in(): the Return that ended the address may be counted
+        just before or just after the account's own counts began."""
+        wait_until(lambda: self.count() in (0, 1), "a count that begins anew", PATIENCE)
+        return self.count()
+
+    # What it leaves behind
+
+    def log(self):
+        return _text(self.home / "fernhollow_debug.log")
+
+    def output(self):
+        return _text(self.home / "output")
+
+    def database(self, address):
+        token = base64.b64encode(address.lower().encode()).decode()
+        token = token.replace("/", "_").replace("+", "-").replace("=", "")[:32]
+        return self.folders["XDG_DATA_HOME"] / "Fernhollow" / f"keypress_{token}.sqlite"
+
+    def tables(self, address):
+        """The four tables without their time stamps."""
+        uri = self.database(address).as_uri() + "?mode=ro"
+        with contextlib.closing(sqlite3.connect(uri, uri=True)) as database:
+            return {
+                "daily": dict(database.execute("SELECT day, count FROM daily_counts")),
+                "hourly": {
+                    (day, hour): count
+                    for day, hour, count in database.execute("SELECT day, hour, count FROM hourly_counts")
+                },
+                "applications": {
+                    (day, hour, application): count
+                    for day, hour, application, count in database.execute(
+                        "SELECT day, hour, bundle_id, count FROM app_hour_counts"
+                    )
+                },
+                "registry": dict(database.execute("SELECT bundle_id, app_name FROM app_registry")),
+            }
+
+    def report(self):
+        """What a reader of a failed test wants to see."""
+        return f"--- log\n{self.log()[-3000:]}\n--- output\n{self.output()[-3000:]}"
+
+
+def _text(path):
+    return path.read_text(errors="replace") if path.exists() else ""

@@ -1,0 +1,129 @@
+"""One program at a time, and nothing pending is lost however it ends."""
+
+import signal
+import time
+import unittest
+
+from harness import processes
+from harness.applications import Terminal
+from harness.case import DesktopTest, letters
+from harness.desktop import Desktop
+from harness.program import PATIENCE, Program
+from harness.waiting import wait_until
+
+ADDRESS = "grace@example.org"
+DAY = "2026-03-10"
+
+
+class Lifecycle(DesktopTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.terminal = Terminal(cls.desktop)
+
+    def type(self, count):
+        """Types in the terminal and waits until the presses are counted."""
+        before = self.program.count()
+        self.terminal.focus()
+        self.desktop.type(letters(count))
+        self.program.expect_count(before + count)
+
+    def stored_today(self):
+        tables = self.program.tables(ADDRESS)
+        self.assertEqual(sum(tables["hourly"].values()), tables["daily"].get(DAY, 0))
+        self.assertEqual(sum(tables["applications"].values()), tables["daily"].get(DAY, 0) - self.began_with)
+        return tables["daily"].get(DAY, 0)
+
+    def sign_in(self):
+        self.program.start()
+        self.program.sign_in(ADDRESS)
+        self.began_with = self.program.first_count()
+
+    def test_signals_end_it_in_order(self):
+        self.sign_in()
+        expected = self.began_with
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=number.name):
+                self.type(40)
+                expected += 40
+                self.assertEqual(self.program.signal(number), 0)
+                self.assertEqual(self.stored_today(), expected)
+                self.program.start()
+                self.program.expect_count(expected)
+        self.program.quit()
+
+    def test_a_second_start_shows_the_first_and_counts_nothing_twice(self):
+        self.sign_in()
+        self.type(10)
+        self.program.command("--toggle")
+        wait_until(lambda: not self.program.window(), "the window hidden")
+        second = self.program.command()
+        self.assertEqual(second.returncode, 0, second.stderr)
+        wait_until(self.program.window, "the window of the first", PATIENCE)
+        self.type(30)
+        self.program.quit()
+        self.assertEqual(self.stored_today(), self.began_with + 40)
+
+    def test_toggle_and_quit_need_no_running_program(self):
+        self.assertEqual(self.program.command("--quit").returncode, 0)
+        first = processes.start(
+            [self.program.executable, "--toggle"], self.program.environment(), self.program.home / "output"
+        )
+        self.addCleanup(processes.end, first)
+        wait_until(self.program.window, "the window", PATIENCE)
+        wait_until(lambda: self.program.count() is not None, "the status item", PATIENCE)
+        self.program.click_item()
+        wait_until(lambda: not self.program.window(), "the window hidden by a click")
+        self.assertEqual(self.program.command("--toggle").returncode, 0)
+        wait_until(self.program.window, "the window once more")
+        self.assertEqual(self.program.command("--quit").returncode, 0)
+        self.assertEqual(first.wait(PATIENCE), 0)
+
+    def test_it_explains_itself_without_a_display(self):
+        environment = self.program.environment()
+        del environment["DISPLAY"], environment["DBUS_SESSION_BUS_ADDRESS"]
+        self.program.environment = lambda: environment
+        self.assertRegex(self.program.command("--version").stdout, r"(?i)^fernhollow \d+\.\d+\.\d+\n$")
+        usage = self.program.command("--help")
+        self.assertEqual(usage.returncode, 0)
+        for option in ("--version", "--toggle", "--quit"):
+            self.assertIn(option, usage.stdout)
+        self.assertNotEqual(self.program.command("--nonsense").returncode, 0)
+        without_display = self.program.command()
+        self.assertGreater(without_display.returncode, 0, "a plain failure, not a crash")
+        self.assertTrue(without_display.stderr.strip())
+
+    def test_losing_the_session_bus_stops_no_counting(self):
+        desktop = Desktop()
+        self.addCleanup(desktop.end)
+        self.use(desktop)
+        self.sign_in()
+        self.type(20)
+        desktop.lose_bus()
+        self.terminal.focus()
+        desktop.type(letters(30))
+        time.sleep(1)
+        self.program.expect_running()
+        self.assertEqual(self.program.signal(signal.SIGTERM), 0)
+        self.assertEqual(self.stored_today(), self.began_with + 50)
+
+    def test_losing_the_display_loses_no_press(self):
+        desktop = Desktop()
+        self.addCleanup(desktop.end)
+        self.use(desktop)
+        self.sign_in()
+        self.type(70)
+        desktop.lose_display()
+        self.program.wait()
+        self.assertEqual(self.stored_today(), self.began_with + 70)
+
+    def use(self, desktop):
+        """Continues on a desktop that the test may break."""
+        self.desktop = desktop
+        self.terminal = Terminal(desktop)
+        self.program = Program(desktop, "home-of-" + self._testMethodName, self.clock)
+        self.addCleanup(self.program.end)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,96 @@
+"""A database that cannot be used: the program says so in its log, counts on screen and breaks nothing."""
+
+import os
+import sqlite3
+import unittest
+
+from harness.applications import Terminal
+from harness.case import DesktopTest, letters
+
+ADDRESS = "hedy@example.org"
+DAY = "2026-03-10"
+
+
+class StorageTrouble(DesktopTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.terminal = Terminal(cls.desktop)
+
+    def setUp(self):
+        """A person who signed in earlier and has counts."""
+        super().setUp()
+        self.program.start()
+        self.program.sign_in(ADDRESS)
+        self.began_with = self.program.first_count()
+        self.type(10)
+        self.program.quit()
+        self.database = self.program.database(ADDRESS)
+
+    def type(self, count):
+        before = self.program.count()
+        self.terminal.focus()
+        self.desktop.type(letters(count))
+        self.program.expect_count(before + count)
+
+    def expect_counting_on_screen_only(self):
+        """Starts on the broken storage: counts, names the file in the log, and changes nothing."""
+        contents = self.database.read_bytes()
+        logged = len(self.program.log())
+        self.program.start()
+        self.type(30)
+        self.assertIn(self.database.name, self.program.log()[logged:])
+        self.assertEqual(self.program.quit(), 0)
+        self.assertEqual(self.database.read_bytes(), contents)
+
+    def test_a_file_that_is_no_database(self):
+        self.database.write_bytes(b"these are not the tables you are looking for\n" * 200)
+        self.expect_counting_on_screen_only()
+
+    def test_a_data_folder_without_permission_to_write(self):
+        if os.geteuid() == 0:
+            # Permissions mean nothing to an almighty user; one without that capability obeys them.
+            self.program.prefix = [
+                "setpriv",
+                "--inh-caps=-dac_override,-dac_read_search",
+                "--bounding-set=-dac_override,-dac_read_search",
+            ]
+        folder = self.database.parent
+        for companion in folder.glob("*.sqlite-*"):
+            companion.unlink()
+        self.database.chmod(0o400)
+        folder.chmod(0o500)
+        self.addCleanup(folder.chmod, 0o700)
+        self.expect_counting_on_screen_only()
+
+    def test_a_database_that_another_process_keeps_to_itself(self):
+        other = sqlite3.connect(self.database, isolation_level=None)
+        self.addCleanup(other.close)
+        other.execute("PRAGMA locking_mode=EXCLUSIVE")
+        other.execute("BEGIN EXCLUSIVE")
+        self.expect_counting_on_screen_only()
+        other.execute("ROLLBACK")
+        other.close()
+
+        self.program.start()
+        self.program.expect_count(self.began_with + 10)
+        self.type(5)
+        self.program.quit()
+        self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 15})
+
+    def test_a_lock_while_it_runs_delays_the_day_but_loses_none_of_it(self):
+        self.program.start()
+        self.program.expect_count(self.began_with + 10)
+        other = sqlite3.connect(self.database, isolation_level=None)
+        self.addCleanup(other.close)
+        other.execute("BEGIN IMMEDIATE")
+        self.type(20)
+        self.program.expect_running()
+        other.execute("ROLLBACK")
+        self.type(5)
+        self.program.quit()
+        self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 35})
+
+
+if __name__ == "__main__":
+    unittest.main()
