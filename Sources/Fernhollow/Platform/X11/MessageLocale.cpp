@@ -1,0 +1,43 @@
+#include "Platform/X11/MessageLocale.h"
+
+#include <cstdlib>
+
+namespace fernhollow {
+
+std::string messageLocale() {
+    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
+            return value;
+        }
+    }
+    return {};
+}
+
+// lang_COUNTRY.ENCODING@MODIFIER, of which all but the language may be absent
+std::vector<std::string> localeCandidates(std::string_view locale) {
+    const auto at = locale.find('@');
+    const std::string modifier(at == std::string_view::npos ? "" : locale.substr(at));
+    locale = locale.substr(0, at);
+    locale = locale.substr(0, locale.find('.'));
+    const std::string languageAndCountry(locale);
+    const std::string language(locale.substr(0, locale.find('_')));
+    if (language.empty() || language == "C" || language == "POSIX") {
+        return {};
+    }
+
+    std::vector<std::string> candidates;
+    const bool hasCountry = language != languageAndCountry;
+    if (hasCountry && !modifier.empty()) {
+        candidates.push_back(languageAndCountry + modifier);
+    }
+    if (hasCountry) {
+        candidates.push_back(languageAndCountry);
+    }
+    if (!modifier.empty()) {
+        candidates.push_back(language + modifier);
+    }
+    candidates.push_back(language);
+    return candidates;
+}
+
+} // namespace fernhollow

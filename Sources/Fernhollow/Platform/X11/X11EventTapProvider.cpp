@@ -1,0 +1,116 @@
+#include "Platform/X11/X11EventTapProvider.h"
+
+#include "Platform/X11/RecordTap.h"
+#include "Support/DebugLog.h"
+
+#include <QElapsedTimer>
+#include <xcb/record.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string_view>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+// Soon enough for a person who waits for the display to come back, rare enough to cost nothing.
+constexpr std::chrono::milliseconds attemptPause{2'000};
+// A display behind a slow network may take long to refuse; the tries must not add up to a busy thread.
+constexpr int pausePerAttempt = 50;
+
+bool isWaylandSession() {
+    const auto variable = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string_view(value != nullptr ? value : "");
+    };
+    return variable("XDG_SESSION_TYPE") == "wayland" || !variable("WAYLAND_DISPLAY").empty();
+}
+
+} // namespace
+
+X11EventTapProvider::X11EventTapProvider(Prompt prompt) : prompt_(std::move(prompt)) {}
+
+bool X11EventTapProvider::isProcessTrusted(bool prompting) {
+    const auto reason = refusal();
+    logChange(reason);
+    if (reason && prompting && prompt_) {
+        prompt_(describe(*reason));
+    }
+    return !reason;
+}
+
+std::unique_ptr<EventTap> X11EventTapProvider::createTap(Callback callback) {
+    if (refusal()) {
+        return nullptr;
+    }
+    auto tap = RecordTap::create(std::move(connection_), std::move(callback));
+    if (!tap && !tapFailureLogged_) {
+        debugLog("[EventTap] The X server did not let us record key presses");
+    }
+    tapFailureLogged_ = !tap;
+    return tap;
+}
+
+std::optional<X11EventTapProvider::Refusal> X11EventTapProvider::refusal() {
+    // The X server of a Wayland session sees the presses in X11 windows alone.
+    if (isWaylandSession()) {
+        return Refusal::waylandSession;
+    }
+    if (!connected()) {
+        return Refusal::noDisplay;
+    }
+    const xcb_query_extension_reply_t* record = xcb_get_extension_data(connection_.get(), &xcb_record_id);
+    if (xcb_connection_has_error(connection_.get()) != 0) {
+        return Refusal::noDisplay;
+    }
+    return record != nullptr && record->present != 0 ? std::nullopt : std::optional(Refusal::noRecording);
+}
+
+bool X11EventTapProvider::connected() {
+    if (connection_ && !dropArrivedEvents(connection_.get())) {
+        connection_.reset();
+    }
+    if (connection_ || !nextAttempt_.hasExpired()) {
+        return connection_ != nullptr;
+    }
+    QElapsedTimer attempt;
+    attempt.start();
+    connection_ = connectToDisplay();
+    if (!connection_) {
+        nextAttempt_.setRemainingTime(
+            std::max(attemptPause, std::chrono::milliseconds(attempt.elapsed()) * pausePerAttempt));
+    }
+    return connection_ != nullptr;
+}
+
+void X11EventTapProvider::logChange(std::optional<Refusal> now) {
+    if (now && now != logged_) {
+        debugLog("[EventTap] " + describe(*now).missing);
+    }
+    logged_ = now;
+}
+
+TrustProblem X11EventTapProvider::describe(Refusal refusal) {
+    switch (refusal) {
+    case Refusal::waylandSession:
+        return {"This is a Wayland session, in which only a part of the key presses can be seen, so "
+                "Fernhollow does not count.",
+                "To count your presses, log out and choose the desktop's X11 session (often called Xorg) on "
+                "the login screen."};
+    case Refusal::noDisplay:
+        return {"Fernhollow cannot reach an X11 display.",
+                "Start it from within your desktop session. It begins to count as soon as the display "
+                "answers."};
+    case Refusal::noRecording:
+        return {"The X server does not offer the RECORD extension, which tells when a key is pressed.",
+                "Enable the RECORD extension in the configuration of the X server and log in again."};
+    }
+    return {};
+}
+
+std::unique_ptr<EventTapProvider> makeEventTapProvider(EventTapProvider::Prompt prompt) {
+    return std::make_unique<X11EventTapProvider>(std::move(prompt));
+}
+
+} // namespace fernhollow

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Platform/EventTap.h"
+#include "Platform/X11/XcbHandles.h"
+
+#include <QDeadlineTimer>
+
+#include <optional>
+
+namespace fernhollow {
+
+/// Says whether this display lets us see every press, and makes taps on it.
+///
+/// A refusal may be asked about each second for years. So the connection by which it answers is kept
+/// (and becomes the next tap's own), and a display that cannot be reached is tried again only now and
+/// then. Main thread only.
+class X11EventTapProvider final : public EventTapProvider {
+public:
+    explicit X11EventTapProvider(Prompt prompt);
+
+    bool isProcessTrusted(bool prompting) override;
+    std::unique_ptr<EventTap> createTap(Callback callback) override;
+
+private:
+    enum class Refusal { waylandSession, noDisplay, noRecording };
+
+    std::optional<Refusal> refusal();
+    bool connected();
+    void logChange(std::optional<Refusal> now);
+    static TrustProblem describe(Refusal refusal);
+
+    Prompt prompt_;
+    XcbConnection connection_;
+    QDeadlineTimer nextAttempt_;
+    std::optional<Refusal> logged_;
+    bool tapFailureLogged_ = false;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Platform/Workspace.h"
+#include "Platform/X11/DesktopEntries.h"
+#include "Platform/X11/WindowProperties.h"
+#include "Platform/X11/XcbHandles.h"
+
+#include <QDeadlineTimer>
+#include <QTimer>
+
+#include <optional>
+
+namespace fernhollow {
+
+/// The frontmost application of an X11 display, as its window manager announces the active window.
+///
+/// The server tells us of changes, and we look at what it told when we are asked: an answer for a window
+/// that stays in front asks the server nothing. The display is reached at the first question. Used on
+/// the main thread, owned by who asks at each press.
+class X11Workspace final : public Workspace {
+public:
+    explicit X11Workspace(DesktopEntries entries);
+
+    std::optional<FrontmostApplication> frontmostApplication() override;
+
+private:
+    bool connected();
+    void connect();
+    void lose();
+    void takeEvents();
+    void take(const xcb_generic_event_t& event);
+    void followActiveWindow();
+    void listenTo(xcb_window_t window, std::uint32_t events);
+
+    DesktopEntries entries_;
+    XcbConnection connection_;
+    QDeadlineTimer nextAttempt_;
+    QTimer reader_; ///< so that nothing piles up while nobody types
+    WindowAtoms atoms_;
+    xcb_window_t root_ = XCB_WINDOW_NONE;
+    xcb_window_t active_ = XCB_WINDOW_NONE;
+    bool activeIsCurrent_ = false;
+    bool applicationIsCurrent_ = false;
+    std::optional<FrontmostApplication> application_; ///< of `active_`
+    bool lossLogged_ = false;
+    bool silenceLogged_ = false; ///< of a window manager without active windows
+};
+
+} // namespace fernhollow

@@ -1,0 +1,30 @@
+#include "Platform/X11/XcbHandles.h"
+
+namespace fernhollow {
+
+XcbConnection connectToDisplay() {
+    XcbConnection connection(xcb_connect(nullptr, nullptr));
+    return xcb_connection_has_error(connection.get()) == 0 ? std::move(connection) : nullptr;
+}
+
+xcb_window_t rootWindow(xcb_connection_t* connection) {
+    int number = 0;
+    char* host = nullptr;
+    int display = 0;
+    if (xcb_parse_display(nullptr, &host, &display, &number) != 0) {
+        std::free(host);
+    }
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    while (number-- > 0 && screens.rem > 1) {
+        xcb_screen_next(&screens);
+    }
+    return screens.rem > 0 ? screens.data->root : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+}
+
+bool dropArrivedEvents(xcb_connection_t* connection) {
+    while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection))) {
+    }
+    return xcb_connection_has_error(connection) == 0;
+}
+
+} // namespace fernhollow

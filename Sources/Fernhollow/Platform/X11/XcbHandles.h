@@ -1,0 +1,32 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace fernhollow {
+
+struct XcbDisconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+using XcbConnection = std::unique_ptr<xcb_connection_t, XcbDisconnect>;
+
+struct XcbFree {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// A reply, an event or an error as libxcb hands it out.
+template<typename T>
+using XcbReply = std::unique_ptr<T, XcbFree>;
+
+/// A connection to $DISPLAY, or null when there is none to be had.
+XcbConnection connectToDisplay();
+
+/// The root window of the screen that $DISPLAY names.
+xcb_window_t rootWindow(xcb_connection_t* connection);
+
+/// Takes and drops the events that have arrived; false when the server is gone. Never waits.
+bool dropArrivedEvents(xcb_connection_t* connection);
+
+} // namespace fernhollow
