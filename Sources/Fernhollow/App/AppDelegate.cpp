@@ -1,0 +1,79 @@
+#include "App/AppDelegate.h"
+
+#include "App/AppStateHolder.h"
+#include "App/MainWindowController.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Platform/StatusItem/StatusItem.h"
+
+#include <chrono>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto setupDelay = 100ms;
+
+// Hosts answer within milliseconds; at the start of a session the panel may still be on its way.
+constexpr auto hostPatience = 2s;
+
+} // namespace
+
+AppDelegate::AppDelegate() {
+    titleUpdate_.setSingleShot(true);
+    connect(&titleUpdate_, &QTimer::timeout, this, [this] {
+        if (const auto& model = AppStateHolder::shared().model; model && statusItem_) {
+            statusItem_->setTitle(QString::fromStdString(model->menuBarTitle()));
+        }
+    });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    QTimer::singleShot(setupDelay, this, &AppDelegate::setupStatusItem);
+}
+
+void AppDelegate::setupStatusItem() {
+    if (isStatusItemSetup_) {
+        return;
+    }
+    const auto& model = AppStateHolder::shared().model;
+    if (!model) {
+        QTimer::singleShot(setupDelay, this, &AppDelegate::setupStatusItem);
+        return;
+    }
+    isStatusItemSetup_ = true;
+    statusItem_ = std::make_unique<StatusItem>();
+    statusItem_->setTitle(QString::fromStdString(model->menuBarTitle()));
+    connect(statusItem_.get(), &StatusItem::clicked, this, &AppDelegate::statusItemClicked);
+    cancellables_.push_back(model->todayCountAggregated.observe([this] { titleUpdate_.start(0); }));
+
+    QTimer::singleShot(hostPatience, this, &AppDelegate::openWindowUnlessReachable);
+}
+
+// Somebody who has not signed in yet, or who has no status bar, would otherwise see nothing happen.
+void AppDelegate::openWindowUnlessReachable() {
+    const auto& account = AppStateHolder::shared().account;
+    if (!statusItem_->isShown() || (account && !account->email())) {
+        activate();
+    }
+}
+
+void AppDelegate::statusItemClicked() {
+    const auto& holder = AppStateHolder::shared();
+    if (!holder.model || !holder.account) {
+        return;
+    }
+    MainWindowController::shared().toggle(holder.model, holder.account);
+}
+
+void AppDelegate::activate() {
+    const auto& holder = AppStateHolder::shared();
+    if (holder.model && holder.account) {
+        MainWindowController::shared().show(holder.model, holder.account);
+    }
+}
+
+} // namespace fernhollow

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Support/Observable.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+namespace fernhollow {
+
+class StatusItem;
+
+/// What the desktop calls back: the end of launching, clicks on the status item, requests of later
+/// starts of the program. Owned by FernhollowApp; main thread only.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    AppDelegate();
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+
+    /// Toggles the main window.
+    void statusItemClicked();
+
+    /// Shows the main window in front, as a second plain start of the program asks.
+    void activate();
+
+private:
+    void setupStatusItem();
+    void openWindowUnlessReachable();
+
+    std::unique_ptr<StatusItem> statusItem_;
+    std::vector<Observation> cancellables_;
+    QTimer titleUpdate_; // runs once in the next turn of the event loop after any number of changes
+    bool isStatusItemSetup_ = false;
+};
+
+} // namespace fernhollow

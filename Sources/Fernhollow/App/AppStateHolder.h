@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+namespace fernhollow {
+
+class AccountManager;
+class AppModel;
+
+/// The long-lived objects, for those whom the desktop creates or calls: filled once at start.
+struct AppStateHolder {
+    std::shared_ptr<AppModel> model;
+    std::shared_ptr<AccountManager> account;
+
+    static AppStateHolder& shared();
+};
+
+} // namespace fernhollow

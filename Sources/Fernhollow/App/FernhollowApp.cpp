@@ -1,0 +1,57 @@
+#include "App/FernhollowApp.h"
+
+#include "App/AppStateHolder.h"
+#include "App/KeyboardMonitor.h"
+#include "App/MainWindowController.h"
+#include "App/TrustPrompt.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Support/DebugLog.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+
+#include <cstdlib>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A session manager kills what has not ended after some seconds.
+constexpr auto lastFlushLimit = 3s;
+
+void flushNow() {
+    const auto& model = AppStateHolder::shared().model;
+    if (model && !model->flushNow(lastFlushLimit)) {
+        debugLog("[FernhollowApp] The last presses could not be written in time");
+    }
+}
+
+} // namespace
+
+FernhollowApp::FernhollowApp() :
+    taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
+    account_(std::make_shared<AccountManager>(clock_)),
+    model_(AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
+        return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
+                                                 std::move(handlers));
+    })) {
+    AppStateHolder::shared() = {model_, account_};
+
+    QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
+    // The toolkit calls exit() when the display goes away, which is how many sessions end.
+    std::atexit(flushNow);
+}
+
+FernhollowApp::~FernhollowApp() {
+    flushNow();
+    AppStateHolder::shared() = {};
+    MainWindowController::shared().close();
+    model_->shutDown();
+    tasks_.stop();
+    // Lets the tasks that waited for those last writes come to their end.
+    QCoreApplication::sendPostedEvents();
+}
+
+} // namespace fernhollow

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "App/AppDelegate.h"
+#include "Platform/EventTap.h"
+#include "Platform/Workspace.h"
+#include "Support/Clock.h"
+#include "Support/TaskScope.h"
+
+#include <memory>
+
+namespace fernhollow {
+
+class AccountManager;
+class AppModel;
+
+/// The application entry value: creates the long-lived objects in their order, keeps them for the life
+/// of the process and ends them so that no press is lost. Main thread.
+class FernhollowApp {
+public:
+    FernhollowApp();
+    ~FernhollowApp();
+    FernhollowApp(const FernhollowApp&) = delete;
+    FernhollowApp& operator=(const FernhollowApp&) = delete;
+
+    AppDelegate& delegate() { return appDelegate_; }
+
+private:
+    SystemClock clock_;
+    TaskScope tasks_;
+    std::unique_ptr<EventTapProvider> taps_;
+    std::unique_ptr<Workspace> workspace_;
+    AppDelegate appDelegate_;
+    std::shared_ptr<AccountManager> account_;
+    std::shared_ptr<AppModel> model_;
+};
+
+} // namespace fernhollow

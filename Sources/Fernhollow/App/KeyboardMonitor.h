@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Model/KeyPressMonitor.h"
+#include "Platform/EventTap.h"
+#include "Support/Clock.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace fernhollow {
+
+class Workspace;
+
+/// The only source of counted key presses.
+///
+/// Installs the desktop's global event tap and reports, for each key-down, one press and the
+/// application in front. Which key it was never gets here. Owned by AppModel; main thread only.
+class KeyboardMonitor final : public KeyPressMonitor {
+public:
+    /// The desktop's side; all of it outlives the monitor.
+    struct Desktop {
+        EventTapProvider& taps;
+        Workspace& workspace;
+        const Clock& clock;
+    };
+
+    KeyboardMonitor(Desktop desktop, Handlers handlers);
+    ~KeyboardMonitor() override;
+
+    /// Asks the person for permission at most once per run, and looks closely whether it was given at
+    /// most every 30 seconds.
+    bool start() override;
+    void stop() override;
+
+    /// The bundle identifier of this program.
+    static std::string_view selfBundleId();
+
+private:
+    bool isTrusted();
+    void handle(TapEvent event);
+    ActiveAppInfo getActiveAppInfo() const;
+
+    // Events handled since launch by all instances, to thin out the log.
+    static std::int64_t keyCount;
+
+    Desktop desktop_;
+    std::unique_ptr<EventTap> eventTap_;
+    Handlers handlers_;
+    bool isMonitoring_ = false;
+    bool hasPromptedForPermission_ = false;
+    std::optional<Instant> lastPermissionCheck_;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,139 @@
+#include "App/Launch.h"
+
+#include "App/FernhollowApp.h"
+#include "App/SingleInstance.h"
+#include "App/TerminationSignals.h"
+#include "Support/ApplicationIdentity.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <cstdio>
+#include <optional>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace fernhollow {
+namespace {
+
+constexpr int usageError = 2;
+
+struct CommandLine {
+    std::optional<InstanceRequest> request; ///< --toggle or --quit
+    std::optional<int> exitCode;            ///< set when there is nothing left to do
+};
+
+CommandLine parse(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("fernhollow"));
+    QCoreApplication::setApplicationVersion(QString::fromUtf8(applicationVersion().data()));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Counts how many keys you press, never what you type."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
+                                     QStringLiteral("Show the version."));
+    const QCommandLineOption toggle(QStringLiteral("toggle"),
+                                    QStringLiteral("Do what a click on the status item does: show or hide the main "
+                                                   "window. Starts Fernhollow if it does not run."));
+    const QCommandLineOption quit(QStringLiteral("quit"),
+                                  QStringLiteral("End the Fernhollow that runs, and wait until it has ended."));
+    parser.addOptions({help, version, toggle, quit});
+
+    if (!parser.parse(QCoreApplication::arguments()) || !parser.positionalArguments().isEmpty()) {
+        const QString error = parser.errorText().isEmpty()
+                                  ? QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first())
+                                  : parser.errorText();
+        std::fprintf(stderr, "fernhollow: %s Try 'fernhollow --help'.\n", qUtf8Printable(error));
+        return {.exitCode = usageError};
+    }
+    if (parser.isSet(help)) {
+        std::fputs(qUtf8Printable(parser.helpText()), stdout);
+        return {.exitCode = EXIT_SUCCESS};
+    }
+    if (parser.isSet(version)) {
+        std::printf("Fernhollow %s\n", applicationVersion().data());
+        return {.exitCode = EXIT_SUCCESS};
+    }
+    if (parser.isSet(quit)) {
+        return {.request = InstanceRequest::quit};
+    }
+    return {.request = parser.isSet(toggle) ? std::optional(InstanceRequest::toggle) : std::nullopt};
+}
+
+int handToRunningInstance(int argc, char** argv, SingleInstance& instance, InstanceRequest request) {
+    const QCoreApplication application(argc, argv);
+    if (instance.send(request)) {
+        return EXIT_SUCCESS;
+    }
+    std::fputs("fernhollow: it runs already but does not answer\n", stderr);
+    return EXIT_FAILURE;
+}
+
+bool hasDisplay() {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
+            return true;
+        }
+    }
+    return false;
+}
+
+int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
+    if (!hasDisplay()) {
+        std::fputs("fernhollow: no display: start it in a desktop session (DISPLAY is not set)\n", stderr);
+        return EXIT_FAILURE;
+    }
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setDesktopFileName(QString::fromUtf8(applicationIdentifier.data()));
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    FernhollowApp fernhollow;
+    AppDelegate& delegate = fernhollow.delegate();
+    const TerminationSignals signals_;
+    QObject::connect(&signals_, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    QObject::connect(&instance, &SingleInstance::requested, &delegate, [&delegate](InstanceRequest request) {
+        switch (request) {
+        case InstanceRequest::activate:
+            return delegate.activate();
+        case InstanceRequest::toggle:
+            return delegate.statusItemClicked();
+        case InstanceRequest::quit:
+            return QCoreApplication::quit();
+        }
+    });
+    instance.listen();
+    delegate.applicationDidFinishLaunching();
+    if (showWindow) {
+        delegate.activate();
+    }
+    return QApplication::exec();
+}
+
+} // namespace
+
+int launch(int argc, char** argv) {
+    TerminationSignals::block();
+    ::umask(077); // what this program writes is for its user alone
+    // A core dump could hold what the display server just delivered.
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+
+    const CommandLine command = parse(argc, argv);
+    if (command.exitCode) {
+        return *command.exitCode;
+    }
+    SingleInstance instance;
+    if (!instance.acquire()) {
+        return handToRunningInstance(argc, argv, instance, command.request.value_or(InstanceRequest::activate));
+    }
+    if (command.request == InstanceRequest::quit) {
+        std::puts("Fernhollow is not running.");
+        return EXIT_SUCCESS;
+    }
+    return run(argc, argv, instance, command.request == InstanceRequest::toggle);
+}
+
+} // namespace fernhollow

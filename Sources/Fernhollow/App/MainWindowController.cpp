@@ -1,0 +1,64 @@
+#include "App/MainWindowController.h"
+
+#include "App/MenuContentView.h"
+#include "App/Theme.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+#include <QScreen>
+
+namespace fernhollow {
+namespace {
+
+constexpr QSize initialSize{420, 750};
+constexpr QSize minimumSize{380, 500};
+
+} // namespace
+
+MainWindowController& MainWindowController::shared() {
+    static MainWindowController controller;
+    return controller;
+}
+
+void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
+                                        const std::shared_ptr<AccountManager>& account) {
+    auto* window = new MenuContentView(model, account);
+    window_ = window;
+    window->setWindowTitle(QStringLiteral("Fernhollow"));
+    window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
+    window->setMinimumSize(minimumSize);
+    Theme::applyDark(*window);
+
+    const QRect available = window->screen()->availableGeometry();
+    QRect frame(QPoint(), initialSize.boundedTo(available.size()).expandedTo(minimumSize));
+    frame.moveCenter(available.center());
+    window->setGeometry(frame);
+}
+
+void MainWindowController::toggle(const std::shared_ptr<AppModel>& model,
+                                  const std::shared_ptr<AccountManager>& account) {
+    if (window_ && window_->isVisible() && !window_->isMinimized()) {
+        window_->hide();
+        return;
+    }
+    show(model, account);
+}
+
+void MainWindowController::show(const std::shared_ptr<AppModel>& model,
+                                const std::shared_ptr<AccountManager>& account) {
+    if (!window_) {
+        createWindow(model, account);
+    }
+    if (window_->isMinimized()) {
+        window_->showNormal();
+    }
+    window_->show();
+    window_->raise();
+    window_->activateWindow();
+}
+
+void MainWindowController::close() {
+    delete window_.data();
+}
+
+} // namespace fernhollow

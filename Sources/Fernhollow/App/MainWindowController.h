@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+
+namespace fernhollow {
+
+class AccountManager;
+class AppModel;
+
+/// The one main window: made when it is first shown, afterwards hidden and shown again, never remade.
+class MainWindowController {
+public:
+    static MainWindowController& shared();
+
+    /// Hides the window when it is visible, else shows it in front with the keyboard.
+    void toggle(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
+    void show(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
+
+    /// Destroys the window, at the end of the program.
+    void close();
+
+private:
+    void createWindow(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
+
+    QPointer<QWidget> window_;
+};
+
+} // namespace fernhollow

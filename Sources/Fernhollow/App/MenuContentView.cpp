@@ -1,0 +1,150 @@
+#include "App/MenuContentView.h"
+
+#include "App/ElidedLabel.h"
+#include "App/SignInView.h"
+#include "App/Theme.h"
+#include "App/TodayView.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Support/ApplicationIdentity.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+#include <chrono>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto frame = 16ms;
+constexpr int footerHorizontalMargin = 16;
+constexpr int footerVerticalMargin = 12;
+constexpr int signInVerticalMargin = 16;
+
+QWidget* centred(QWidget* view) {
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, signInVerticalMargin, 0, signInVerticalMargin);
+    layout->addWidget(view, 0, Qt::AlignCenter);
+    return page;
+}
+
+QFrame* makeDivider() {
+    auto* divider = new QFrame;
+    divider->setFixedHeight(1);
+    divider->setAutoFillBackground(true);
+    QPalette palette;
+    palette.setColor(QPalette::Window, Theme::separator);
+    divider->setPalette(palette);
+    return divider;
+}
+
+QPushButton* makePlainButton(const QString& text, const QColor& color) {
+    auto* button = new QPushButton(text);
+    button->setProperty("plain", true);
+    button->setAutoDefault(true);
+    button->setFont(Theme::font(Theme::TextStyle::caption));
+    Theme::setTextColor(*button, color);
+    return button;
+}
+
+QLabel* makeVersion() {
+    auto* version = new QLabel(QStringLiteral("v") + QString::fromUtf8(applicationVersion().data()));
+    version->setFont(Theme::font(Theme::TextStyle::caption));
+    Theme::setTextColor(*version, Theme::secondary);
+    return version;
+}
+
+} // namespace
+
+MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account) :
+    model_(std::move(model)), account_(std::move(account)), mainArea_(new QStackedLayout),
+    signIn_(new SignInView(account_)), today_(new TodayView), signInPage_(centred(signIn_)), email_(new ElidedLabel),
+    signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
+    mainArea_->addWidget(signInPage_);
+    mainArea_->addWidget(today_);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(mainArea_, 1);
+    layout->addWidget(makeDivider());
+    layout->addWidget(makeFooter());
+
+    redraw_.setSingleShot(true);
+    connect(&redraw_, &QTimer::timeout, this, &MenuContentView::refresh);
+    cancellables_.push_back(model_->observe([this] { requestRefresh(); }));
+    cancellables_.push_back(account_->observe([this] { requestRefresh(); }));
+    addShortcuts();
+}
+
+QWidget* MenuContentView::makeFooter() {
+    email_->setFont(Theme::font(Theme::TextStyle::caption2));
+    Theme::setTextColor(*email_, Theme::tertiary);
+    connect(signOut_, &QPushButton::clicked, this, [this] { account_->signOut(); });
+    auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
+    connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
+
+    auto* footer = new QWidget;
+    footer->setAutoFillBackground(true);
+    QPalette palette = footer->palette();
+    palette.setColor(QPalette::Window, Theme::raised);
+    footer->setPalette(palette);
+    auto* layout = new QHBoxLayout(footer);
+    layout->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin,
+                               footerVerticalMargin);
+    layout->addWidget(email_, 1);
+    layout->addStretch();
+    layout->addWidget(makeVersion());
+    layout->addStretch();
+    layout->addWidget(signOut_);
+    layout->addWidget(quit);
+    return footer;
+}
+
+void MenuContentView::addShortcuts() {
+    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, qApp,
+            &QCoreApplication::quit);
+}
+
+void MenuContentView::showEvent(QShowEvent* event) {
+    refresh();
+    QWidget::showEvent(event);
+}
+
+void MenuContentView::requestRefresh() {
+    if (isVisible() && !redraw_.isActive()) {
+        redraw_.start(frame);
+    }
+}
+
+void MenuContentView::refresh() {
+    if (!isVisible()) {
+        return;
+    }
+    const auto address = account_->email();
+    email_->setVisible(address.has_value());
+    signOut_->setVisible(address.has_value());
+    if (address) {
+        email_->setFullText(QString::fromStdString(*address));
+        today_->setCount(QString::fromStdString(model_->todayCountFormatted()));
+        mainArea_->setCurrentWidget(today_);
+        return;
+    }
+    signIn_->refresh();
+    if (mainArea_->currentWidget() != signInPage_ || !focusWidget()) {
+        mainArea_->setCurrentWidget(signInPage_);
+        signIn_->focusEmail();
+    }
+}
+
+} // namespace fernhollow

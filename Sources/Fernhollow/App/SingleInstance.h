@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QLocalServer>
+#include <QObject>
+#include <QString>
+
+#include <optional>
+#include <string_view>
+
+namespace fernhollow {
+
+/// What a later start of the program asks of the one that runs.
+enum class InstanceRequest { activate, toggle, quit };
+
+/// Sees to it that one program counts for a user's data folder, and lets later starts talk to it.
+///
+/// The lock is an flock(2) on a file in the data folder, which the system lets go with the process
+/// however it ends; requests travel over a local socket that only the user may open.
+class SingleInstance : public QObject {
+    Q_OBJECT
+
+public:
+    SingleInstance();
+    ~SingleInstance() override;
+
+    /// True when this process is the one that runs from now on.
+    bool acquire();
+
+    /// Takes requests; only after acquire().
+    void listen();
+
+    /// Hands a request to the process that runs and waits until it is carried out, for `quit` until
+    /// that process has ended; false when it does not answer. No event loop is needed.
+    bool send(InstanceRequest request);
+
+Q_SIGNALS:
+    void requested(InstanceRequest request);
+
+private:
+    void receive();
+
+    QLocalServer server_;
+    int lock_ = -1;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,30 @@
+#include "App/Symbol.h"
+
+#include <QFile>
+#include <QPainter>
+
+namespace fernhollow {
+namespace {
+
+QByteArray coloured(const QString& name, const QColor& color) {
+    QFile file(QStringLiteral(":/symbols/%1.svg").arg(name));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return file.readAll().replace("currentColor", color.name().toLatin1());
+}
+
+} // namespace
+
+Symbol::Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent) :
+    QWidget(parent), renderer_(coloured(name, color)), size_(size) {
+    renderer_.setAspectRatioMode(Qt::KeepAspectRatio);
+    setFixedSize(size);
+}
+
+void Symbol::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    renderer_.render(&painter, QRectF(rect()));
+}
+
+} // namespace fernhollow

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QString>
+#include <QSvgRenderer>
+#include <QWidget>
+
+namespace fernhollow {
+
+/// A symbol of the program's own set in one colour, crisp at any size, as large as its widget allows.
+class Symbol : public QWidget {
+public:
+    /// `name` is the file's name without its ending. To assistive technology it is decoration.
+    Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent = nullptr);
+
+    QSize sizeHint() const override { return size_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QSvgRenderer renderer_;
+    QSize size_;
+};
+
+} // namespace fernhollow

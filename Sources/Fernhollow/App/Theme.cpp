@@ -1,0 +1,98 @@
+#include "App/Theme.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QWidget>
+
+namespace fernhollow::Theme {
+namespace {
+
+/// The scale's sizes are those of a body text of 13 points.
+double relativeSize(TextStyle style) {
+    switch (style) {
+    case TextStyle::largeTitle:
+        return 26.0 / 13;
+    case TextStyle::title:
+        return 22.0 / 13;
+    case TextStyle::title2:
+        return 17.0 / 13;
+    case TextStyle::headline:
+    case TextStyle::body:
+        return 1;
+    case TextStyle::callout:
+        return 12.0 / 13;
+    case TextStyle::caption:
+        return 11.0 / 13;
+    case TextStyle::caption2:
+        return 10.5 / 13;
+    }
+    return 1;
+}
+
+QPalette darkPalette() {
+    QPalette palette;
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, primary);
+    palette.setColor(QPalette::Base, raised);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Text, primary);
+    palette.setColor(QPalette::PlaceholderText, tertiary);
+    palette.setColor(QPalette::Button, raised);
+    palette.setColor(QPalette::ButtonText, primary);
+    palette.setColor(QPalette::ToolTipBase, raised);
+    palette.setColor(QPalette::ToolTipText, primary);
+    palette.setColor(QPalette::Highlight, accent);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, accent);
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, tertiary);
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, tertiary);
+    palette.setColor(QPalette::Disabled, QPalette::Text, tertiary);
+    return palette;
+}
+
+// Only what a palette cannot say: rounded shapes, and a focus that is seen on every control.
+constexpr const char* styleSheet = R"(
+QLineEdit {
+    background: #26282c; border: 1px solid #55585f; border-radius: 6px; padding: 6px 8px;
+    selection-background-color: #1f6feb;
+}
+QLineEdit:focus { border: 2px solid #5a9bff; padding: 5px 7px; }
+QPushButton[prominent="true"] {
+    background: #1f6feb; color: white; border: 2px solid transparent; border-radius: 8px; padding: 8px;
+}
+QPushButton[prominent="true"]:hover { background: #2b7bf6; }
+QPushButton[prominent="true"]:pressed { background: #1a5fcc; }
+QPushButton[prominent="true"]:focus { border-color: #a8ccff; }
+QPushButton[prominent="true"]:disabled { background: #34373d; color: #92959e; }
+QPushButton[plain="true"] {
+    background: transparent; border: 1px solid transparent; border-radius: 4px; padding: 2px 6px;
+}
+QPushButton[plain="true"]:hover { background: #34373d; }
+QPushButton[plain="true"]:pressed { background: #3f434a; }
+QPushButton[plain="true"]:focus { border-color: #5a9bff; }
+QToolTip { background: #26282c; color: #f2f3f5; border: 1px solid #55585f; padding: 3px; }
+)";
+
+} // namespace
+
+QFont font(TextStyle style, QFont::Weight weight) {
+    QFont font = QApplication::font();
+    const double size = font.pointSizeF() > 0 ? font.pointSizeF() : 10;
+    font.setPointSizeF(size * relativeSize(style));
+    font.setWeight(style == TextStyle::headline ? std::max(weight, QFont::DemiBold) : weight);
+    return font;
+}
+
+void applyDark(QWidget& widget) {
+    widget.setPalette(darkPalette());
+    widget.setStyleSheet(QString::fromLatin1(styleSheet));
+}
+
+void setTextColor(QWidget& widget, const QColor& color) {
+    QPalette palette = widget.palette();
+    palette.setColor(QPalette::WindowText, color);
+    palette.setColor(QPalette::ButtonText, color);
+    widget.setPalette(palette);
+}
+
+} // namespace fernhollow::Theme

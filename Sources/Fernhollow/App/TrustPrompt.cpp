@@ -1,0 +1,21 @@
+#include "App/TrustPrompt.h"
+
+#include "App/Theme.h"
+#include "Support/DebugLog.h"
+
+#include <QMessageBox>
+
+namespace fernhollow {
+
+void showTrustPrompt(const TrustProblem& problem) {
+    debugLog("[TrustPrompt] " + problem.missing + " " + problem.remedy);
+    auto* message = new QMessageBox(QMessageBox::Information, QStringLiteral("Fernhollow"),
+                                    QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
+    message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
+    message->setAttribute(Qt::WA_DeleteOnClose);
+    message->setModal(false);
+    Theme::applyDark(*message);
+    message->show();
+}
+
+} // namespace fernhollow

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Platform/EventTap.h"
+
+namespace fernhollow {
+
+/// Tells the person, in a message that waits for nobody, why presses cannot be counted and what to do.
+void showTrustPrompt(const TrustProblem& problem);
+
+} // namespace fernhollow

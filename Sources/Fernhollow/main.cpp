@@ -1,0 +1,5 @@
+#include "App/Launch.h"
+
+int main(int argc, char** argv) {
+    return fernhollow::launch(argc, argv);
+}
