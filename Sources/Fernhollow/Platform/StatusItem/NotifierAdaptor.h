@@ -1,0 +1,70 @@
+#pragma once
+
+#include "NotifierTypes.h"
+
+#include <QDBusAbstractAdaptor>
+
+namespace fernhollow {
+
+class StatusNotifier;
+
+/// The item as status bars see it on the session bus. Owned by its StatusNotifier, whose state it
+/// reads; Qt calls it on the main thread when a host asks.
+///
+/// There is no Menu property: hosts that find one open an empty menu on a right click, those that find
+/// none hand the click on.
+class NotifierAdaptor : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category READ category)
+    Q_PROPERTY(QString Id READ id)
+    Q_PROPERTY(QString Title READ title)
+    Q_PROPERTY(QString Status READ status)
+    Q_PROPERTY(int WindowId READ windowId)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QString IconThemePath READ none)
+    Q_PROPERTY(QString IconName READ none)
+    Q_PROPERTY(fernhollow::NotifierImages IconPixmap READ iconPixmap)
+    Q_PROPERTY(QString OverlayIconName READ none)
+    Q_PROPERTY(fernhollow::NotifierImages OverlayIconPixmap READ noImages)
+    Q_PROPERTY(QString AttentionIconName READ none)
+    Q_PROPERTY(fernhollow::NotifierImages AttentionIconPixmap READ noImages)
+    Q_PROPERTY(QString AttentionMovieName READ none)
+    Q_PROPERTY(fernhollow::NotifierToolTip ToolTip READ toolTip)
+    Q_PROPERTY(QString XAyatanaLabel READ title)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ title)
+
+public:
+    explicit NotifierAdaptor(StatusNotifier* notifier);
+
+    QString category() const { return QStringLiteral("ApplicationStatus"); }
+    QString id() const;
+    QString title() const;
+    QString status() const { return QStringLiteral("Active"); }
+    int windowId() const { return 0; }
+    bool itemIsMenu() const { return false; }
+    QString none() const { return {}; }
+    NotifierImages noImages() const { return {}; }
+    NotifierImages iconPixmap() const;
+    NotifierToolTip toolTip() const;
+
+public Q_SLOTS:
+    void Activate(int x, int y);
+    void SecondaryActivate(int x, int y);
+    void ContextMenu(int x, int y);
+    void Scroll(int delta, const QString& orientation);
+
+Q_SIGNALS:
+    void NewTitle();
+    void NewIcon();
+    void NewAttentionIcon();
+    void NewOverlayIcon();
+    void NewToolTip();
+    void NewStatus(const QString& status);
+    void XAyatanaNewLabel(const QString& label, const QString& guide);
+
+private:
+    StatusNotifier& notifier_;
+};
+
+} // namespace fernhollow

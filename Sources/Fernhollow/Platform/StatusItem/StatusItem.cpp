@@ -1,0 +1,131 @@
+#include "StatusItem.h"
+
+#include "StatusNotifier.h"
+#include "XEmbedTray.h"
+
+#include <QDBusConnection>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QTimer>
+
+#include <chrono>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Twenty changes a second look like counting along; each costs the host a handful of messages.
+constexpr auto publishingInterval = 50ms;
+
+const QString connectionName = QStringLiteral("fernhollow_status_item");
+
+/// Desktops whose panels keep every icon square, some of them by squeezing the largest on offer.
+bool desktopKeepsIconsSquare() {
+    if (!QGuiApplication::platformName().startsWith(QLatin1StringView("wayland"))) {
+        return true;
+    }
+    for (const auto& desktop : qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':')) {
+        if (desktop == u"XFCE" || desktop == u"KDE" || desktop == u"LXQt") {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A connection of its own: when it closes, watchers know that the item is gone.
+class BusConnection {
+public:
+    BusConnection() : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)) {}
+    ~BusConnection() { QDBusConnection::disconnectFromBus(connectionName); }
+    BusConnection(const BusConnection&) = delete;
+    BusConnection& operator=(const BusConnection&) = delete;
+
+    QDBusConnection bus;
+};
+
+} // namespace
+
+class StatusItem::Private {
+public:
+    explicit Private(StatusItem& item)
+        : item_(item),
+          notifier_(connection_.bus, desktopKeepsIconsSquare() ? StatusNotifier::Icons::SquareIcons
+                                                               : StatusNotifier::Icons::WideIcons) {
+        trailing_.setSingleShot(true);
+        trailing_.setTimerType(Qt::PreciseTimer);
+        connect(&trailing_, &QTimer::timeout, &item_, [this] { publish(); });
+        connect(&notifier_, &StatusNotifier::clicked, &item_, &StatusItem::clicked);
+        connect(&tray_, &XEmbedTray::clicked, &item_, &StatusItem::clicked);
+        connect(&notifier_, &StatusNotifier::presenceChanged, &item_, [this] { presenceChanged(); });
+        connect(&tray_, &XEmbedTray::shownChanged, &item_, [this] { announceShown(); });
+        presenceChanged();
+    }
+
+    void setTitle(const QString& title) {
+        if (title == title_) {
+            return;
+        }
+        title_ = title;
+        if (trailing_.isActive()) {
+            return;
+        }
+        const std::chrono::milliseconds since(sincePublished_.isValid() ? sincePublished_.elapsed() : -1);
+        if (!sincePublished_.isValid() || since >= publishingInterval) {
+            publish();
+        } else {
+            trailing_.start(publishingInterval - since);
+        }
+    }
+
+    QString title() const { return title_; }
+    bool isShown() const { return notifier_.isShown() || tray_.isShown(); }
+
+private:
+    void publish() {
+        sincePublished_.start();
+        notifier_.setTitle(title_);
+        tray_.setTitle(title_);
+    }
+
+    // Qt decides for good, when it makes its first tray icon, by whether a watcher exists, which of the
+    // two protocols its tray icons speak: so it makes none while one exists, with or without a host.
+    void presenceChanged() {
+        tray_.setEnabled(notifier_.watcher() == StatusNotifier::Watcher::Absent);
+        announceShown();
+    }
+
+    void announceShown() {
+        if (const bool shown = isShown(); shown != shownBefore_) {
+            shownBefore_ = shown;
+            Q_EMIT item_.shownChanged(shown);
+        }
+    }
+
+    StatusItem& item_;
+    BusConnection connection_;
+    StatusNotifier notifier_;
+    XEmbedTray tray_;
+    QTimer trailing_;
+    QElapsedTimer sincePublished_;
+    QString title_;
+    bool shownBefore_ = false;
+};
+
+StatusItem::StatusItem(QObject* parent) : QObject(parent), d(std::make_unique<Private>(*this)) {}
+
+StatusItem::~StatusItem() = default;
+
+void StatusItem::setTitle(const QString& title) {
+    d->setTitle(title);
+}
+
+QString StatusItem::title() const {
+    return d->title();
+}
+
+bool StatusItem::isShown() const {
+    return d->isShown();
+}
+
+} // namespace fernhollow

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "NotifierTypes.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class QDBusMessage;
+
+namespace fernhollow {
+
+class NotifierAdaptor;
+
+/// Our item on one bus, for hosts of the StatusNotifierItem protocol: exported once, registered with
+/// every watcher that takes the well-known name, with signals only while a host listens.
+///
+/// Owned by StatusItem, main thread. Every call to the bus is asynchronous; answers that belong to an
+/// earlier owner of the watcher's name are ignored. The icon is drawn when a host asks for it.
+class StatusNotifier : public QObject {
+    Q_OBJECT
+
+public:
+    /// Which pictures are offered. Hosts that take the largest and squeeze it into a square need
+    /// SquareIcons; with WideIcons the largest shows the whole text.
+    enum class Icons { SquareIcons, WideIcons };
+
+    enum class Watcher { Unknown, Absent, Present };
+
+    StatusNotifier(const QDBusConnection& bus, Icons icons, QObject* parent = nullptr);
+    ~StatusNotifier() override;
+
+    void setTitle(const QString& title);
+    QString title() const { return title_; }
+    NotifierImages images() const;
+
+    Watcher watcher() const { return watcher_; }
+    bool isShown() const { return registered_ && hostPresent_; }
+
+Q_SIGNALS:
+    void clicked();
+    /// watcher() or isShown() may have changed.
+    void presenceChanged();
+
+private:
+    Q_SLOT void askForHost();
+    void watch();
+    void attach();
+    void detach();
+    void call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> answered);
+    void registrationAnswered(const QDBusMessage& answer);
+    QString iconText() const;
+
+    QDBusConnection bus_;
+    QDBusServiceWatcher owner_;
+    const Icons icons_;
+    NotifierAdaptor* adaptor_; // child
+    QString title_;
+    QString compact_;
+    mutable QString drawnText_;
+    mutable NotifierImages drawn_;
+    Watcher watcher_ = Watcher::Unknown;
+    bool registered_ = false;
+    bool hostPresent_ = false;
+    unsigned ownerGeneration_ = 0;
+};
+
+} // namespace fernhollow

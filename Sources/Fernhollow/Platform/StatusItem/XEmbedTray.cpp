@@ -1,0 +1,174 @@
+#include "XEmbedTray.h"
+
+#include "CompactCount.h"
+#include "CountIcon.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+#include <QIconEngine>
+#include <QPainter>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+template<class T>
+using XcbReply = std::unique_ptr<T, decltype(&std::free)>;
+
+// Qt offers its X connection's default screen as the primary one; further X screens have gone out of use.
+constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
+
+std::uint32_t atom(xcb_connection_t* connection, std::string_view name) {
+    const auto cookie = xcb_intern_atom(connection, false, static_cast<uint16_t>(name.size()), name.data());
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr),
+                                                  &std::free);
+    return reply ? reply->atom : XCB_ATOM_NONE;
+}
+
+/// Draws the text at whatever size the tray gives the icon.
+class CountIconEngine final : public QIconEngine {
+public:
+    explicit CountIconEngine(const QString& text) : icon_(text) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+        const qreal ratio = painter->device()->devicePixelRatio();
+        const int side = qMin(rect.width(), rect.height());
+        QImage image = icon_.drawSquare(qRound(side * ratio));
+        image.setDevicePixelRatio(ratio);
+        painter->drawImage(rect.left() + (rect.width() - side) / 2, rect.top() + (rect.height() - side) / 2,
+                           image);
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode, QIcon::State) override {
+        return QPixmap::fromImage(icon_.draw(size));
+    }
+
+    QIconEngine* clone() const override { return new CountIconEngine(*this); }
+    bool isNull() override { return false; }
+
+private:
+    CountIcon icon_;
+};
+
+} // namespace
+
+XEmbedTray::XEmbedTray(QObject* parent) : QObject(parent) {}
+
+XEmbedTray::~XEmbedTray() {
+    if (enabled_) {
+        QCoreApplication::instance()->removeNativeEventFilter(this);
+    }
+}
+
+void XEmbedTray::setEnabled(bool enabled) {
+    // Qt's offscreen platform offers the X11 interface too, with nothing behind it.
+    const auto* x11 = QGuiApplication::platformName() == QLatin1StringView("xcb")
+                          ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>()
+                          : nullptr;
+    if (x11 == nullptr || std::exchange(enabled_, enabled) == enabled) {
+        return;
+    }
+    connection_ = x11->connection();
+    if (!enabled) {
+        qGuiApp->removeNativeEventFilter(this);
+        undock();
+        return;
+    }
+    if (selectionAtom_ == 0) {
+        managerAtom_ = atom(connection_, "MANAGER");
+        selectionAtom_ = atom(connection_, traySelection);
+    }
+    qGuiApp->installNativeEventFilter(this);
+    follow();
+}
+
+// A new tray announces itself to the root window, whose structure events Qt has selected; a tray that
+// goes destroys its window.
+bool XEmbedTray::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (eventType != "xcb_generic_event_t" || followPosted_) {
+        return false;
+    }
+    const auto* event = static_cast<xcb_generic_event_t*>(message);
+    const int type = event->response_type & 0x7f;
+    bool changed = false;
+    if (type == XCB_CLIENT_MESSAGE) {
+        const auto* client = reinterpret_cast<const xcb_client_message_event_t*>(event);
+        changed = client->type == managerAtom_ && client->data.data32[1] == selectionAtom_;
+    } else if (type == XCB_DESTROY_NOTIFY) {
+        changed = trayWindow_ != 0 &&
+                  reinterpret_cast<const xcb_destroy_notify_event_t*>(event)->window == trayWindow_;
+    }
+    if (changed) {
+        followPosted_ = true; // after Qt has seen the event too
+        QMetaObject::invokeMethod(this, &XEmbedTray::follow, Qt::QueuedConnection);
+    }
+    return false;
+}
+
+std::uint32_t XEmbedTray::findTray() {
+    const auto cookie = xcb_get_selection_owner(connection_, selectionAtom_);
+    const XcbReply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection_, cookie, nullptr), &std::free);
+    if (!reply || reply->owner == XCB_WINDOW_NONE) {
+        return 0;
+    }
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_, reply->owner, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(connection_);
+    return reply->owner;
+}
+
+void XEmbedTray::follow() {
+    followPosted_ = false;
+    if (!enabled_) {
+        return;
+    }
+    const std::uint32_t tray = findTray();
+    if (tray == trayWindow_) {
+        return;
+    }
+    undock();
+    trayWindow_ = tray;
+    if (tray != 0) {
+        dock();
+    }
+}
+
+void XEmbedTray::dock() {
+    icon_ = std::make_unique<QSystemTrayIcon>(QIcon(new CountIconEngine(compact_)));
+    icon_->setToolTip(title_);
+    // The first press of a double click has been a Trigger already.
+    connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason != QSystemTrayIcon::DoubleClick) {
+            Q_EMIT clicked();
+        }
+    });
+    icon_->show();
+    Q_EMIT shownChanged();
+}
+
+void XEmbedTray::undock() {
+    trayWindow_ = 0;
+    if (icon_) {
+        icon_.reset();
+        Q_EMIT shownChanged();
+    }
+}
+
+void XEmbedTray::setTitle(const QString& title) {
+    title_ = title;
+    const QString compact = compactCount(title);
+    const bool redraw = std::exchange(compact_, compact) != compact;
+    if (!icon_) {
+        return;
+    }
+    icon_->setToolTip(title_);
+    if (redraw) {
+        icon_->setIcon(QIcon(new CountIconEngine(compact_)));
+    }
+}
+
+} // namespace fernhollow

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <QObject>
+#include <QString>
+#include <QSystemTrayIcon>
+
+#include <cstdint>
+#include <memory>
+
+struct xcb_connection_t;
+
+namespace fernhollow {
+
+/// The item in a tray of the older X11 kind, while it is enabled and such a tray exists.
+///
+/// Owned by StatusItem, main thread. It learns of trays that come and go from the events that the X
+/// server sends anyway, and holds nothing while it is disabled.
+class XEmbedTray : public QObject, private QAbstractNativeEventFilter {
+    Q_OBJECT
+
+public:
+    explicit XEmbedTray(QObject* parent = nullptr);
+    ~XEmbedTray() override;
+
+    void setEnabled(bool enabled);
+    void setTitle(const QString& title);
+    bool isShown() const { return icon_ != nullptr; }
+
+Q_SIGNALS:
+    void clicked();
+    void shownChanged();
+
+private:
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+    std::uint32_t findTray();
+    void follow();
+    void dock();
+    void undock();
+
+    bool enabled_ = false;
+    bool followPosted_ = false;
+    xcb_connection_t* connection_ = nullptr; // Qt's
+    std::uint32_t managerAtom_ = 0;
+    std::uint32_t selectionAtom_ = 0;
+    std::uint32_t trayWindow_ = 0;
+    QString title_;
+    QString compact_;
+    std::unique_ptr<QSystemTrayIcon> icon_;
+};
+
+} // namespace fernhollow
