@@ -2,6 +2,9 @@
 
 #include "Platform/X11/XcbHandles.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace fernhollow {
 namespace {
 
@@ -41,12 +44,10 @@ std::optional<ModifierKeys> ModifierKeys::read(xcb_connection_t* connection) {
     result.keys_.reset(0); // the map's unused places
 
     const xcb_keysym_t* symbol = xcb_get_keyboard_mapping_keysyms(symbols.get());
-    const int perKey = symbols->keysyms_per_keycode;
-    const int keys = perKey > 0 ? xcb_get_keyboard_mapping_keysyms_length(symbols.get()) / perKey : 0;
-    for (int key = 0; key < keys; ++key) {
-        if (isModifierSymbol(symbol[key * perKey])) {
-            result.keys_.set(static_cast<std::size_t>(first + key));
-        }
+    const xcb_keysym_t* const end = symbol + xcb_get_keyboard_mapping_keysyms_length(symbols.get());
+    for (std::size_t key = first; symbol < end && key < result.keys_.size(); ++key) {
+        result.keys_[key] = result.keys_[key] || isModifierSymbol(*symbol);
+        symbol += std::max<std::ptrdiff_t>(symbols->keysyms_per_keycode, 1);
     }
     return result;
 }

@@ -2,45 +2,18 @@
 
 #include "Support/DebugLog.h"
 
-#include <QMetaObject>
-#include <xcb/xcbext.h>
+#include <QTimer>
 
-#include <cstdint>
-#include <cstring>
+#include <chrono>
 #include <utility>
 
 namespace fernhollow {
 namespace {
 
-// The categories of a batch, as the protocol numbers them.
-constexpr std::uint8_t fromServer = 0;
-constexpr std::uint8_t endOfData = 5;
+using Item = RecordStream::Item;
 
-constexpr int eventSize = 32;
-
-// Key codes must not linger in freed memory.
-struct WipeAndFree {
-    void operator()(xcb_record_enable_context_reply_t* batch) const {
-        explicit_bzero(batch, sizeof(*batch) + std::size_t{batch->length} * 4);
-        std::free(batch);
-    }
-};
-using BatchPointer = std::unique_ptr<xcb_record_enable_context_reply_t, WipeAndFree>;
-
-enum class Poll { batch, nothing, failed };
-
-Poll poll(xcb_connection_t* data, unsigned int stream, BatchPointer& batch) {
-    void* reply = nullptr;
-    xcb_generic_error_t* error = nullptr;
-    const bool complete = xcb_poll_for_reply(data, stream, &reply, &error) != 0;
-    const XcbReply<xcb_generic_error_t> ownedError(error);
-    batch.reset(static_cast<xcb_record_enable_context_reply_t*>(reply));
-    return batch ? Poll::batch : complete ? Poll::failed : Poll::nothing;
-}
-
-BatchPointer wait(xcb_connection_t* data, unsigned int stream) {
-    return BatchPointer(xcb_record_enable_context_reply(data, {stream}, nullptr));
-}
+// The server answers within microseconds. One that does not may be held by a program that grabbed it.
+constexpr std::chrono::seconds patience{5};
 
 bool createContext(xcb_connection_t* control, xcb_record_context_t context) {
     const xcb_record_client_spec_t everyone = XCB_RECORD_CS_ALL_CLIENTS;
@@ -78,10 +51,9 @@ std::unique_ptr<RecordTap> RecordTap::create(XcbConnection control, EventTapProv
 
 RecordTap::RecordTap(XcbConnection control, XcbConnection data, xcb_record_context_t context,
                      ModifierKeys modifiers, EventTapProvider::Callback callback)
-    : control_(std::move(control)), data_(std::move(data)), context_(context), modifiers_(modifiers),
+    : control_(std::move(control)), context_(context), stream_(std::move(data)), modifiers_(modifiers),
       callback_(std::make_shared<const EventTapProvider::Callback>(std::move(callback))),
-      notifier_(
-          std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(data_.get()), QSocketNotifier::Read)) {
+      notifier_(std::make_unique<QSocketNotifier>(stream_.socket(), QSocketNotifier::Read)) {
     // Also while nothing is recorded: the server still announces each new keyboard map there.
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, &receiver_, [this] { receive(); });
 }
@@ -93,37 +65,45 @@ RecordTap::~RecordTap() {
     // We may be inside its signal.
     notifier_->setEnabled(false);
     notifier_.release()->deleteLater();
-    BatchPointer unread;
-    while (stream_ != 0 && poll(data_.get(), stream_, unread) == Poll::batch) {
-    }
     xcb_record_free_context(control_.get(), context_);
     xcb_flush(control_.get());
 }
 
 void RecordTap::setEnabled(bool enabled) {
-    if (lost_ || enabled == (stream_ != 0)) {
+    if (lost_ || enabled == enabled_) {
         return;
     }
-    enabled ? startRecording() : stopRecording();
-}
-
-void RecordTap::startRecording() {
-    stream_ = xcb_record_enable_context(data_.get(), context_).sequence;
-    // The first batch says that recording began. Should it fail instead, receive() finds out, as it finds
-    // batches that came along and no longer make the socket readable.
-    wait(data_.get(), stream_);
-    QMetaObject::invokeMethod(&receiver_, [this] { receive(); }, Qt::QueuedConnection);
-}
-
-void RecordTap::stopRecording() {
-    const unsigned int stream = std::exchange(stream_, 0);
+    enabled_ = enabled;
+    if (enabled) {
+        const bool started = stream_.enable(context_) && waitFor(Item::started);
+        // What came along no longer makes the socket readable. And the owner does not expect to hear of
+        // a loss in here.
+        QTimer::singleShot(0, &receiver_, [this, started] { started ? passItems() : lose(); });
+        return;
+    }
     const XcbReply<xcb_generic_error_t> error(
         xcb_request_check(control_.get(), xcb_record_disable_context_checked(control_.get(), context_)));
-    if (error) {
-        return;
+    if (!error && !waitFor(Item::ended)) {
+        debugLog("[EventTap] The X server did not confirm the end of the recording");
     }
-    for (BatchPointer batch = wait(data_.get(), stream); batch && batch->category != endOfData;) {
-        batch = wait(data_.get(), stream);
+}
+
+// Presses on the way to the item are not reported.
+bool RecordTap::waitFor(Item wanted) {
+    while (true) {
+        const Item item = stream_.next(modifiers_);
+        if (item == wanted) {
+            return true;
+        }
+        if (item == Item::ended || (item == Item::mapChanged && !followKeyboardMap())) {
+            return false;
+        }
+        if (item == Item::nothing) {
+            if (!stream_.waitForMore(patience)) {
+                return false;
+            }
+            stream_.receive();
+        }
     }
 }
 
@@ -131,61 +111,41 @@ void RecordTap::receive() {
     if (lost_ || destroyed_ != nullptr) {
         return;
     }
-    if (!followKeyboardMap()) {
-        lose();
-        return;
-    }
-    BatchPointer batch;
-    while (stream_ != 0) {
-        const Poll result = poll(data_.get(), stream_, batch);
-        if (result == Poll::nothing) {
+    stream_.receive();
+    passItems();
+}
+
+void RecordTap::passItems() {
+    while (!lost_ && destroyed_ == nullptr) {
+        switch (stream_.next(modifiers_)) {
+        case Item::nothing:
             return;
-        }
-        if (result == Poll::failed || batch->category == endOfData) {
+        case Item::started:
+            break;
+        case Item::press:
+            if (enabled_ && !report(TapEvent::keyDown)) {
+                return;
+            }
+            break;
+        case Item::mapChanged:
+            if (followKeyboardMap()) {
+                break;
+            }
+            [[fallthrough]];
+        case Item::ended:
             lose();
             return;
         }
-        std::size_t presses = countPresses(*batch);
-        batch.reset();
-        for (; presses > 0 && stream_ != 0; --presses) {
-            if (!report(TapEvent::keyDown)) {
-                return;
-            }
-        }
     }
 }
 
-// Every client is told of a new map, the data connection in the order of its batches. Looking for
-// events is also what makes libxcb read the socket.
+// Every client is told of a new map, the data connection in the order of its presses.
 bool RecordTap::followKeyboardMap() {
-    bool changed = false;
-    while (const auto event = XcbReply<xcb_generic_event_t>(xcb_poll_for_event(data_.get()))) {
-        changed = changed || (event->response_type & 0x7f) == XCB_MAPPING_NOTIFY;
+    if (const auto modifiers = ModifierKeys::read(control_.get())) {
+        modifiers_ = *modifiers;
     }
-    if (changed) {
-        if (const auto modifiers = ModifierKeys::read(control_.get())) {
-            modifiers_ = *modifiers;
-        }
-        // Told as well, and without another use for it.
-        if (!dropArrivedEvents(control_.get())) {
-            return false;
-        }
-    }
-    return xcb_connection_has_error(data_.get()) == 0;
-}
-
-std::size_t RecordTap::countPresses(const Batch& batch) const {
-    if (batch.category != fromServer) {
-        return 0;
-    }
-    // Type and key code are single bytes: the byte order of whoever was recorded does not matter.
-    const std::uint8_t* event = xcb_record_enable_context_data(&batch);
-    std::size_t presses = 0;
-    for (int left = xcb_record_enable_context_data_length(&batch); left >= eventSize; left -= eventSize) {
-        presses += (event[0] & 0x7f) == XCB_KEY_PRESS && !modifiers_.contains(event[1]) ? 1 : 0;
-        event += eventSize;
-    }
-    return presses;
+    // Told as well, and without another use for it.
+    return dropArrivedEvents(control_.get());
 }
 
 // False when the callback has destroyed the tap: not even a member may be touched then.
@@ -201,8 +161,9 @@ bool RecordTap::report(TapEvent event) {
 }
 
 void RecordTap::lose() {
-    lost_ = true;
-    stream_ = 0;
+    if (std::exchange(lost_, true)) {
+        return;
+    }
     notifier_->setEnabled(false);
     debugLog("[EventTap] The X server ended the recording of key presses");
     report(TapEvent::disabled);

@@ -2,13 +2,13 @@
 
 #include "Platform/EventTap.h"
 #include "Platform/X11/ModifierKeys.h"
+#include "Platform/X11/RecordStream.h"
 #include "Platform/X11/XcbHandles.h"
 
 #include <QObject>
 #include <QSocketNotifier>
 #include <xcb/record.h>
 
-#include <cstddef>
 #include <memory>
 
 namespace fernhollow {
@@ -17,10 +17,8 @@ namespace fernhollow {
 /// auto-repeat, synthetic presses and presses under somebody's keyboard grab included.
 ///
 /// A record context belongs to the control connection and streams over the data connection, which can
-/// ask nothing else meanwhile. Each batch is reduced to a number of presses before anyone hears of it:
-/// the comparison of a key code with the modifier keys is the only look at one in the program, and the
-/// bytes that carried it are wiped at once. Used on the main thread, owned by who counts; the owner may
-/// destroy it from inside its callback.
+/// ask nothing else meanwhile. Used on the main thread, owned by who counts; the owner may destroy it
+/// from inside its callback.
 class RecordTap final : public EventTap {
 public:
     /// A disabled tap that takes over `control`; null when the server refuses.
@@ -37,25 +35,22 @@ private:
     RecordTap(XcbConnection control, XcbConnection data, xcb_record_context_t context, ModifierKeys modifiers,
               EventTapProvider::Callback callback);
 
-    using Batch = xcb_record_enable_context_reply_t;
-
-    void startRecording();
-    void stopRecording();
+    bool waitFor(RecordStream::Item item);
     void receive();
+    void passItems();
     bool followKeyboardMap();
     bool report(TapEvent event);
     void lose();
-    std::size_t countPresses(const Batch& batch) const;
 
     XcbConnection control_;
-    XcbConnection data_;
     xcb_record_context_t context_;
-    unsigned int stream_ = 0; ///< the request that the batches answer; 0 while nothing is recorded
+    RecordStream stream_;
     ModifierKeys modifiers_;
     std::shared_ptr<const EventTapProvider::Callback> callback_; ///< shared with a call in progress
     std::unique_ptr<QSocketNotifier> notifier_;
     QObject receiver_;          ///< what calls us back, until it is destroyed with us
     bool* destroyed_ = nullptr; ///< tells a call in progress that the tap is gone
+    bool enabled_ = false;
     bool lost_ = false;
 };
 
