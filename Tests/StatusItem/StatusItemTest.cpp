@@ -112,7 +112,7 @@ TEST(StatusItemIcons, OfferTheWholeTextLargestWhereBarsKeepWidePictures) {
     StatusNotifier notifier(QDBusConnection(QStringLiteral("no such connection")),
                             StatusNotifier::Icons::WideIcons);
     notifier.setTitle(u"12,345"_qs);
-    const auto& wide = notifier.images().last();
+    const auto wide = notifier.images().last();
     EXPECT_GT(wide.width, 2 * wide.height);
     notifier.setTitle(u"999"_qs);
     EXPECT_EQ(notifier.images().size(), 5) << "the squares hold all of it";
