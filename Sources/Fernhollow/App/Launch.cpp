@@ -3,6 +3,7 @@
 #include "App/FernhollowApp.h"
 #include "App/SingleInstance.h"
 #include "App/TerminationSignals.h"
+#include "App/Theme.h"
 #include "Support/ApplicationIdentity.h"
 
 #include <QApplication>
@@ -20,8 +21,8 @@ namespace {
 constexpr int usageError = 2;
 
 struct CommandLine {
-    std::optional<InstanceRequest> request; ///< --toggle or --quit
-    std::optional<int> exitCode;            ///< set when there is nothing left to do
+    std::optional<InstanceRequest> request{}; ///< --toggle or --quit
+    std::optional<int> exitCode{};            ///< set when there is nothing left to do
 };
 
 CommandLine parse(int argc, char** argv) {
@@ -85,10 +86,10 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
         std::fputs("fernhollow: no display: start it in a desktop session (DISPLAY is not set)\n", stderr);
         return EXIT_FAILURE;
     }
-    QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setDesktopFileName(QString::fromUtf8(applicationIdentifier.data()));
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    Theme::applyDark();
 
     FernhollowApp fernhollow;
     AppDelegate& delegate = fernhollow.delegate();

@@ -1,7 +1,6 @@
 #include "App/MainWindowController.h"
 
 #include "App/MenuContentView.h"
-#include "App/Theme.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -27,7 +26,6 @@ void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
     window->setWindowTitle(QStringLiteral("Fernhollow"));
     window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
     window->setMinimumSize(minimumSize);
-    Theme::applyDark(*window);
 
     const QRect available = window->screen()->availableGeometry();
     QRect frame(QPoint(), initialSize.boundedTo(available.size()).expandedTo(minimumSize));

@@ -83,9 +83,10 @@ QFont font(TextStyle style, QFont::Weight weight) {
     return font;
 }
 
-void applyDark(QWidget& widget) {
-    widget.setPalette(darkPalette());
-    widget.setStyleSheet(QString::fromLatin1(styleSheet));
+void applyDark() {
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setPalette(darkPalette());
+    qApp->setStyleSheet(QString::fromLatin1(styleSheet));
 }
 
 void setTextColor(QWidget& widget, const QColor& color) {

@@ -22,8 +22,8 @@ inline constexpr QColor tertiary{0x92, 0x95, 0x9e};
 inline constexpr QColor accent{0x1f, 0x6f, 0xeb};
 inline constexpr QColor failure{0xff, 0x7b, 0x72};
 
-/// Gives a window and all that it holds the dark appearance.
-void applyDark(QWidget& window);
+/// Gives every window of the program the dark appearance. Called once, before the first window.
+void applyDark();
 
 /// Sets the colour of a widget's text.
 void setTextColor(QWidget& widget, const QColor& color);

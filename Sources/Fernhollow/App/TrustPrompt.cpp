@@ -1,6 +1,5 @@
 #include "App/TrustPrompt.h"
 
-#include "App/Theme.h"
 #include "Support/DebugLog.h"
 
 #include <QMessageBox>
@@ -14,7 +13,6 @@ void showTrustPrompt(const TrustProblem& problem) {
     message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
     message->setAttribute(Qt::WA_DeleteOnClose);
     message->setModal(false);
-    Theme::applyDark(*message);
     message->show();
 }
 
