@@ -37,13 +37,13 @@ public:
     /// The bundle identifier of this program.
     static std::string_view selfBundleId();
 
+    /// Events handled since launch by all monitors, to thin out the log.
+    static std::int64_t keyCount;
+
 private:
     bool isTrusted();
     void handle(TapEvent event);
     ActiveAppInfo getActiveAppInfo() const;
-
-    // Events handled since launch by all instances, to thin out the log.
-    static std::int64_t keyCount;
 
     Desktop desktop_;
     std::unique_ptr<EventTap> eventTap_;

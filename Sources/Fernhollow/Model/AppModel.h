@@ -86,7 +86,7 @@ private:
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
-    static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, int hour, std::int64_t count);
+    static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour, std::int64_t count);
     static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
     static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, DayKey day, std::int64_t count);
 
@@ -102,6 +102,7 @@ private:
     bool isKeyboardMonitorRunning_ = false;
     DayKey currentDay_;
     std::int64_t pending_ = 0;
+    std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
     std::optional<std::string> currentAccountEmail_;
     std::string deviceId_;

@@ -43,17 +43,18 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
         appTracker_->recordKeystroke(appInfo.bundleId, appInfo.appName);
     }
     const int hour = calendar_.hour(clock_.now());
-    tasks_.start(
-        [self = shared_from_this(), hour, count](std::stop_token) { return writeHourly(self, hour, count); });
+    tasks_.start([self = shared_from_this(), day = currentDay_, hour, count](std::stop_token) {
+        return writeHourly(self, day, hour, count);
+    });
 }
 
-QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, int hour, std::int64_t count) {
+QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour, std::int64_t count) {
     const auto store = self->store_;
     if (!store) {
         co_return;
     }
     try {
-        co_await store->incrementHourly(self->currentDay_, hour, count, unixSeconds(self->clock_.now()));
+        co_await store->incrementHourly(std::move(day), hour, count, unixSeconds(self->clock_.now()));
         self->hourlyWritesFail_ = false;
     } catch (const DailyCountsStoreError& error) {
         if (!std::exchange(self->hourlyWritesFail_, true)) {
@@ -79,6 +80,7 @@ QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t 
     if (!store) {
         co_return;
     }
+    ++self->dailyWrites_;
     try {
         co_await store->increment(day, count, unixSeconds(self->clock_.now()));
     } catch (const DailyCountsStoreError&) {

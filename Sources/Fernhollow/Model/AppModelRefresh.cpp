@@ -88,10 +88,11 @@ QCoro::Task<> AppModel::refreshFromDisk() {
 QCoro::Task<> AppModel::refreshTodayFromDisk() {
     const auto store = store_;
     const DayKey day = currentDay_;
+    const std::int64_t writes = dailyWrites_;
     try {
         const std::int64_t stored = co_await store->count(day);
-        if (store != store_ || day != currentDay_) {
-            co_return; // the count is another account's or day's by now
+        if (store != store_ || day != currentDay_ || writes != dailyWrites_) {
+            co_return; // another account's or day's count, or one that lacks what left `pending` meanwhile
         }
         localTodayCount_ = stored + pending_;
         todayCount.set(localTodayCount_);

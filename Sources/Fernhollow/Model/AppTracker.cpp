@@ -111,6 +111,7 @@ QCoro::Task<> AppTracker::flushPending() {
         co_return;
     }
     const auto self = shared_from_this();
+    ++flushes_;
     co_await write(store_, std::exchange(pending_, {}), currentDay_, unixSeconds(clock_.now()));
     co_await loadRegistry();
 }
@@ -189,11 +190,13 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
     }
     try {
         const DayKey day = currentDay_;
+        const std::int64_t flushes = flushes_;
         auto fetchingRows = store->fetchAppHourlyCounts(day);
         auto fetchingRegistry = store->fetchAppRegistry();
         const auto rows = co_await fetchingRows;
         const auto registry = co_await fetchingRegistry;
-        if (store == store_ && day == currentDay_) { // else it is no longer what is shown
+        // Else the rows are another account's or day's, or lack what a flush took from the buffer meanwhile.
+        if (store == store_ && day == currentDay_ && flushes == flushes_) {
             publish(rows, registry);
         }
     } catch (const DailyCountsStoreError& error) {

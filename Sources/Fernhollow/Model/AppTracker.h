@@ -92,6 +92,7 @@ private:
     std::shared_ptr<DailyCountsStore> store_;
     Calendar calendar_ = Calendar::autoupdatingCurrent();
     Buffer pending_;
+    std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
     DayKey currentDay_;
 };
 

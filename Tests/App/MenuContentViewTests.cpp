@@ -1,0 +1,134 @@
+#include "../Model/ModelFixture.h"
+#include "App/MainWindowController.h"
+#include "App/MenuContentView.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace fernhollow::tests {
+namespace {
+
+class MainWindow : public ModelFixture {
+protected:
+    MainWindow() {
+        start();
+        open();
+    }
+
+    void open() {
+        view_ = std::make_unique<MenuContentView>(model_, account_);
+        view_->resize(380, 500);
+        view_->show();
+    }
+
+    template <class Widget>
+    Widget* shown(const QString& name) {
+        for (Widget* widget : view_->findChildren<Widget*>()) {
+            if (widget->isVisible() && (widget->text() == name || widget->accessibleName() == name)) {
+                return widget;
+            }
+        }
+        return nullptr;
+    }
+
+    bool appears(const QString& text) {
+        return waitUntil([&] { return shown<QLabel>(text) != nullptr; });
+    }
+
+    void signInByTyping(const QString& text) {
+        QTest::keyClicks(shown<QLineEdit>(QStringLiteral("Email")), text);
+        QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return);
+    }
+
+    std::unique_ptr<MenuContentView> view_;
+};
+
+TEST_F(MainWindow, SignsInWithTheKeyboardAlone) {
+    auto* button = shown<QPushButton>(QStringLiteral("Sign In"));
+    ASSERT_NE(button, nullptr);
+    EXPECT_FALSE(button->isEnabled());
+    EXPECT_EQ(shown<QPushButton>(QStringLiteral("Sign Out")), nullptr);
+    EXPECT_NE(shown<QPushButton>(QStringLiteral("Quit")), nullptr);
+    QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return); // nothing to sign in with
+
+    signInByTyping(QStringLiteral(" Ana@Example.com "));
+    EXPECT_TRUE(appears(QStringLiteral("ana@example.com")));
+    EXPECT_TRUE(appears(QStringLiteral("0")));
+    EXPECT_EQ(shown<QLineEdit>(QStringLiteral("Email")), nullptr);
+}
+
+TEST_F(MainWindow, SaysWhyASignInWasRefusedAndKeepsWhatWasTyped) {
+    signInByTyping(QStringLiteral("ana"));
+    EXPECT_TRUE(appears(QStringLiteral("Invalid email address")));
+    EXPECT_EQ(shown<QLineEdit>(QStringLiteral("Email"))->text(), QStringLiteral("ana"));
+    signInByTyping(QStringLiteral("@example.com"));
+    EXPECT_TRUE(appears(QStringLiteral("ana@example.com")));
+    EXPECT_EQ(shown<QLabel>(QStringLiteral("Invalid email address")), nullptr);
+}
+
+TEST_F(MainWindow, FollowsTheCountWhileItIsVisible) {
+    signInByTyping(QStringLiteral("ana@example.com"));
+    ASSERT_TRUE(appears(QStringLiteral("0")));
+    press(1234);
+    EXPECT_TRUE(appears(QStringLiteral("1,234")));
+
+    view_->close();
+    EXPECT_FALSE(view_->isVisible());
+    press(1);
+    view_->show();
+    EXPECT_NE(shown<QLabel>(QStringLiteral("1,235")), nullptr); // right at once, without waiting for a frame
+}
+
+TEST_F(MainWindow, KeepsOneLineForALongAddress) {
+    const QString address = QString(60, u'a') + QStringLiteral("@") + QString(60, u'b') + QStringLiteral(".example.com");
+    signInByTyping(address);
+    auto* label = view_->findChild<QLabel*>();
+    EXPECT_TRUE(waitUntil([&] { return (label = shown<QLabel>(address)) != nullptr; })); // by its accessible name
+    EXPECT_TRUE(waitUntil([&] { return label->text().contains(u'…'); }));
+    EXPECT_EQ(label->toolTip(), address);
+    EXPECT_LE(view_->width(), 400);
+    EXPECT_LT(label->geometry().right(), shown<QPushButton>(QStringLiteral("Sign Out"))->geometry().left());
+}
+
+TEST_F(MainWindow, ReturnsToTheFormAfterSigningOut) {
+    signInByTyping(QStringLiteral("ana@example.com"));
+    ASSERT_TRUE(appears(QStringLiteral("ana@example.com")));
+    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Sign Out")), Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([&] { return shown<QLineEdit>(QStringLiteral("Email")) != nullptr; }));
+    EXPECT_EQ(shown<QLabel>(QStringLiteral("ana@example.com")), nullptr);
+    EXPECT_EQ(account_->email(), std::nullopt);
+}
+
+TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
+    auto& controller = MainWindowController::shared();
+    const auto windows = [] {
+        QWidgetList found;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->windowTitle() == QStringLiteral("Fernhollow")) {
+                found.append(widget);
+            }
+        }
+        return found;
+    };
+    controller.toggle(model_, account_);
+    ASSERT_EQ(windows().size(), 1);
+    QWidget* window = windows().first();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(window->size(), QSize(420, 750));
+    EXPECT_EQ(window->minimumSize(), QSize(380, 500));
+    controller.toggle(model_, account_);
+    EXPECT_FALSE(window->isVisible());
+    controller.show(model_, account_);
+    controller.show(model_, account_);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(windows().size(), 1);
+    controller.close();
+    EXPECT_TRUE(windows().isEmpty());
+}
+
+} // namespace
+} // namespace fernhollow::tests

@@ -1,0 +1,59 @@
+#include "App/SingleInstance.h"
+#include "Support/EventLoop.h"
+#include "Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+
+namespace fernhollow {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(Instances, OfOneUserShareOneLock) {
+    const tests::TemporaryHome home;
+    auto first = std::make_unique<SingleInstance>();
+    EXPECT_TRUE(first->acquire());
+    SingleInstance second;
+    EXPECT_FALSE(second.acquire());
+    {
+        const tests::EnvironmentGuard elsewhere("XDG_DATA_HOME", (home.path() / "other").native());
+        EXPECT_TRUE(SingleInstance().acquire());
+    }
+    first.reset();
+    EXPECT_TRUE(second.acquire());
+}
+
+TEST(Instances, ShareALockWhereTheDataFolderCannotBeMade) {
+    const tests::TemporaryHome home;
+    const tests::EnvironmentGuard nowhere("XDG_DATA_HOME", "/proc/nowhere");
+    SingleInstance first;
+    EXPECT_TRUE(first.acquire());
+    EXPECT_FALSE(SingleInstance().acquire());
+}
+
+TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
+    const tests::TemporaryHome home;
+    std::vector<InstanceRequest> requests;
+    auto running = std::make_unique<SingleInstance>();
+    ASSERT_TRUE(running->acquire());
+    QObject::connect(running.get(), &SingleInstance::requested, running.get(),
+                     [&](InstanceRequest request) { requests.push_back(request); });
+    running->listen();
+
+    for (const InstanceRequest request : {InstanceRequest::activate, InstanceRequest::toggle}) {
+        auto sent = std::async(std::launch::async, [request] { return SingleInstance().send(request); });
+        EXPECT_TRUE(tests::waitUntil([&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        EXPECT_TRUE(sent.get());
+    }
+    auto quit = std::async(std::launch::async, [] { return SingleInstance().send(InstanceRequest::quit); });
+    EXPECT_TRUE(tests::waitUntil([&] { return requests.size() == 3; }));
+    EXPECT_NE(quit.wait_for(std::chrono::milliseconds(20)), std::future_status::ready); // it has not ended yet
+    running.reset();
+    EXPECT_TRUE(quit.get());
+    EXPECT_THAT(requests, ElementsAre(InstanceRequest::activate, InstanceRequest::toggle, InstanceRequest::quit));
+}
+
+} // namespace
+} // namespace fernhollow

@@ -1,0 +1,141 @@
+#include "Model/AccountManager.h"
+#include "Model/KeychainStore.h"
+#include "Platform/UserDefaults.h"
+#include "Support/EventLoop.h"
+#include "Support/FakeClock.h"
+#include "Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+namespace fernhollow {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using tests::await;
+
+class Account : public testing::Test {
+protected:
+    std::unique_ptr<AccountManager> start(std::optional<SupabaseConfig> config = SupabaseConfig{"http://x", "key"}) {
+        auto account = std::make_unique<AccountManager>(clock_, std::move(config));
+        account->onAccountChange = [this](const auto& email) { changes_.push_back(email.value_or("none")); };
+        return account;
+    }
+
+    tests::TemporaryHome home_;
+    tests::FakeClock clock_{tests::at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 14}) + 123ms};
+    std::vector<std::string> changes_;
+};
+
+TEST_F(Account, SignsInWithTheNormalisedAddress) {
+    const auto account = start();
+    account->onAccountChange = [&](const std::optional<std::string>& email) {
+        EXPECT_EQ(account->email(), email); // the state is the new one when the change is announced
+        changes_.push_back(email.value());
+    };
+    await(account->verifyEmail("  Ana+Work@Example.COM\u00a0\n"));
+
+    EXPECT_EQ(account->email(), "ana+work@example.com");
+    EXPECT_THAT(changes_, ElementsAre("ana+work@example.com"));
+    EXPECT_FALSE(account->isVerifying.get());
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Verifying email: ana+work@example.com\n"));
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Email verified successfully: ana+work@example.com\n"));
+
+    const auto stored = nlohmann::json::parse(KeychainStore::readData("accountSession").value());
+    EXPECT_EQ(stored["email"], "ana+work@example.com");
+    EXPECT_DOUBLE_EQ(stored["verifiedAt"].get<double>(), 794'412'000.123); // seconds since 2001
+}
+
+TEST_F(Account, RefusesWhatIsNoAddressAndChangesNothing) {
+    const auto account = start();
+    int notifications = 0;
+    const auto observation = account->observe([&] { ++notifications; });
+    for (const char* text : {"", " \n ", "ana.example.com"}) {
+        try {
+            await(account->verifyEmail(text));
+            FAIL() << "accepted '" << text << "'";
+        } catch (const AccountManager::AccountError& error) {
+            EXPECT_STREQ(error.what(), "Invalid email address");
+        }
+    }
+    EXPECT_EQ(notifications, 0);
+    EXPECT_THAT(changes_, testing::IsEmpty());
+    await(account->verifyEmail("@"));
+    EXPECT_EQ(account->email(), "@");
+}
+
+TEST_F(Account, NeedsABackend) {
+    const auto account = start(std::nullopt);
+    try {
+        await(account->verifyEmail("ana@example.com"));
+        FAIL() << "signed in without a backend";
+    } catch (const AccountManager::AccountError& error) {
+        EXPECT_STREQ(error.what(), "Configuration missing");
+    }
+    EXPECT_EQ(account->email(), std::nullopt);
+}
+
+TEST_F(Account, RestoresTheSessionAndTheOnboardingFlagAtTheNextStart) {
+    AccountManager::Status before;
+    {
+        const auto account = start();
+        await(account->verifyEmail("ana@example.com"));
+        EXPECT_FALSE(account->hasSeenOnboarding.get());
+        account->markOnboardingSeen();
+        before = account->status.get();
+    }
+    const auto account = start();
+    EXPECT_EQ(account->status.get(), before);
+    EXPECT_TRUE(account->hasSeenOnboarding.get());
+    EXPECT_THAT(changes_, ElementsAre("ana@example.com")); // none at construction
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Loaded persisted session: ana@example.com\n"));
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Onboarding state for ana@example.com: seen\n"));
+
+    await(account->verifyEmail("ben@example.com"));
+    EXPECT_FALSE(account->hasSeenOnboarding.get());
+    account->signOut();
+    await(account->verifyEmail("ana@example.com"));
+    EXPECT_TRUE(account->hasSeenOnboarding.get());
+}
+
+TEST_F(Account, TakesAnUnreadableSessionForNone) {
+    for (const char* data : {"", "{", "{}", R"({"email":1,"verifiedAt":2})", R"({"email":"a@b"})"}) {
+        UserDefaults::setData(KeychainStore::key("accountSession"), data);
+        EXPECT_EQ(start()->email(), std::nullopt) << data;
+    }
+    UserDefaults::setString(KeychainStore::key("accountSession"), R"({"email":"a@b","verifiedAt":2})");
+    EXPECT_EQ(start()->email(), std::nullopt) << "a text is no data";
+}
+
+TEST_F(Account, SignsOutAndRemovesTheOldDatabase) {
+    const auto account = start();
+    await(account->verifyEmail("ana@example.com"));
+    account->connectedDevices.set({{"id", "name", "2026-03-05T14:07:09Z"}});
+    fs::create_directories(home_.dataFolder());
+    for (const char* name : {"keypress.sqlite", "keypress.sqlite-shm", "keypress_abc.sqlite"}) {
+        std::ofstream(home_.dataFolder() / name) << "x";
+    }
+    account->signOut();
+
+    EXPECT_EQ(account->email(), std::nullopt);
+    EXPECT_THAT(account->connectedDevices.get(), testing::IsEmpty());
+    EXPECT_THAT(changes_, ElementsAre("ana@example.com", "none"));
+    EXPECT_FALSE(fs::exists(home_.dataFolder() / "keypress.sqlite"));
+    EXPECT_TRUE(fs::exists(home_.dataFolder() / "keypress_abc.sqlite"));
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Deleted: keypress.sqlite\n"));
+    EXPECT_THAT(home_.log(), Not(HasSubstr("keypress.sqlite-wal")));
+    EXPECT_EQ(start()->email(), std::nullopt);
+
+    account->markOnboardingSeen();
+    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Cannot mark onboarding - no current email\n"));
+    EXPECT_FALSE(account->hasSeenOnboarding.get());
+}
+
+} // namespace
+} // namespace fernhollow

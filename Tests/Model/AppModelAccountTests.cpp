@@ -1,0 +1,97 @@
+#include "Model/KeychainStore.h"
+#include "ModelFixture.h"
+
+#include <fstream>
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+class ChangingAccounts : public ModelFixture {
+protected:
+    void signInAndSettle(const std::string& email) {
+        signIn(email);
+        refresh();
+    }
+};
+
+TEST_F(ChangingAccounts, KeepsEachAccountsCountsApart) {
+    start();
+    press(9); // nobody's
+    signInAndSettle("ana@example.com");
+    EXPECT_EQ(model_->todayCount.get(), 0);
+    press(3);
+    flush();
+    press(50); // discarded by the change
+    signInAndSettle("ben@example.com");
+    press(2, "org.b");
+    flush();
+    EXPECT_EQ(storedCount(today, "ana@example.com"), 3);
+    EXPECT_EQ(storedCount(today, "ben@example.com"), 2);
+    EXPECT_EQ(model_->appTracker().todayAppTotals.get().size(), 1u);
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Account change: none -> ana@example.com\n"));
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Switched to account-specific store for: ben@example.com\n"));
+
+    signInAndSettle("ana@example.com");
+    EXPECT_EQ(model_->todayCount.get(), 3);
+    account_->signOut();
+    refresh();
+    EXPECT_EQ(model_->todayCount.get(), 0);
+    EXPECT_THAT(model_->appTracker().todayAppTotals.get(), IsEmpty());
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Cleared store on sign out\n"));
+}
+
+TEST_F(ChangingAccounts, IgnoresASecondSignInWithTheSameAddress) {
+    signIn("ana@example.com");
+    start();
+    press(3);
+    signInAndSettle("ANA@example.com ");
+    EXPECT_EQ(model_->todayCount.get(), 3);
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Account change skipped - same email\n"));
+}
+
+TEST_F(ChangingAccounts, GoesOnWithoutAStoreWhenTheDatabaseIsUnusable) {
+    signIn("ana@example.com");
+    const auto file = DailyCountsStore::urlForAccount("ana@example.com");
+    std::ofstream(file) << "this is no database, and it is somebody's";
+    start();
+    press(3);
+    flush();
+    EXPECT_EQ(model_->menuBarTitle(), "3");
+    EXPECT_EQ(contents(file), "this is no database, and it is somebody's");
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Failed to create account-specific store: "
+                                       "SQLiteError(26): file is not a database\n"));
+    EXPECT_THAT(home_.log(), HasSubstr(file.native()));
+    signInAndSettle("ben@example.com"); // another account is none the worse
+    press(1);
+    flush();
+    EXPECT_EQ(storedCount(today, "ben@example.com"), 1);
+}
+
+TEST_F(ChangingAccounts, TakesTheDatabaseOfTheTimeBeforeAccountsOver) {
+    {
+        DailyCountsStore old(DailyCountsStore::defaultURL());
+        await(old.increment(today, 40, 1));
+    }
+    signIn("ana@example.com");
+    start();
+    refresh();
+    EXPECT_EQ(model_->todayCount.get(), 40);
+    EXPECT_FALSE(std::filesystem::exists(home_.dataFolder() / "keypress.sqlite"));
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Migrated legacy global database to account: ana@example.com\n"));
+}
+
+TEST_F(ChangingAccounts, KeepsTheDeviceIdentifierForGood) {
+    start();
+    const auto first = KeychainStore::readString("deviceId").value();
+    EXPECT_THAT(first, MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    model_->shutDown();
+    start();
+    EXPECT_EQ(KeychainStore::readString("deviceId"), first);
+}
+
+} // namespace
+} // namespace fernhollow::tests

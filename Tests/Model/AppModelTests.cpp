@@ -1,0 +1,129 @@
+#include "ModelFixture.h"
+
+#include <sqlite3.h>
+
+namespace fernhollow::tests {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Counting : public ModelFixture {
+protected:
+    Counting() {
+        signIn("ana@example.com");
+        start();
+    }
+};
+
+TEST_F(Counting, ShowsPressesAtOnceAndWritesThemWithTheFlush) {
+    model_->recordKeypresses(3, {"org.a", "A"});
+    EXPECT_EQ(model_->todayCount.get(), 3);
+    EXPECT_EQ(model_->todayCountAggregated.get(), 3);
+    EXPECT_EQ(model_->appTracker().todayAppTotals.get().front().count, 3);
+
+    tasks_.beginWaiting();
+    refresh();
+    EXPECT_THAT(storedHours(today), ElementsAre(HourlyCountRow{today, 9, 3})); // at once
+    EXPECT_EQ(storedCount(today), 0);                                         // with the flush
+
+    flush();
+    flush();
+    EXPECT_EQ(storedCount(today), 3);
+    EXPECT_EQ(model_->todayCount.get(), 3);
+    press(2);
+    flush();
+    EXPECT_EQ(storedCount(today), 5);
+}
+
+TEST_F(Counting, IgnoresNoPressesAndPressesWhilePaused) {
+    for (const std::int64_t none : {0, -3}) {
+        model_->recordKeypresses(none, {"org.a", "A"});
+    }
+    model_->isPaused.set(true);
+    press(4);
+    EXPECT_EQ(model_->todayCount.get(), 0);
+    model_->isPaused.set(false);
+    press(1);
+    flush();
+    EXPECT_EQ(storedCount(today), 1);
+}
+
+TEST_F(Counting, FlushesEveryFifteenSeconds) {
+    press(5);
+    clock_.advance(14s);
+    refresh();
+    EXPECT_EQ(storedCount(today), 0);
+    clock_.advance(1s);
+    EXPECT_TRUE(waitUntil([&] { return storedCount(today) == 5; }));
+}
+
+TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    press(3);
+    tasks_.beginWaiting();
+    const auto flushing = model_->flushPending();
+    press(2); // while the write waits in vain
+    EXPECT_TRUE(waitUntil([&] { return flushing.isReady(); }));
+    EXPECT_EQ(model_->todayCount.get(), 5);
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Hourly counts are not written to " + home_.dataFolder().native()));
+
+    sqlite3_close(other); // ends the transaction
+    flush();
+    EXPECT_EQ(storedCount(today), 5);
+}
+
+TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
+    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 23}));
+    press(7);
+    clock_.advance(1h);
+    press(4);
+    EXPECT_TRUE(model_->flushNow(10s)); // no event loop runs in between
+    EXPECT_EQ(storedCount(today), 7);
+    EXPECT_EQ(storedCount(tomorrow), 4);
+    EXPECT_THAT(storedHours(today), ElementsAre(HourlyCountRow{today, 23, 7}));
+    EXPECT_THAT(storedHours(tomorrow), ElementsAre(HourlyCountRow{tomorrow, 0, 4}));
+    DailyCountsStore store(DailyCountsStore::urlForAccount("ana@example.com"));
+    EXPECT_THAT(await(store.fetchAppHourlyCounts(today)), ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
+    EXPECT_THAT(await(store.fetchAppHourlyCounts(tomorrow)), ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.a", 4}));
+
+    press(1);
+    EXPECT_TRUE(model_->flushNow(10s)); // the session's end was called off
+    EXPECT_EQ(storedCount(tomorrow), 5);
+}
+
+TEST_F(Counting, FormatsItsTitlesInTheUsersLocale) {
+    model_->recordKeypresses(12'345, {"org.a", "A"});
+    EXPECT_EQ(model_->menuBarTitle(), "12,345");
+    EXPECT_EQ(model_->todayCountFormatted(), "12,345");
+    model_->todayCountAggregated.set(0);
+    EXPECT_EQ(model_->menuBarTitle(), "12,345");
+    EXPECT_EQ(model_->todayCountFormatted(), "0");
+}
+
+TEST_F(Counting, TellsItsObserversBeforeEachChange) {
+    std::vector<std::int64_t> seen;
+    const auto whole = model_->observe([&] { seen.push_back(model_->todayCountAggregated.get()); });
+    press(1);
+    EXPECT_THAT(seen, testing::Not(IsEmpty()));
+    EXPECT_EQ(seen.front(), 0);
+}
+
+class WithoutAnAccount : public ModelFixture {};
+
+TEST_F(WithoutAnAccount, CountsOnScreenAndStoresNothing) {
+    start();
+    press(3);
+    flush();
+    flush();
+    EXPECT_EQ(model_->menuBarTitle(), "3");
+    EXPECT_FALSE(std::filesystem::exists(home_.dataFolder()));
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] No account logged in - store is nil\n"));
+}
+
+} // namespace
+} // namespace fernhollow::tests

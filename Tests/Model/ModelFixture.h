@@ -1,0 +1,96 @@
+#pragma once
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Support/EventLoop.h"
+#include "Support/FakeClock.h"
+#include "Support/TaskScope.h"
+#include "Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+
+namespace fernhollow::tests {
+
+/// A keyboard that a test presses.
+struct FakeMonitor final : KeyPressMonitor {
+    bool start() override {
+        ++starts;
+        return isRunning = isAllowed;
+    }
+    void stop() override { isRunning = false; }
+
+    Handlers handlers;
+    bool isAllowed = true;
+    bool isRunning = false;
+    int starts = 0;
+};
+
+/// A model with real stores in a temporary home, a clock that a test moves and a keyboard that it presses.
+class ModelFixture : public testing::Test {
+protected:
+    ~ModelFixture() override { shutDown(); }
+
+    void signIn(const std::string& email) { await(account_->verifyEmail(email)); }
+
+    void start() {
+        model_ = AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
+            auto monitor = std::make_unique<FakeMonitor>();
+            monitor->isAllowed = isMonitorAllowed_;
+            monitor->handlers = std::move(handlers);
+            monitor_ = monitor.get();
+            return monitor;
+        });
+        tasks_.beginWaiting();
+    }
+
+    void shutDown() {
+        if (model_) {
+            model_->shutDown();
+            model_.reset();
+        }
+        tasks_.stop();
+    }
+
+    void press(std::int64_t times, const std::string& app = "org.a") {
+        for (std::int64_t i = 0; i < times; ++i) {
+            monitor_->handlers.onKeyPress({app, "Name of " + app});
+        }
+    }
+
+    // The store works in the order in which it is asked, so that what was on its way before is done after.
+    void flush() {
+        tasks_.beginWaiting();
+        await(model_->flushPending());
+    }
+
+    void refresh() {
+        tasks_.beginWaiting();
+        await(model_->refreshFromDisk());
+    }
+
+    std::int64_t storedCount(const DayKey& day, const std::string& email = "ana@example.com") {
+        DailyCountsStore store(DailyCountsStore::urlForAccount(email));
+        return await(store.count(day));
+    }
+
+    std::vector<HourlyCountRow> storedHours(const DayKey& day, const std::string& email = "ana@example.com") {
+        DailyCountsStore store(DailyCountsStore::urlForAccount(email));
+        return await(store.fetchHourlyCounts(day));
+    }
+
+    const DayKey today{"2026-03-05"};
+    const DayKey tomorrow{"2026-03-06"};
+    TemporaryHome home_;
+    EnvironmentGuard zone_{"TZ", "UTC"};
+    EnvironmentGuard locale_{"LC_ALL", "en_US.UTF-8"};
+    FakeClock clock_{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 9})};
+    TaskScope tasks_;
+    std::shared_ptr<AccountManager> account_ =
+        std::make_shared<AccountManager>(clock_, SupabaseConfig{"http://x", "key"});
+    bool isMonitorAllowed_ = true;
+    FakeMonitor* monitor_ = nullptr;
+    std::shared_ptr<AppModel> model_;
+};
+
+} // namespace fernhollow::tests

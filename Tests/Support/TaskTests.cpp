@@ -1,0 +1,139 @@
+#include "Support/EventLoop.h"
+#include "Support/FakeClock.h"
+#include "Support/Observable.h"
+#include "Support/SerialExecutor.h"
+#include "Support/Sleep.h"
+#include "Support/TaskScope.h"
+#include "Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::await;
+using tests::FakeClock;
+
+QCoro::Task<> note(std::vector<std::string>& notes, std::string text) {
+    notes.push_back(std::move(text));
+    co_return;
+}
+
+QCoro::Task<> failing() {
+    throw std::runtime_error("out of luck");
+    co_return;
+}
+
+QCoro::Task<> sleepInALoop(FakeClock& clock, std::vector<std::string>& notes, std::stop_token stop) {
+    while (co_await Sleep(clock, 1s, stop)) {
+        notes.emplace_back("awake");
+    }
+    notes.emplace_back("ended");
+}
+
+TEST(Tasks, BeginInOrderAfterTheHandlerReturns) {
+    const tests::TemporaryHome home;
+    std::vector<std::string> notes;
+    TaskScope tasks;
+    tasks.start([&](std::stop_token) { return note(notes, "first"); });
+    tasks.start([](std::stop_token) { return failing(); });
+    tasks.start([&](std::stop_token) { return note(notes, "second"); });
+    EXPECT_THAT(notes, IsEmpty());
+    QCoreApplication::processEvents();
+    EXPECT_THAT(notes, ElementsAre("first", "second"));
+    EXPECT_THAT(home.log(), testing::HasSubstr("[Tasks] A background task failed: out of luck"));
+
+    tasks.start([&](std::stop_token) { return note(notes, "never"); });
+    tasks.stop();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(notes.size(), 2u);
+}
+
+TEST(Sleepers, WakeWhenTheirTimeHasPassedOrAtAStop) {
+    FakeClock clock(Instant{});
+    std::vector<std::string> notes;
+    TaskScope tasks;
+    tasks.start([&](std::stop_token stop) { return sleepInALoop(clock, notes, stop); });
+    tasks.beginWaiting();
+    clock.set(Instant{} + 24h); // the wall clock moves no sleeper
+    clock.advance(999ms);
+    EXPECT_THAT(notes, IsEmpty());
+    clock.advance(1ms);
+    clock.advance(1s);
+    EXPECT_THAT(notes, ElementsAre("awake", "awake"));
+    tasks.stop();
+    EXPECT_EQ(notes.back(), "ended");
+    EXPECT_EQ(clock.sleepers(), 0u);
+}
+
+TEST(SystemTimers, FireAfterTheirDelayAndNotWhenDestroyed) {
+    SystemClock clock;
+    bool fired = false;
+    const auto timer = clock.startTimer(1ms, [&] { fired = true; });
+    clock.startTimer(0ms, [] { FAIL() << "destroyed at once"; });
+    EXPECT_TRUE(tests::waitUntil([&] { return fired; }));
+}
+
+TEST(SerialExecutors, WorkInOrderOnOneOtherThread) {
+    SerialExecutor executor;
+    std::vector<int> order; // touched by the executor's thread alone
+    std::set<std::thread::id> threads;
+    for (int i = 0; i < 100; ++i) {
+        executor.run([&, i] {
+            order.push_back(i);
+            threads.insert(std::this_thread::get_id());
+        });
+    }
+    EXPECT_EQ(await(executor.run([&] { return order.size(); })), 100u);
+    EXPECT_TRUE(std::ranges::is_sorted(order));
+    EXPECT_EQ(threads.size(), 1u);
+    EXPECT_FALSE(threads.contains(std::this_thread::get_id()));
+    EXPECT_THROW(await(executor.run([]() -> int { throw std::out_of_range("x"); })), std::out_of_range);
+}
+
+TEST(SerialExecutors, AreWaitedForWithAndWithoutALimit) {
+    std::atomic<int> done = 0;
+    {
+        SerialExecutor executor;
+        std::atomic<bool> mayGoOn = false;
+        executor.run([&] {
+            mayGoOn.wait(false);
+            ++done;
+        });
+        EXPECT_FALSE(executor.waitUntilIdle(5ms));
+        mayGoOn = true;
+        mayGoOn.notify_all();
+        EXPECT_TRUE(executor.waitUntilIdle(10s));
+        executor.run([&] { ++done; });
+    }
+    EXPECT_EQ(done, 2);
+}
+
+TEST(PublishedFields, AnnounceRealChangesBeforeTheyHappen) {
+    Observable owner;
+    Published<int> field(owner, 1);
+    std::vector<int> seen;
+    auto first = field.observe([&] { seen.push_back(field.get()); });
+    const auto second = owner.observe([&] { first = {}; }); // an observer may end another meanwhile
+    field.set(1);
+    EXPECT_THAT(seen, IsEmpty());
+    field.set(2);
+    field.change([](int& value) { ++value; });
+    EXPECT_EQ(field.get(), 3);
+    EXPECT_THAT(seen, IsEmpty());
+    const auto third = field.observe([&] { seen.push_back(field.get()); });
+    field.set(4);
+    EXPECT_THAT(seen, ElementsAre(3));
+}
+
+} // namespace
+} // namespace fernhollow
