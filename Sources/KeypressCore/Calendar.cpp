@@ -64,9 +64,9 @@ Calendar Calendar::autoupdatingCurrent() {
     return calendar;
 }
 
-Calendar::Calendar(std::string_view zone) :
-    working_(makeWorking(icu::TimeZone::createTimeZone(
-        icu::UnicodeString::fromUTF8({zone.data(), static_cast<std::int32_t>(zone.size())})))) {}
+Calendar::Calendar(std::string_view zone)
+    : working_(makeWorking(icu::TimeZone::createTimeZone(
+          icu::UnicodeString::fromUTF8({zone.data(), static_cast<std::int32_t>(zone.size())})))) {}
 
 Calendar::Calendar(const Calendar& other) : system_(other.system_) {
     if (other.working_) {

@@ -60,7 +60,8 @@ void DailyCountsDatabase::increment(const DayKey& day, std::int64_t by, std::int
         .run();
 }
 
-void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int64_t by, std::int64_t updatedAt) {
+void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int64_t by,
+                                          std::int64_t updatedAt) {
     if (by <= 0 || !isHour(hour)) {
         return;
     }
@@ -89,9 +90,10 @@ void DailyCountsDatabase::replaceHourly(const DayKey& day, const std::map<int, s
     Transaction transaction(connection_);
     Statement(connection_, "DELETE FROM hourly_counts WHERE day = ?;").bind(1, day.rawValue).run();
     if (!counts.empty()) {
-        Statement insert(connection_, "INSERT INTO hourly_counts(day, hour, count, updated_at) VALUES (?, ?, ?, ?) "
-                                      "ON CONFLICT(day, hour) DO UPDATE SET count = excluded.count, "
-                                      "updated_at = excluded.updated_at;");
+        Statement insert(connection_,
+                         "INSERT INTO hourly_counts(day, hour, count, updated_at) VALUES (?, ?, ?, ?) "
+                         "ON CONFLICT(day, hour) DO UPDATE SET count = excluded.count, "
+                         "updated_at = excluded.updated_at;");
         for (const auto& [hour, count] : counts) {
             if (!isHour(hour)) {
                 continue;
@@ -128,7 +130,8 @@ std::vector<DailyCountRow> DailyCountsDatabase::fetchCounts(const DayKey& from, 
 }
 
 std::vector<HourlyCountRow> DailyCountsDatabase::fetchHourlyCounts(const DayKey& day) {
-    Statement select(connection_, "SELECT day, hour, count FROM hourly_counts WHERE day = ? ORDER BY hour ASC;");
+    Statement select(connection_,
+                     "SELECT day, hour, count FROM hourly_counts WHERE day = ? ORDER BY hour ASC;");
     select.bind(1, day.rawValue);
     std::vector<HourlyCountRow> rows;
     while (select.step()) {
@@ -165,7 +168,8 @@ std::vector<AppHourlyCountRow> DailyCountsDatabase::fetchAppHourlyCounts(const D
         auto text = select.text(0);
         auto bundleId = select.text(2);
         if (text && bundleId) {
-            rows.push_back({DayKey(std::move(*text)), select.integer(1), std::move(*bundleId), select.integer64(3)});
+            rows.push_back(
+                {DayKey(std::move(*text)), select.integer(1), std::move(*bundleId), select.integer64(3)});
         }
     }
     return rows;
@@ -203,7 +207,8 @@ std::vector<AppRegistryRow> DailyCountsDatabase::fetchAppRegistry() {
         auto bundleId = select.text(0);
         auto appName = select.text(1);
         if (bundleId && appName) {
-            rows.push_back({std::move(*bundleId), std::move(*appName), select.integer64(2), select.integer(3) != 0});
+            rows.push_back(
+                {std::move(*bundleId), std::move(*appName), select.integer64(2), select.integer(3) != 0});
         }
     }
     return rows;

@@ -6,8 +6,8 @@
 
 namespace fernhollow {
 
-DailyCountsStore::DailyCountsStore(std::filesystem::path url) :
-    url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_)) {}
+DailyCountsStore::DailyCountsStore(std::filesystem::path url)
+    : url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_)) {}
 
 DailyCountsStore::~DailyCountsStore() {
     // The executor's thread closes the database: a close writes the log back into the file.
@@ -19,18 +19,21 @@ Future<void> DailyCountsStore::increment(DayKey day, std::int64_t by, std::int64
         [db = database_.get(), day = std::move(day), by, updatedAt] { db->increment(day, by, updatedAt); });
 }
 
-Future<void> DailyCountsStore::incrementHourly(DayKey day, int hour, std::int64_t by, std::int64_t updatedAt) {
+Future<void> DailyCountsStore::incrementHourly(DayKey day, int hour, std::int64_t by,
+                                               std::int64_t updatedAt) {
     return executor_.run([db = database_.get(), day = std::move(day), hour, by, updatedAt] {
         db->incrementHourly(day, hour, by, updatedAt);
     });
 }
 
 Future<void> DailyCountsStore::overwrite(DayKey day, std::int64_t count, std::int64_t updatedAt) {
-    return executor_.run(
-        [db = database_.get(), day = std::move(day), count, updatedAt] { db->overwrite(day, count, updatedAt); });
+    return executor_.run([db = database_.get(), day = std::move(day), count, updatedAt] {
+        db->overwrite(day, count, updatedAt);
+    });
 }
 
-Future<void> DailyCountsStore::replaceHourly(DayKey day, std::map<int, std::int64_t> counts, std::int64_t updatedAt) {
+Future<void> DailyCountsStore::replaceHourly(DayKey day, std::map<int, std::int64_t> counts,
+                                             std::int64_t updatedAt) {
     return executor_.run([db = database_.get(), day = std::move(day), counts = std::move(counts), updatedAt] {
         db->replaceHourly(day, counts, updatedAt);
     });
@@ -52,25 +55,24 @@ Future<std::vector<HourlyCountRow>> DailyCountsStore::fetchHourlyCounts(DayKey d
 
 Future<void> DailyCountsStore::incrementAppHourly(DayKey day, int hour, std::string bundleId, std::int64_t by,
                                                   std::int64_t updatedAt) {
-    return executor_.run(
-        [db = database_.get(), day = std::move(day), hour, bundleId = std::move(bundleId), by, updatedAt] {
-            db->incrementAppHourly(day, hour, bundleId, by, updatedAt);
-        });
+    return executor_.run([db = database_.get(), day = std::move(day), hour, bundleId = std::move(bundleId),
+                          by, updatedAt] { db->incrementAppHourly(day, hour, bundleId, by, updatedAt); });
 }
 
 Future<std::vector<AppHourlyCountRow>> DailyCountsStore::fetchAppHourlyCounts(DayKey day) {
-    return executor_.run([db = database_.get(), day = std::move(day)] { return db->fetchAppHourlyCounts(day); });
+    return executor_.run(
+        [db = database_.get(), day = std::move(day)] { return db->fetchAppHourlyCounts(day); });
 }
 
 Future<std::unordered_map<std::string, std::int64_t>> DailyCountsStore::fetchAppDailyCounts(DayKey day) {
-    return executor_.run([db = database_.get(), day = std::move(day)] { return db->fetchAppDailyCounts(day); });
+    return executor_.run(
+        [db = database_.get(), day = std::move(day)] { return db->fetchAppDailyCounts(day); });
 }
 
-Future<void> DailyCountsStore::registerApp(std::string bundleId, std::string appName, std::int64_t firstSeen) {
-    return executor_.run(
-        [db = database_.get(), bundleId = std::move(bundleId), appName = std::move(appName), firstSeen] {
-            db->registerApp(bundleId, appName, firstSeen);
-        });
+Future<void> DailyCountsStore::registerApp(std::string bundleId, std::string appName,
+                                           std::int64_t firstSeen) {
+    return executor_.run([db = database_.get(), bundleId = std::move(bundleId), appName = std::move(appName),
+                          firstSeen] { db->registerApp(bundleId, appName, firstSeen); });
 }
 
 Future<std::vector<AppRegistryRow>> DailyCountsStore::fetchAppRegistry() {

@@ -33,7 +33,8 @@ std::optional<int> number(std::string_view text) {
 DayKey::DayKey(Instant instant, const Calendar& calendar) {
     const auto day = calendar.components(calendar.startOfDay(instant));
     std::array<char, 40> text{};
-    const int length = std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", day.year, day.month, day.day);
+    const int length =
+        std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", day.year, day.month, day.day);
     rawValue.assign(text.data(), static_cast<std::size_t>(length));
 }
 

@@ -44,7 +44,7 @@ void from_json(const nlohmann::json& json, DayKey& day);
 
 } // namespace fernhollow
 
-template <>
+template<>
 struct std::hash<fernhollow::DayKey> {
     std::size_t operator()(const fernhollow::DayKey& day) const noexcept {
         return std::hash<std::string>{}(day.rawValue);

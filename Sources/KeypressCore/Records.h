@@ -51,7 +51,7 @@ struct AppRegistryRow {
 };
 
 /// A hash over any number of fields, for the records' specialisations below.
-template <class... Fields>
+template<class... Fields>
 std::size_t hashOf(const Fields&... fields) noexcept {
     std::size_t seed = 0;
     ((seed ^= std::hash<Fields>{}(fields) + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2)), ...);
@@ -60,28 +60,28 @@ std::size_t hashOf(const Fields&... fields) noexcept {
 
 } // namespace fernhollow
 
-template <>
+template<>
 struct std::hash<fernhollow::DailyCountRow> {
     std::size_t operator()(const fernhollow::DailyCountRow& row) const noexcept {
         return fernhollow::hashOf(row.day, row.count);
     }
 };
 
-template <>
+template<>
 struct std::hash<fernhollow::HourlyCountRow> {
     std::size_t operator()(const fernhollow::HourlyCountRow& row) const noexcept {
         return fernhollow::hashOf(row.day, row.hour, row.count);
     }
 };
 
-template <>
+template<>
 struct std::hash<fernhollow::AppHourlyCountRow> {
     std::size_t operator()(const fernhollow::AppHourlyCountRow& row) const noexcept {
         return fernhollow::hashOf(row.day, row.hour, row.bundleId, row.count);
     }
 };
 
-template <>
+template<>
 struct std::hash<fernhollow::AppRegistryRow> {
     std::size_t operator()(const fernhollow::AppRegistryRow& row) const noexcept {
         return fernhollow::hashOf(row.bundleId, row.appName, row.firstSeen, row.isHidden);

@@ -51,8 +51,9 @@ protected:
     FakeDesktop desktop_;
     std::vector<ActiveAppInfo> presses_;
     int stops_ = 0;
-    KeyboardMonitor monitor_{{desktop_, desktop_, clock_},
-                             {[this](const ActiveAppInfo& app) { presses_.push_back(app); }, [this] { ++stops_; }}};
+    KeyboardMonitor monitor_{
+        {desktop_, desktop_, clock_},
+        {[this](const ActiveAppInfo& app) { presses_.push_back(app); }, [this] { ++stops_; }}};
 };
 
 TEST_F(Monitor, RunsOneTapHoweverOftenItIsStarted) {
@@ -74,7 +75,8 @@ TEST_F(Monitor, PromptsOncePerRunAndLooksCloselyEveryThirtySeconds) {
     clock_.advance(1s);
     EXPECT_FALSE(monitor_.start()); // the full question, but the person was asked before
     EXPECT_THAT(desktop_.questions, ElementsAre(true, false, false));
-    const std::string message = "[KeyboardMonitor] Accessibility permission not granted - prompted user once\n";
+    const std::string message =
+        "[KeyboardMonitor] Accessibility permission not granted - prompted user once\n";
     EXPECT_THAT(home_.log(), HasSubstr(message));
     EXPECT_EQ(home_.log().find(message), home_.log().rfind(message));
 
@@ -86,7 +88,8 @@ TEST_F(Monitor, PromptsOncePerRunAndLooksCloselyEveryThirtySeconds) {
 TEST_F(Monitor, TriesAgainWhenTheTapIsRefused) {
     desktop_.offersTap = false;
     EXPECT_FALSE(monitor_.start());
-    EXPECT_THAT(home_.log(), HasSubstr("[KeyboardMonitor] Failed to create event tap even with permission\n"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[KeyboardMonitor] Failed to create event tap even with permission\n"));
     desktop_.offersTap = true;
     EXPECT_TRUE(monitor_.start());
 }
@@ -103,9 +106,10 @@ TEST_F(Monitor, ReportsEachPressWithTheApplicationInFront) {
     desktop_.deliver(TapEvent::keyDown);
     desktop_.frontmost = std::nullopt;
     desktop_.deliver(TapEvent::keyDown);
-    EXPECT_THAT(presses_, ElementsAre(ActiveAppInfo{"org.a", "A"}, ActiveAppInfo{"org.b", "org.b"},
-                                      ActiveAppInfo{"unknown", "Nameful"}, ActiveAppInfo{"unknown", "unknown"},
-                                      ActiveAppInfo{"unknown", "Unknown"}));
+    EXPECT_THAT(presses_,
+                ElementsAre(ActiveAppInfo{"org.a", "A"}, ActiveAppInfo{"org.b", "org.b"},
+                            ActiveAppInfo{"unknown", "Nameful"}, ActiveAppInfo{"unknown", "unknown"},
+                            ActiveAppInfo{"unknown", "Unknown"}));
 }
 
 TEST_F(Monitor, LogsTheFirstFiveEventsAndEveryHundredth) {

@@ -25,7 +25,7 @@ protected:
         view_->show();
     }
 
-    template <class Widget>
+    template<class Widget>
     Widget* shown(const QString& name) {
         for (Widget* widget : view_->findChildren<Widget*>()) {
             if (widget->isVisible() && (widget->text() == name || widget->accessibleName() == name)) {
@@ -84,10 +84,12 @@ TEST_F(MainWindow, FollowsTheCountWhileItIsVisible) {
 }
 
 TEST_F(MainWindow, KeepsOneLineForALongAddress) {
-    const QString address = QString(60, u'a') + QStringLiteral("@") + QString(60, u'b') + QStringLiteral(".example.com");
+    const QString address =
+        QString(60, u'a') + QStringLiteral("@") + QString(60, u'b') + QStringLiteral(".example.com");
     signInByTyping(address);
     auto* label = view_->findChild<QLabel*>();
-    EXPECT_TRUE(waitUntil([&] { return (label = shown<QLabel>(address)) != nullptr; })); // by its accessible name
+    EXPECT_TRUE(
+        waitUntil([&] { return (label = shown<QLabel>(address)) != nullptr; })); // by its accessible name
     EXPECT_TRUE(waitUntil([&] { return label->text().contains(u'…'); }));
     EXPECT_EQ(label->toolTip(), address);
     EXPECT_LE(view_->width(), 400);

@@ -44,15 +44,18 @@ TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
 
     for (const InstanceRequest request : {InstanceRequest::activate, InstanceRequest::toggle}) {
         auto sent = std::async(std::launch::async, [request] { return SingleInstance().send(request); });
-        EXPECT_TRUE(tests::waitUntil([&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        EXPECT_TRUE(tests::waitUntil(
+            [&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         EXPECT_TRUE(sent.get());
     }
     auto quit = std::async(std::launch::async, [] { return SingleInstance().send(InstanceRequest::quit); });
     EXPECT_TRUE(tests::waitUntil([&] { return requests.size() == 3; }));
-    EXPECT_NE(quit.wait_for(std::chrono::milliseconds(20)), std::future_status::ready); // it has not ended yet
+    EXPECT_NE(quit.wait_for(std::chrono::milliseconds(20)),
+              std::future_status::ready); // it has not ended yet
     running.reset();
     EXPECT_TRUE(quit.get());
-    EXPECT_THAT(requests, ElementsAre(InstanceRequest::activate, InstanceRequest::toggle, InstanceRequest::quit));
+    EXPECT_THAT(requests,
+                ElementsAre(InstanceRequest::activate, InstanceRequest::toggle, InstanceRequest::quit));
 }
 
 } // namespace

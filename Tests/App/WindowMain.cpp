@@ -1,7 +1,6 @@
 #include "App/Theme.h"
 
 #include <QApplication>
-
 #include <gmock/gmock.h>
 
 int main(int argc, char** argv) {

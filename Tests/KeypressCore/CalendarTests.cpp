@@ -22,14 +22,17 @@ TEST(CalendarDays, AreCountedByTheirDatesNotByTheirHours) {
     EXPECT_EQ(berlin.noon(sunday - 7h), sunday);
     EXPECT_TRUE(berlin.isSameDay(sunday, sunday + 11h));
     EXPECT_FALSE(berlin.isSameDay(sunday, sunday + 12h));
-    EXPECT_EQ(berlin.addingDays(saturday, -29), at("Europe/Berlin", {.year = 2026, .month = 2, .day = 27, .hour = 12}));
+    EXPECT_EQ(berlin.addingDays(saturday, -29),
+              at("Europe/Berlin", {.year = 2026, .month = 2, .day = 27, .hour = 12}));
 }
 
 TEST(CalendarDate, TakesTheNextExistingAndTheFirstOfRepeatedTimes) {
     const Calendar berlin("Europe/Berlin");
-    const Instant skipped = berlin.date({.year = 2026, .month = 3, .day = 29, .hour = 2, .minute = 30}).value();
+    const Instant skipped =
+        berlin.date({.year = 2026, .month = 3, .day = 29, .hour = 2, .minute = 30}).value();
     EXPECT_EQ(berlin.components(skipped).hour, 3);
-    const Instant repeated = berlin.date({.year = 2026, .month = 10, .day = 25, .hour = 2, .minute = 30}).value();
+    const Instant repeated =
+        berlin.date({.year = 2026, .month = 10, .day = 25, .hour = 2, .minute = 30}).value();
     EXPECT_EQ(berlin.components(repeated + 1h).hour, 2);
 }
 

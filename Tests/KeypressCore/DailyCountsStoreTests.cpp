@@ -98,9 +98,11 @@ TEST_F(Store, CountsPerHourAndApplication) {
         await(store_->incrementAppHourly(monday, hour, "org.c", by, 100));
     }
     EXPECT_THAT(await(store_->fetchAppHourlyCounts(monday)),
-                ElementsAre(AppHourlyCountRow{monday, 9, "org.b", 4}, AppHourlyCountRow{monday, 10, "org.a", 1},
+                ElementsAre(AppHourlyCountRow{monday, 9, "org.b", 4},
+                            AppHourlyCountRow{monday, 10, "org.a", 1},
                             AppHourlyCountRow{monday, 10, "org.b", 7}));
-    EXPECT_THAT(await(store_->fetchAppDailyCounts(monday)), UnorderedElementsAre(Pair("org.a", 1), Pair("org.b", 11)));
+    EXPECT_THAT(await(store_->fetchAppDailyCounts(monday)),
+                UnorderedElementsAre(Pair("org.a", 1), Pair("org.b", 11)));
 }
 
 TEST_F(Store, RemembersApplications) {
@@ -110,8 +112,9 @@ TEST_F(Store, RemembersApplications) {
     await(store_->registerApp("org.zed", "Zed 2", 999));
     await(store_->setAppHidden("org.unknown", true));
 
-    EXPECT_THAT(await(store_->fetchAppRegistry()), ElementsAre(AppRegistryRow{"org.zed", "Zed 2", 100, true},
-                                                               AppRegistryRow{"org.alpha", "alpha", 100, false}));
+    EXPECT_THAT(await(store_->fetchAppRegistry()),
+                ElementsAre(AppRegistryRow{"org.zed", "Zed 2", 100, true},
+                            AppRegistryRow{"org.alpha", "alpha", 100, false}));
     EXPECT_EQ(await(store_->getAppName("org.alpha")), "alpha");
     EXPECT_EQ(await(store_->getAppName("org.unknown")), std::nullopt);
 }
@@ -122,9 +125,10 @@ TEST_F(Store, KeepsItsDataAndItsSchemaWhenOpenedAgain) {
     DailyCountsStore again(file_);
     EXPECT_EQ(await(again.count(monday)), 3);
     EXPECT_EQ(sql("PRAGMA journal_mode"), "wal");
-    EXPECT_EQ(sql("SELECT sql FROM sqlite_master WHERE name = 'app_registry'") + ";",
-              "CREATE TABLE app_registry (\n  bundle_id TEXT PRIMARY KEY NOT NULL,\n  app_name TEXT NOT NULL,\n"
-              "  first_seen INTEGER NOT NULL,\n  is_hidden INTEGER NOT NULL DEFAULT 0\n);");
+    EXPECT_EQ(
+        sql("SELECT sql FROM sqlite_master WHERE name = 'app_registry'") + ";",
+        "CREATE TABLE app_registry (\n  bundle_id TEXT PRIMARY KEY NOT NULL,\n  app_name TEXT NOT NULL,\n"
+        "  first_seen INTEGER NOT NULL,\n  is_hidden INTEGER NOT NULL DEFAULT 0\n);");
 }
 
 TEST_F(Store, FinishesWhatWasAskedOfItBeforeItCloses) {

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-
 #include <sys/stat.h>
 
 namespace fernhollow {
@@ -20,7 +19,9 @@ void write(const fs::path& file, const std::string& text) {
 
 TEST(AccountFile, IsNamedAfterTheAddress) {
     const TemporaryHome home;
-    const auto name = [](std::string_view email) { return DailyCountsStore::urlForAccount(email).filename(); };
+    const auto name = [](std::string_view email) {
+        return DailyCountsStore::urlForAccount(email).filename();
+    };
     EXPECT_EQ(name("ab?~"), "keypress_YWI_fg.sqlite");
     EXPECT_EQ(name(">>>?"), "keypress_Pj4-Pw.sqlite");
     EXPECT_EQ(name(std::string(40, 'a')), "keypress_YWFhYWFhYWFhYWFhYWFhYWFhYWFhYWFh.sqlite");
@@ -33,7 +34,7 @@ TEST(DatabaseFolder, IsMadeForItsUserAlone) {
     EXPECT_EQ(DailyCountsStore::databaseDirectory(), home.dataFolder());
     EXPECT_FALSE(fs::exists(home.dataFolder()));
     EXPECT_EQ(DailyCountsStore::defaultURL(), home.dataFolder() / "keypress.sqlite");
-    struct stat folder {};
+    struct stat folder{};
     ASSERT_EQ(::stat(home.dataFolder().c_str(), &folder), 0);
     EXPECT_EQ(folder.st_mode & 0777, 0700u);
     EXPECT_FALSE(DailyCountsStore::globalDatabaseExists());

@@ -53,15 +53,14 @@ TEST_P(DayKeyToInstant, IsNoonOfTheDayOrNothing) {
     EXPECT_EQ(calendar.hour(*noon), 12);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, DayKeyToInstant,
-                         testing::Values(ParseCase{"2026-01-05", "2026-01-05"}, ParseCase{"2026-1-5", "2026-01-05"},
-                                         ParseCase{"2026--01-05", "2026-01-05"},
-                                         ParseCase{"-2026-01-05-", "2026-01-05"},
-                                         ParseCase{"+2026-+1-5", "2026-01-05"},
-                                         ParseCase{"2026-13-01", "2027-01-01"}, ParseCase{"2026-01", ""},
-                                         ParseCase{"2026-01-05-07", ""}, ParseCase{"abcd-01-05", ""},
-                                         ParseCase{"2026-01- 5", ""}, ParseCase{"2026-01-05x", ""},
-                                         ParseCase{"2026-01-99999999999", ""}, ParseCase{"", ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Texts, DayKeyToInstant,
+    testing::Values(ParseCase{"2026-01-05", "2026-01-05"}, ParseCase{"2026-1-5", "2026-01-05"},
+                    ParseCase{"2026--01-05", "2026-01-05"}, ParseCase{"-2026-01-05-", "2026-01-05"},
+                    ParseCase{"+2026-+1-5", "2026-01-05"}, ParseCase{"2026-13-01", "2027-01-01"},
+                    ParseCase{"2026-01", ""}, ParseCase{"2026-01-05-07", ""}, ParseCase{"abcd-01-05", ""},
+                    ParseCase{"2026-01- 5", ""}, ParseCase{"2026-01-05x", ""},
+                    ParseCase{"2026-01-99999999999", ""}, ParseCase{"", ""}));
 
 TEST(DayKeyValue, IsOrderedHashedAndEncodedAsItsText) {
     EXPECT_LT(DayKey("2026-01-09"), DayKey("2026-01-10"));
@@ -80,7 +79,8 @@ TEST(Records, AreIdentifiedByTheirPlaceAndComparedByEverything) {
     EXPECT_EQ((AppHourlyCountRow{day, 9, "org.gnome.gedit", 1}).id(), "2026-01-14-9-org.gnome.gedit");
     EXPECT_NE((DailyCountRow{day, 1}), (DailyCountRow{day, 2}));
     EXPECT_EQ((DailyCountRow{day, 1}).id(), (DailyCountRow{day, 2}).id());
-    EXPECT_NE(std::hash<AppRegistryRow>{}({"a", "A", 1, false}), std::hash<AppRegistryRow>{}({"a", "A", 1, true}));
+    EXPECT_NE(std::hash<AppRegistryRow>{}({"a", "A", 1, false}),
+              std::hash<AppRegistryRow>{}({"a", "A", 1, true}));
     EXPECT_STREQ(DailyCountsStoreError(14, "Failed to open database").what(),
                  "SQLiteError(14): Failed to open database");
 }

@@ -22,7 +22,8 @@ using tests::await;
 
 class Account : public testing::Test {
 protected:
-    std::unique_ptr<AccountManager> start(std::optional<SupabaseConfig> config = SupabaseConfig{"http://x", "key"}) {
+    std::unique_ptr<AccountManager> start(std::optional<SupabaseConfig> config = SupabaseConfig{"http://x",
+                                                                                                "key"}) {
         auto account = std::make_unique<AccountManager>(clock_, std::move(config));
         account->onAccountChange = [this](const auto& email) { changes_.push_back(email.value_or("none")); };
         return account;
@@ -45,7 +46,8 @@ TEST_F(Account, SignsInWithTheNormalisedAddress) {
     EXPECT_THAT(changes_, ElementsAre("ana+work@example.com"));
     EXPECT_FALSE(account->isVerifying.get());
     EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Verifying email: ana+work@example.com\n"));
-    EXPECT_THAT(home_.log(), HasSubstr("[AccountManager] Email verified successfully: ana+work@example.com\n"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AccountManager] Email verified successfully: ana+work@example.com\n"));
 
     const auto stored = nlohmann::json::parse(KeychainStore::readData("accountSession").value());
     EXPECT_EQ(stored["email"], "ana+work@example.com");

@@ -33,7 +33,8 @@ TEST_F(ChangingAccounts, KeepsEachAccountsCountsApart) {
     EXPECT_EQ(storedCount(today, "ben@example.com"), 2);
     EXPECT_EQ(model_->appTracker().todayAppTotals.get().size(), 1u);
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Account change: none -> ana@example.com\n"));
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Switched to account-specific store for: ben@example.com\n"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AppModel] Switched to account-specific store for: ben@example.com\n"));
 
     signInAndSettle("ana@example.com");
     EXPECT_EQ(model_->todayCount.get(), 3);
@@ -81,7 +82,8 @@ TEST_F(ChangingAccounts, TakesTheDatabaseOfTheTimeBeforeAccountsOver) {
     refresh();
     EXPECT_EQ(model_->todayCount.get(), 40);
     EXPECT_FALSE(std::filesystem::exists(home_.dataFolder() / "keypress.sqlite"));
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Migrated legacy global database to account: ana@example.com\n"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AppModel] Migrated legacy global database to account: ana@example.com\n"));
 }
 
 TEST_F(ChangingAccounts, KeepsTheDeviceIdentifierForGood) {

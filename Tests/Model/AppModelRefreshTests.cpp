@@ -75,7 +75,8 @@ TEST_F(Refresh, TakesAnEarlierDayOfAnotherZoneOrClockForANewDay) {
         const EnvironmentGuard hawaii("TZ", "Pacific/Honolulu"); // 23:00 on the day before
         press(4);
         flush();
-        EXPECT_THAT(storedHours(DayKey("2026-03-04")), ElementsAre(HourlyCountRow{DayKey("2026-03-04"), 23, 4}));
+        EXPECT_THAT(storedHours(DayKey("2026-03-04")),
+                    ElementsAre(HourlyCountRow{DayKey("2026-03-04"), 23, 4}));
     }
     press(5);
     flush();
@@ -93,9 +94,11 @@ TEST_F(Refresh, ShowsThirtyDaysEndingToday) {
     refresh();
     const auto points = model_->last30Days.get();
     ASSERT_EQ(points.size(), 30u);
-    EXPECT_EQ(points.front(), (DailyCountPoint{at("UTC", {.year = 2026, .month = 2, .day = 4, .hour = 12}), 4}));
+    EXPECT_EQ(points.front(),
+              (DailyCountPoint{at("UTC", {.year = 2026, .month = 2, .day = 4, .hour = 12}), 4}));
     EXPECT_EQ(points[1].count, 0);
-    EXPECT_EQ(points.back(), (DailyCountPoint{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12}), 2}));
+    EXPECT_EQ(points.back(),
+              (DailyCountPoint{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12}), 2}));
 }
 
 TEST_F(Refresh, ShowsNothingBeforeTheFirstDayOfAnyHistory) {
@@ -118,7 +121,8 @@ TEST_F(Refresh, StartsTheMonitorAgainEachSecondUntilItRuns) {
     clock_.advance(1s);
     EXPECT_TRUE(waitUntil([&] { return clock_.sleepers() == 2; }));
     EXPECT_EQ(monitor_->starts, 2);
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Keyboard monitor failed to start - will retry on next refresh\n"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AppModel] Keyboard monitor failed to start - will retry on next refresh\n"));
 
     monitor_->isAllowed = true;
     clock_.advance(1s);

@@ -27,7 +27,7 @@ TEST_F(Counting, ShowsPressesAtOnceAndWritesThemWithTheFlush) {
     tasks_.beginWaiting();
     refresh();
     EXPECT_THAT(storedHours(today), ElementsAre(HourlyCountRow{today, 9, 3})); // at once
-    EXPECT_EQ(storedCount(today), 0);                                         // with the flush
+    EXPECT_EQ(storedCount(today), 0);                                          // with the flush
 
     flush();
     flush();
@@ -70,7 +70,8 @@ TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
     press(2); // while the write waits in vain
     EXPECT_TRUE(waitUntil([&] { return flushing.isReady(); }));
     EXPECT_EQ(model_->todayCount.get(), 5);
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Hourly counts are not written to " + home_.dataFolder().native()));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AppModel] Hourly counts are not written to " + home_.dataFolder().native()));
 
     sqlite3_close(other); // ends the transaction
     flush();
@@ -88,8 +89,10 @@ TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
     EXPECT_THAT(storedHours(today), ElementsAre(HourlyCountRow{today, 23, 7}));
     EXPECT_THAT(storedHours(tomorrow), ElementsAre(HourlyCountRow{tomorrow, 0, 4}));
     DailyCountsStore store(DailyCountsStore::urlForAccount("ana@example.com"));
-    EXPECT_THAT(await(store.fetchAppHourlyCounts(today)), ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
-    EXPECT_THAT(await(store.fetchAppHourlyCounts(tomorrow)), ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.a", 4}));
+    EXPECT_THAT(await(store.fetchAppHourlyCounts(today)),
+                ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
+    EXPECT_THAT(await(store.fetchAppHourlyCounts(tomorrow)),
+                ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.a", 4}));
 
     press(1);
     EXPECT_TRUE(model_->flushNow(10s)); // the session's end was called off

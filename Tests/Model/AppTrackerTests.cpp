@@ -84,8 +84,9 @@ TEST_F(Tracker, FlushesItsBufferOnceAndShowsTheSameAfterwards) {
     await(tracker_->refreshFromDisk());
     EXPECT_EQ(changes, 0);
     EXPECT_EQ(tracker_->todayAppTotals.get(), totals);
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)),
-                ElementsAre(AppHourlyCountRow{today, 9, "org.a", 3}, AppHourlyCountRow{today, 9, "org.b", 3}));
+    EXPECT_THAT(
+        await(store_->fetchAppHourlyCounts(today)),
+        ElementsAre(AppHourlyCountRow{today, 9, "org.a", 3}, AppHourlyCountRow{today, 9, "org.b", 3}));
     EXPECT_EQ(tracker_->appRegistry.get().size(), 2u);
 
     press("org.b", 2);
@@ -111,8 +112,10 @@ TEST_F(Tracker, WritesTheOldDaysBufferToTheOldDay) {
     EXPECT_THAT(tracker_->todayAppTotals.get(), ElementsAre(Total{"org.b", "Name of org.b", 1, false}));
     await(tracker_->flushPending());
     tasks_.beginWaiting();
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)), ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(tomorrow)), ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.b", 1}));
+    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)),
+                ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
+    EXPECT_THAT(await(store_->fetchAppHourlyCounts(tomorrow)),
+                ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.b", 1}));
 }
 
 TEST_F(Tracker, ForgetsOneAccountWhenItTurnsToAnother) {
@@ -127,7 +130,8 @@ TEST_F(Tracker, ForgetsOneAccountWhenItTurnsToAnother) {
     EXPECT_THAT(tracker_->appRegistry.get(), IsEmpty());
     EXPECT_TRUE(tests::waitUntil([&] { return tracker_->todayAppTotals.get().size() == 1; }));
     EXPECT_EQ(tracker_->todayAppTotals.get().front().bundleId, "org.b");
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)), ElementsAre(AppHourlyCountRow{today, 9, "org.a", 2}));
+    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)),
+                ElementsAre(AppHourlyCountRow{today, 9, "org.a", 2}));
 
     tracker_->updateStore(nullptr);
     press("org.c");

@@ -1,5 +1,4 @@
 #include <QCoreApplication>
-
 #include <gmock/gmock.h>
 
 int main(int argc, char** argv) {

@@ -3,9 +3,8 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
-
 #include <sys/stat.h>
+#include <thread>
 
 namespace fernhollow {
 namespace {
@@ -24,7 +23,7 @@ TEST(DebugLog, AppendsOneLinePerCallToAPrivateFile) {
     debugLog("two\nlines");
     EXPECT_THAT(home.log(), MatchesRegex(std::string(stamp) + "\\[First\\] line\n" + stamp + "\n" + stamp +
                                          "two\nlines\n"));
-    struct stat file {};
+    struct stat file{};
     ASSERT_EQ(::stat((home.path() / "fernhollow_debug.log").c_str(), &file), 0);
     EXPECT_EQ(file.st_mode & 0777, 0600u);
     EXPECT_EQ(std::distance(fs::directory_iterator(home.path()), {}), 1); // nothing is left of its making
@@ -56,7 +55,8 @@ TEST(DebugLog, KeepsEveryLineOfManyThreads) {
     }
     const std::string log = home.log();
     std::size_t whole = 0;
-    for (std::size_t at = 0; (at = log.find("Z] [Thread] a line that must stay whole\n", at)) != std::string::npos; ++at) {
+    for (std::size_t at = 0;
+         (at = log.find("Z] [Thread] a line that must stay whole\n", at)) != std::string::npos; ++at) {
         ++whole;
     }
     EXPECT_EQ(whole, 400u);

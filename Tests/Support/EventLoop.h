@@ -2,11 +2,10 @@
 
 #include "Support/Future.h"
 
-#include <qcorotask.h>
-
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <qcorotask.h>
 
 #include <exception>
 #include <optional>
@@ -18,7 +17,7 @@
 namespace fernhollow::tests {
 
 /// Runs the event loop until `condition` holds; false when it does not within ten seconds.
-template <class Condition>
+template<class Condition>
 bool waitUntil(Condition condition) {
     const QDeadlineTimer deadline(10'000);
     while (!condition() && !deadline.hasExpired()) {
@@ -28,14 +27,14 @@ bool waitUntil(Condition condition) {
 }
 
 /// What an awaited operation came to.
-template <class T>
+template<class T>
 struct Outcome {
     std::optional<T> value;
     std::exception_ptr failure;
     bool isDone() const { return value || failure; }
 };
 
-template <class T, class Awaitable>
+template<class T, class Awaitable>
 QCoro::Task<> observe(Awaitable& awaitable, Outcome<T>& outcome) {
     try {
         if constexpr (std::is_same_v<T, std::monostate>) {
@@ -49,7 +48,7 @@ QCoro::Task<> observe(Awaitable& awaitable, Outcome<T>& outcome) {
     }
 }
 
-template <class T, class Awaitable>
+template<class T, class Awaitable>
 T awaitAs(Awaitable awaitable) {
     using Stored = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
     Outcome<Stored> outcome;
@@ -66,7 +65,7 @@ T awaitAs(Awaitable awaitable) {
 }
 
 /// The result of an operation of the store, or what it throws.
-template <class T>
+template<class T>
 T await(Future<T> future) {
     return awaitAs<T>(std::move(future));
 }

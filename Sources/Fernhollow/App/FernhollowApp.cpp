@@ -30,13 +30,13 @@ void flushNow() {
 
 } // namespace
 
-FernhollowApp::FernhollowApp() :
-    taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
-    account_(std::make_shared<AccountManager>(clock_)),
-    model_(AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
-        return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
-                                                 std::move(handlers));
-    })) {
+FernhollowApp::FernhollowApp()
+    : taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
+      account_(std::make_shared<AccountManager>(clock_)),
+      model_(AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
+          return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
+                                                   std::move(handlers));
+      })) {
     AppStateHolder::shared() = {model_, account_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);

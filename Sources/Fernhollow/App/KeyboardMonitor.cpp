@@ -22,8 +22,8 @@ constexpr const char* unknownBundleId = "unknown";
 
 std::int64_t KeyboardMonitor::keyCount = 0;
 
-KeyboardMonitor::KeyboardMonitor(Desktop desktop, Handlers handlers) :
-    desktop_(desktop), handlers_(std::move(handlers)) {}
+KeyboardMonitor::KeyboardMonitor(Desktop desktop, Handlers handlers)
+    : desktop_(desktop), handlers_(std::move(handlers)) {}
 
 KeyboardMonitor::~KeyboardMonitor() {
     stop();

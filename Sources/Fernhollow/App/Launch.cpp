@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <optional>
-
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -32,20 +31,23 @@ CommandLine parse(int argc, char** argv) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Counts how many keys you press, never what you type."));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help."));
     const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
                                      QStringLiteral("Show the version."));
-    const QCommandLineOption toggle(QStringLiteral("toggle"),
-                                    QStringLiteral("Do what a click on the status item does: show or hide the main "
-                                                   "window. Starts Fernhollow if it does not run."));
-    const QCommandLineOption quit(QStringLiteral("quit"),
-                                  QStringLiteral("End the Fernhollow that runs, and wait until it has ended."));
+    const QCommandLineOption toggle(
+        QStringLiteral("toggle"),
+        QStringLiteral("Do what a click on the status item does: show or hide the main "
+                       "window. Starts Fernhollow if it does not run."));
+    const QCommandLineOption quit(
+        QStringLiteral("quit"), QStringLiteral("End the Fernhollow that runs, and wait until it has ended."));
     parser.addOptions({help, version, toggle, quit});
 
     if (!parser.parse(QCoreApplication::arguments()) || !parser.positionalArguments().isEmpty()) {
-        const QString error = parser.errorText().isEmpty()
-                                  ? QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first())
-                                  : parser.errorText();
+        const QString error =
+            parser.errorText().isEmpty()
+                ? QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first())
+                : parser.errorText();
         std::fprintf(stderr, "fernhollow: %s Try 'fernhollow --help'.\n", qUtf8Printable(error));
         return {.exitCode = usageError};
     }
@@ -128,7 +130,8 @@ int launch(int argc, char** argv) {
     }
     SingleInstance instance;
     if (!instance.acquire()) {
-        return handToRunningInstance(argc, argv, instance, command.request.value_or(InstanceRequest::activate));
+        return handToRunningInstance(argc, argv, instance,
+                                     command.request.value_or(InstanceRequest::activate));
     }
     if (command.request == InstanceRequest::quit) {
         std::puts("Fernhollow is not running.");

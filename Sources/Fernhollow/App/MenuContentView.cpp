@@ -65,10 +65,10 @@ QLabel* makeVersion() {
 
 } // namespace
 
-MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account) :
-    model_(std::move(model)), account_(std::move(account)), mainArea_(new QStackedLayout),
-    signIn_(new SignInView(account_)), today_(new TodayView), signInPage_(centred(signIn_)), email_(new ElidedLabel),
-    signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
+MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account)
+    : model_(std::move(model)), account_(std::move(account)), mainArea_(new QStackedLayout),
+      signIn_(new SignInView(account_)), today_(new TodayView), signInPage_(centred(signIn_)),
+      email_(new ElidedLabel), signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     mainArea_->addWidget(signInPage_);
     mainArea_->addWidget(today_);
 

@@ -21,8 +21,8 @@ constexpr int sideMargin = 24;
 
 } // namespace
 
-SignInView::SignInView(std::shared_ptr<AccountManager> account, QWidget* parent) :
-    QWidget(parent), account_(std::move(account)) {
+SignInView::SignInView(std::shared_ptr<AccountManager> account, QWidget* parent)
+    : QWidget(parent), account_(std::move(account)) {
     auto* name = new QLabel(QStringLiteral("Fernhollow"));
     name->setFont(Theme::font(Theme::TextStyle::title2, QFont::DemiBold));
     name->setAlignment(Qt::AlignCenter);
@@ -31,7 +31,8 @@ SignInView::SignInView(std::shared_ptr<AccountManager> account, QWidget* parent)
     layout->setContentsMargins(sideMargin, 0, sideMargin, 0);
     layout->setSpacing(formSpacing);
     layout->addStretch();
-    layout->addWidget(new Symbol(QStringLiteral("keyboard-fill"), Theme::primary, symbolSize), 0, Qt::AlignHCenter);
+    layout->addWidget(new Symbol(QStringLiteral("keyboard-fill"), Theme::primary, symbolSize), 0,
+                      Qt::AlignHCenter);
     layout->addWidget(name);
     layout->addWidget(makeFields());
     layout->addWidget(makeButton());
@@ -46,7 +47,8 @@ QWidget* SignInView::makeFields() {
     email_ = new QLineEdit;
     email_->setPlaceholderText(QStringLiteral("Email"));
     email_->setAccessibleName(QStringLiteral("Email"));
-    email_->setInputMethodHints(Qt::ImhEmailCharactersOnly | Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
+    email_->setInputMethodHints(Qt::ImhEmailCharactersOnly | Qt::ImhNoAutoUppercase |
+                                Qt::ImhNoPredictiveText);
     email_->setFont(Theme::font(Theme::TextStyle::body));
     connect(email_, &QLineEdit::returnPressed, this, &SignInView::submit);
     connect(email_, &QLineEdit::textEdited, this, [this] {
@@ -99,7 +101,8 @@ void SignInView::submit() {
     }
 }
 
-QCoro::Task<> SignInView::signIn(std::shared_ptr<AccountManager> account, QString email, QPointer<SignInView> view) {
+QCoro::Task<> SignInView::signIn(std::shared_ptr<AccountManager> account, QString email,
+                                 QPointer<SignInView> view) {
     QString refusal;
     try {
         co_await account->verifyEmail(email.toStdString());

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <qcorotask.h>
-
 #include <QPointer>
 #include <QString>
 #include <QWidget>
+#include <qcorotask.h>
 
 #include <memory>
 
@@ -28,7 +27,8 @@ public:
 
 private:
     void submit();
-    static QCoro::Task<> signIn(std::shared_ptr<AccountManager> account, QString email, QPointer<SignInView> view);
+    static QCoro::Task<> signIn(std::shared_ptr<AccountManager> account, QString email,
+                                QPointer<SignInView> view);
 
     QWidget* makeFields();
     QPushButton* makeButton();

@@ -8,13 +8,12 @@
 
 #include <array>
 #include <chrono>
-#include <filesystem>
-#include <utility>
-#include <vector>
-
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/file.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace fernhollow {
 namespace fs = std::filesystem;
@@ -26,9 +25,10 @@ using namespace std::chrono_literals;
 constexpr auto answerLimit = 5s;
 constexpr auto endLimit = 10s;
 
-constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{{{InstanceRequest::activate, "activate"},
-                                                                        {InstanceRequest::toggle, "toggle"},
-                                                                        {InstanceRequest::quit, "quit"}}};
+constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{
+    {{InstanceRequest::activate, "activate"},
+     {InstanceRequest::toggle, "toggle"},
+     {InstanceRequest::quit, "quit"}}};
 constexpr const char* accepted = "ok\n";
 
 fs::path dataFolder() {
@@ -145,7 +145,9 @@ bool SingleInstance::send(InstanceRequest request) {
             socket.write(QByteArray(name) + '\n');
         }
     }
-    const auto milliseconds = [](auto limit) { return static_cast<int>(std::chrono::milliseconds(limit).count()); };
+    const auto milliseconds = [](auto limit) {
+        return static_cast<int>(std::chrono::milliseconds(limit).count());
+    };
     if (!socket.waitForReadyRead(milliseconds(answerLimit)) || socket.readLine(64) != accepted) {
         return false;
     }

@@ -16,8 +16,8 @@ QByteArray coloured(const QString& name, const QColor& color) {
 
 } // namespace
 
-Symbol::Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent) :
-    QWidget(parent), renderer_(coloured(name, color)), size_(size) {
+Symbol::Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent)
+    : QWidget(parent), renderer_(coloured(name, color)), size_(size) {
     renderer_.setAspectRatioMode(Qt::KeepAspectRatio);
     setFixedSize(size);
 }

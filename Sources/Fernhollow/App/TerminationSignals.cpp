@@ -5,7 +5,6 @@
 #include <QSocketNotifier>
 
 #include <csignal>
-
 #include <pthread.h>
 #include <sys/signalfd.h>
 #include <unistd.h>

@@ -8,8 +8,9 @@ namespace fernhollow {
 
 void showTrustPrompt(const TrustProblem& problem) {
     debugLog("[TrustPrompt] " + problem.missing + " " + problem.remedy);
-    auto* message = new QMessageBox(QMessageBox::Information, QStringLiteral("Fernhollow"),
-                                    QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
+    auto* message =
+        new QMessageBox(QMessageBox::Information, QStringLiteral("Fernhollow"),
+                        QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
     message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
     message->setAttribute(Qt::WA_DeleteOnClose);
     message->setModal(false);

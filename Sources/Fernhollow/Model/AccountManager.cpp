@@ -33,8 +33,8 @@ const char* AccountManager::AccountError::what() const noexcept {
     return code_ == Code::invalidEmail ? "Invalid email address" : "Configuration missing";
 }
 
-AccountManager::AccountManager(const Clock& clock, std::optional<SupabaseConfig> config) :
-    clock_(clock), config_(std::move(config)) {
+AccountManager::AccountManager(const Clock& clock, std::optional<SupabaseConfig> config)
+    : clock_(clock), config_(std::move(config)) {
     loadPersistedSession();
     if (const auto address = email()) {
         loadOnboardingState(*address);

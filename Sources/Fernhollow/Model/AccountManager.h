@@ -52,7 +52,8 @@ public:
     };
 
     /// Restores the session of the last run.
-    explicit AccountManager(const Clock& clock, std::optional<SupabaseConfig> config = SupabaseConfig::compiledIn());
+    explicit AccountManager(const Clock& clock,
+                            std::optional<SupabaseConfig> config = SupabaseConfig::compiledIn());
 
     Published<Status> status{*this};
     Published<bool> isVerifying{*this};

@@ -41,15 +41,17 @@ void migrateLegacyDatabase(const std::string& email) {
 
 } // namespace
 
-std::shared_ptr<AppModel> AppModel::create(Surroundings surroundings, const KeyPressMonitor::Factory& makeMonitor) {
+std::shared_ptr<AppModel> AppModel::create(Surroundings surroundings,
+                                           const KeyPressMonitor::Factory& makeMonitor) {
     std::shared_ptr<AppModel> model(new AppModel(surroundings));
     model->begin(makeMonitor);
     return model;
 }
 
-AppModel::AppModel(Surroundings surroundings) :
-    clock_(surroundings.clock), tasks_(surroundings.tasks), account_(surroundings.account),
-    currentDay_(clock_.now(), calendar_), currentAccountEmail_(account_.email()), deviceId_(readOrCreateDeviceId()) {}
+AppModel::AppModel(Surroundings surroundings)
+    : clock_(surroundings.clock), tasks_(surroundings.tasks), account_(surroundings.account),
+      currentDay_(clock_.now(), calendar_), currentAccountEmail_(account_.email()),
+      deviceId_(readOrCreateDeviceId()) {}
 
 AppModel::~AppModel() {
     shutDown();

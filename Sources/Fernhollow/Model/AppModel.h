@@ -41,13 +41,14 @@ public:
         AccountManager& account;
     };
 
-    static std::shared_ptr<AppModel> create(Surroundings surroundings, const KeyPressMonitor::Factory& makeMonitor);
+    static std::shared_ptr<AppModel> create(Surroundings surroundings,
+                                            const KeyPressMonitor::Factory& makeMonitor);
     ~AppModel();
 
     Published<std::int64_t> todayCount{*this};           ///< this device's presses today
     Published<std::int64_t> todayCountAggregated{*this}; ///< the account's presses today, over all devices
     Published<std::vector<DailyCountPoint>> last30Days{*this}; ///< oldest first, today last
-    Published<bool> isPaused{*this};                     ///< while true, presses are not counted
+    Published<bool> isPaused{*this};                           ///< while true, presses are not counted
 
     AppTracker& appTracker() { return *appTracker_; }
 
@@ -86,7 +87,8 @@ private:
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
-    static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour, std::int64_t count);
+    static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
+                                     std::int64_t count);
     static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
     static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, DayKey day, std::int64_t count);
 

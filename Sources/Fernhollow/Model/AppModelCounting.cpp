@@ -48,7 +48,8 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
     });
 }
 
-QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour, std::int64_t count) {
+QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
+                                    std::int64_t count) {
     const auto store = self->store_;
     if (!store) {
         co_return;
@@ -58,7 +59,8 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
         self->hourlyWritesFail_ = false;
     } catch (const DailyCountsStoreError& error) {
         if (!std::exchange(self->hourlyWritesFail_, true)) {
-            debugLog("[AppModel] Hourly counts are not written to " + store->url().native() + ": " + error.what());
+            debugLog("[AppModel] Hourly counts are not written to " + store->url().native() + ": " +
+                     error.what());
         }
     }
 }
@@ -84,7 +86,8 @@ QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t 
     try {
         co_await store->increment(day, count, unixSeconds(self->clock_.now()));
     } catch (const DailyCountsStoreError&) {
-        if (store == self->store_ && day == self->currentDay_) { // else `pending` is another day's or account's
+        if (store == self->store_ &&
+            day == self->currentDay_) { // else `pending` is another day's or account's
             self->pending_ += count;
         }
     }

@@ -130,8 +130,9 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     last30Days.set(history(first, *today, local));
 }
 
-std::vector<DailyCountPoint> AppModel::history(Instant first, Instant today,
-                                               const std::unordered_map<std::string, std::int64_t>& local) const {
+std::vector<DailyCountPoint>
+AppModel::history(Instant first, Instant today,
+                  const std::unordered_map<std::string, std::int64_t>& local) const {
     std::vector<DailyCountPoint> points;
     if (first > today) {
         return points; // the clock stands before the first day of any history

@@ -31,9 +31,8 @@ void sortDescending(std::vector<AppStats>& totals, const std::vector<AppStats>& 
             positions.try_emplace(app.bundleId, positions.size());
         }
     }
-    std::ranges::sort(totals, {}, [&](const AppStats& app) {
-        return std::pair(-app.count, positions.at(app.bundleId));
-    });
+    std::ranges::sort(totals, {},
+                      [&](const AppStats& app) { return std::pair(-app.count, positions.at(app.bundleId)); });
 }
 
 auto shownOf(const HourlyAppStats& entry) {
@@ -44,13 +43,14 @@ auto shownOf(const AppStats& entry) {
     return std::tie(entry.bundleId, entry.count);
 }
 
-template <class Entry>
+template<class Entry>
 bool showsTheSame(const std::vector<Entry>& a, const std::vector<Entry>& b) {
     return std::ranges::equal(a, b, [](const Entry& x, const Entry& y) { return shownOf(x) == shownOf(y); });
 }
 
 std::vector<HourlyAppStats> sortedByHourAndApp(std::vector<HourlyAppStats> entries) {
-    std::ranges::sort(entries, {}, [](const HourlyAppStats& entry) { return std::tie(entry.hour, entry.bundleId); });
+    std::ranges::sort(entries, {},
+                      [](const HourlyAppStats& entry) { return std::tie(entry.hour, entry.bundleId); });
     return entries;
 }
 
@@ -63,8 +63,8 @@ std::shared_ptr<AppTracker> AppTracker::create(const Clock& clock, TaskScope& ta
     return tracker;
 }
 
-AppTracker::AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store) :
-    clock_(clock), tasks_(tasks), store_(std::move(store)), currentDay_(clock.now(), calendar_) {}
+AppTracker::AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store)
+    : clock_(clock), tasks_(tasks), store_(std::move(store)), currentDay_(clock.now(), calendar_) {}
 
 Instant AppTracker::minValidDate(const Clock& clock) {
     static const Instant date =
@@ -86,8 +86,9 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
 void AppTracker::updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                                    std::int64_t delta) {
     todayHourlyByApp.change([&](std::vector<HourlyAppStats>& entries) {
-        const auto entry = std::ranges::find_if(
-            entries, [&](const auto& candidate) { return candidate.hour == hour && candidate.bundleId == bundleId; });
+        const auto entry = std::ranges::find_if(entries, [&](const auto& candidate) {
+            return candidate.hour == hour && candidate.bundleId == bundleId;
+        });
         if (entry == entries.end()) {
             entries.push_back({hour, bundleId, appName, delta});
         } else {
@@ -125,7 +126,8 @@ QCoro::Task<> AppTracker::write(std::shared_ptr<DailyCountsStore> store, Buffer 
     };
     std::vector<Write> writes;
     for (const auto& [bundleId, name] : buffer.names) {
-        writes.push_back({"[AppTracker] Failed to register app " + bundleId, store->registerApp(bundleId, name, now)});
+        writes.push_back(
+            {"[AppTracker] Failed to register app " + bundleId, store->registerApp(bundleId, name, now)});
     }
     for (const auto& [hour, counts] : buffer.counts) {
         for (const auto& [bundleId, count] : counts) {
@@ -175,9 +177,8 @@ void AppTracker::rolloverIfNeeded() {
     todayAppTotals.set({});
     Buffer old = std::exchange(pending_, {});
     if (store_ && !old.counts.empty()) {
-        tasks_.start([store = store_, old = std::move(old), oldDay, now = unixSeconds(clock_.now())](std::stop_token) {
-            return write(store, old, oldDay, now);
-        });
+        tasks_.start([store = store_, old = std::move(old), oldDay, now = unixSeconds(clock_.now())](
+                         std::stop_token) { return write(store, old, oldDay, now); });
     }
 }
 
@@ -204,7 +205,8 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
     }
 }
 
-void AppTracker::publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry) {
+void AppTracker::publish(const std::vector<AppHourlyCountRow>& rows,
+                         const std::vector<AppRegistryRow>& registry) {
     std::unordered_map<std::string, std::string> names = pending_.names;
     std::unordered_map<std::string, bool> hidden;
     for (const AppRegistryRow& app : registry) {

@@ -80,11 +80,13 @@ private:
 
     AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store);
 
-    static QCoro::Task<> write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day, std::int64_t now);
+    static QCoro::Task<> write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day,
+                               std::int64_t now);
     static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
 
     void rolloverIfNeeded();
-    void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName, std::int64_t delta);
+    void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
+                           std::int64_t delta);
     void publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry);
 
     const Clock& clock_;

@@ -16,10 +16,11 @@ namespace fs = std::filesystem;
 namespace {
 
 fs::path file() {
-    return configurationDirectory() / std::string(applicationName) / (std::string(applicationIdentifier) + ".conf");
+    return configurationDirectory() / std::string(applicationName) /
+           (std::string(applicationIdentifier) + ".conf");
 }
 
-template <class Use>
+template<class Use>
 void write(Use use) {
     try {
         const fs::path path = file();
@@ -49,7 +50,8 @@ QVariant read(const std::string& key) {
 
 std::optional<std::string> UserDefaults::string(const std::string& key) {
     const QVariant value = read(key);
-    return value.userType() == QMetaType::QString ? std::optional(value.toString().toStdString()) : std::nullopt;
+    return value.userType() == QMetaType::QString ? std::optional(value.toString().toStdString())
+                                                  : std::nullopt;
 }
 
 std::optional<std::string> UserDefaults::data(const std::string& key) {
@@ -59,7 +61,9 @@ std::optional<std::string> UserDefaults::data(const std::string& key) {
 }
 
 void UserDefaults::setString(const std::string& key, const std::string& value) {
-    write([&](QSettings& settings) { settings.setValue(QString::fromStdString(key), QString::fromStdString(value)); });
+    write([&](QSettings& settings) {
+        settings.setValue(QString::fromStdString(key), QString::fromStdString(value));
+    });
 }
 
 void UserDefaults::setData(const std::string& key, const std::string& value) {

@@ -8,8 +8,9 @@ namespace fernhollow {
 
 /// The application whose window has the keyboard, as its desktop entry describes it.
 struct FrontmostApplication {
-    std::optional<std::string> bundleIdentifier; ///< desktop-file id without ".desktop", else the window class
-    std::optional<std::string> localizedName;    ///< `Name` in the user's language
+    std::optional<std::string>
+        bundleIdentifier;                     ///< desktop-file id without ".desktop", else the window class
+    std::optional<std::string> localizedName; ///< `Name` in the user's language
     bool operator==(const FrontmostApplication&) const = default;
 };
 

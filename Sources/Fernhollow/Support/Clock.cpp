@@ -26,7 +26,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Clock::Timer> SystemClock::startTimer(std::chrono::milliseconds delay, std::function<void()> fired) {
+std::unique_ptr<Clock::Timer> SystemClock::startTimer(std::chrono::milliseconds delay,
+                                                      std::function<void()> fired) {
     return std::make_unique<SystemTimer>(delay, std::move(fired));
 }
 

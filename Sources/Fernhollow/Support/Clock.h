@@ -29,7 +29,8 @@ public:
 
     virtual ~Clock() = default;
     virtual Instant now() const = 0;
-    virtual std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay, std::function<void()> fired) = 0;
+    virtual std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay,
+                                              std::function<void()> fired) = 0;
 };
 
 /// The system's real-time and monotonic clocks.

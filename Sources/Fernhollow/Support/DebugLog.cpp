@@ -6,9 +6,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <string>
-
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 

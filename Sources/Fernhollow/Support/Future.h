@@ -19,15 +19,15 @@ namespace fernhollow {
 /// The work is under way whether or not anybody awaits it; a failure that nobody awaits is lost, so
 /// whoever drops a future must not care. Awaiting continues on the asking thread, from its event
 /// loop, or throws there what the work threw. Awaited once.
-template <class T>
+template<class T>
 class Future {
 public:
     using Stored = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
 
     struct State {
         std::variant<std::monostate, Stored, std::exception_ptr> result; // written before `done` is seen
-        std::coroutine_handle<> waiter;                                 // asking thread only
-        bool done = false;                                              // asking thread only
+        std::coroutine_handle<> waiter;                                  // asking thread only
+        bool done = false;                                               // asking thread only
     };
 
     explicit Future(std::shared_ptr<State> state) : state_(std::move(state)) {}
@@ -61,7 +61,7 @@ public:
 /// Receives the deliveries of the thread that calls this.
 std::shared_ptr<QObject> deliveriesOfThisThread();
 
-template <class T>
+template<class T>
 class Delivery final : public DeliveryEvent {
 public:
     explicit Delivery(std::shared_ptr<typename Future<T>::State> state) : state_(std::move(state)) {}

@@ -43,11 +43,10 @@ std::string userNumberLocale() {
 NumberText::NumberText(std::string_view locale) {
     const icu::Locale icuLocale(std::string(locale).c_str());
     const auto base = icu::number::NumberFormatter::withLocale(icuLocale);
-    formatters_ = std::make_unique<Formatters>(Formatters{
-        base.grouping(UNUM_GROUPING_AUTO),
-        base.notation(icu::number::Notation::compactShort())
-            .precision(icu::number::Precision::integer())
-            .roundingMode(UNUM_ROUND_DOWN)});
+    formatters_ = std::make_unique<Formatters>(
+        Formatters{base.grouping(UNUM_GROUPING_AUTO), base.notation(icu::number::Notation::compactShort())
+                                                          .precision(icu::number::Precision::integer())
+                                                          .roundingMode(UNUM_ROUND_DOWN)});
 }
 
 NumberText::~NumberText() = default;

@@ -53,7 +53,7 @@ private:
 
 /// A field whose owner's observers, and its own, hear of each change just before it happens.
 /// Setting the value that it has is not a change.
-template <class T>
+template<class T>
 class Published : public Observable {
 public:
     explicit Published(Observable& owner, T initial = {}) : owner_(owner), value_(std::move(initial)) {}
@@ -69,7 +69,7 @@ public:
     }
 
     /// Changes the value where it is, for values that are dear to copy.
-    template <class Change>
+    template<class Change>
     void change(Change change) {
         announce();
         change(value_);

@@ -24,7 +24,8 @@ QEvent::Type DeliveryEvent::type() {
 
 std::shared_ptr<QObject> deliveriesOfThisThread() {
     // Never destroyed: the last writes are asked for while exit() has already run thread-local destructors.
-    static thread_local const auto* const deliveries = new std::shared_ptr<QObject>(std::make_shared<Deliveries>());
+    static thread_local const auto* const deliveries =
+        new std::shared_ptr<QObject>(std::make_shared<Deliveries>());
     return *deliveries;
 }
 

@@ -19,7 +19,7 @@ public:
     SerialExecutor();
 
     /// Starts `work` after all earlier work; see Future for what becomes of its result.
-    template <class Work>
+    template<class Work>
     Future<std::invoke_result_t<Work&>> run(Work work) {
         using Result = std::invoke_result_t<Work&>;
         auto state = std::make_shared<typename Future<Result>::State>();
@@ -31,11 +31,12 @@ public:
     bool waitUntilIdle(std::chrono::milliseconds limit);
 
 private:
-    template <class Work, class Result>
+    template<class Work, class Result>
     class Piece final : public QRunnable {
     public:
-        Piece(Work work, std::shared_ptr<typename Future<Result>::State> state, std::shared_ptr<QObject> asker) :
-            work_(std::move(work)), state_(std::move(state)), asker_(std::move(asker)) {}
+        Piece(Work work, std::shared_ptr<typename Future<Result>::State> state,
+              std::shared_ptr<QObject> asker)
+            : work_(std::move(work)), state_(std::move(state)), asker_(std::move(asker)) {}
 
         void run() override {
             try {

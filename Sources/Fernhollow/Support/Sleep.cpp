@@ -4,8 +4,8 @@
 
 namespace fernhollow {
 
-Sleep::Sleep(Clock& clock, std::chrono::milliseconds duration, std::stop_token stop) :
-    clock_(clock), duration_(duration), stop_(std::move(stop)) {}
+Sleep::Sleep(Clock& clock, std::chrono::milliseconds duration, std::stop_token stop)
+    : clock_(clock), duration_(duration), stop_(std::move(stop)) {}
 
 void Sleep::await_suspend(std::coroutine_handle<> sleeper) {
     sleeper_ = sleeper;

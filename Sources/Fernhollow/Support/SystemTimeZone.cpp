@@ -14,7 +14,7 @@ std::unique_ptr<icu::TimeZone> SystemTimeZone::changedZone() {
 
 bool SystemTimeZone::update() {
     const char* variable = std::getenv("TZ");
-    struct stat file {};
+    struct stat file{};
     ::lstat("/etc/localtime", &file); // a missing file stays all zeros
 
     if (source_ && (variable == nullptr) == !source_->variable &&

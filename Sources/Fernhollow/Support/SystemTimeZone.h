@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-
 #include <sys/stat.h>
 
 namespace fernhollow {

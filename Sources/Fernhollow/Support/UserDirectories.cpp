@@ -2,11 +2,10 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <string_view>
-#include <system_error>
-
 #include <pwd.h>
+#include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace fernhollow {
@@ -19,7 +18,8 @@ fs::path xdgDirectory(const char* variable, std::string_view belowHome) {
     }
     fs::path home = homeDirectory();
     if (home.empty()) {
-        throw fs::filesystem_error("no home directory", std::make_error_code(std::errc::no_such_file_or_directory));
+        throw fs::filesystem_error("no home directory",
+                                   std::make_error_code(std::errc::no_such_file_or_directory));
     }
     return home / belowHome;
 }
@@ -47,7 +47,8 @@ void createPrivateDirectories(const fs::path& folder) {
         createPrivateDirectories(folder.parent_path());
     }
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw fs::filesystem_error("cannot create folder", folder, std::error_code(errno, std::generic_category()));
+        throw fs::filesystem_error("cannot create folder", folder,
+                                   std::error_code(errno, std::generic_category()));
     }
     if (!fs::is_directory(folder)) {
         throw fs::filesystem_error("not a folder", folder, std::make_error_code(std::errc::not_a_directory));
