@@ -23,7 +23,7 @@ class Lifecycle(DesktopTest):
 
     def type(self, count):
         """Types in the terminal and waits until the presses are counted."""
-        before = self.program.count()
+        before = self.program.counted()
         self.terminal.focus()
         self.desktop.type(letters(count))
         self.program.expect_count(before + count)

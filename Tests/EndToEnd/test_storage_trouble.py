@@ -28,7 +28,7 @@ class StorageTrouble(DesktopTest):
         self.database = self.program.database(ADDRESS)
 
     def type(self, count):
-        before = self.program.count()
+        before = self.program.counted()
         self.terminal.focus()
         self.desktop.type(letters(count))
         self.program.expect_count(before + count)

@@ -14,7 +14,7 @@ class Terminal:
         self._received = desktop.folder / "terminal-received"
         self._desktop = desktop
         reader = f"stty raw -echo; exec tee {self._received}"
-        desktop.spawn(["xterm", "-geometry", "60x12+700+20", "-T", "Terminal", "-e", "sh", "-c", reader])
+        desktop.spawn(["xterm", "-geometry", "80x16+1040+40", "-T", "Terminal", "-e", "sh", "-c", reader])
         self.window = wait_until(lambda: desktop.windows("xterm"), "the terminal's window", 30)[0]
         wait_until(self._received.exists, "the terminal's program", 30)
 
@@ -36,13 +36,12 @@ class Editor:
         process = desktop.spawn(["mousepad", "--disable-server"])
         self.window = wait_until(lambda: desktop.windows("mousepad"), "the editor's window", 30)[0]
         self._accessible = AccessibleProgram(desktop, process.pid)
+        self._text = wait_until(lambda: self._accessible.shown("text"), "the editor's text", 30)[0]
         desktop.run("xdotool", "windowsize", self.window, 500, 300)
-        desktop.run("xdotool", "windowmove", self.window, 700, 400)
+        desktop.run("xdotool", "windowmove", self.window, 1040, 420)
 
     def focus(self):
         self._desktop.focus(self.window)
 
     def received(self):
-        for node in self._accessible.shown("text"):
-            return len(self._accessible.content(node))
-        return None
+        return len(self._accessible.content(self._text))

@@ -109,7 +109,7 @@ class Desktop:
         return int(value.rsplit(" ", 1)[-1], 16) if value else None
 
     def click(self, x, y):
-        self.run("xdotool", "mousemove", "--sync", x, y, "click", 1, check=False)
+        self.run("xdotool", "mousemove", x, y, "click", 1)
 
     def screenshot(self, path):
         self.run("scrot", "--overwrite", path)
@@ -186,7 +186,7 @@ class Desktop:
             writing,
             "-screen",
             "0",
-            "1280x1024x24",
+            "1600x900x24",
             "-noreset",
             "-nolisten",
             "tcp",

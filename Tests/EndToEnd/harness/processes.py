@@ -35,3 +35,5 @@ def end(child, seconds=5):
         except subprocess.TimeoutExpired:
             child.kill()
     child.wait()
+    if child.stdout:
+        child.stdout.close()

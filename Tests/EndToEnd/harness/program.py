@@ -122,6 +122,10 @@ class Program:
         title = self.title()
         return int(re.sub(r"\D", "", title) or 0) if title is not None else None
 
+    def counted(self):
+        """The count, once there is a status item to show it."""
+        return wait_until(lambda: self.title() is not None and (self.count(),), "a status item", PATIENCE)[0]
+
     def expect_count(self, expected):
         wait_for_value(self.count, expected, "count in the status item", PATIENCE)
 
@@ -195,14 +199,14 @@ class Program:
         self.desktop.type(address, 20)
 
     def sign_in(self, address):
-        """Signs in by hand and skips the introduction."""
+        """Signs in by hand."""
         self.type_address(address)
+        self.submit_address()
+
+    def submit_address(self):
         self.desktop.press("Return")
-        self.click("push button", "Skip")
         accessible = self.accessible()
-        wait_until(
-            lambda: not accessible.shown("push button", "Skip"), "the end of the introduction", PATIENCE
-        )
+        wait_until(lambda: accessible.shown("push button", "Sign Out"), "the account's window", PATIENCE)
 
     def first_count(self):
         """What the count begins with after sign_in(): the Return that ended the address may be counted
