@@ -75,8 +75,10 @@ void VirtualDisplay::start(const std::vector<std::string>& options, int reportTo
         ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a crashed test leaves no server behind
         ::fcntl(reportTo, F_SETFD, 0);
         const int quiet = ::open("/dev/null", O_RDWR);
-        ::dup2(quiet, STDOUT_FILENO);
-        ::dup2(quiet, STDERR_FILENO);
+        if (quiet >= 0) {
+            ::dup2(quiet, STDOUT_FILENO);
+            ::dup2(quiet, STDERR_FILENO);
+        }
         ::execvp(arguments.front(), arguments.data());
         ::_exit(127);
     }

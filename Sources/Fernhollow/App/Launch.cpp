@@ -56,7 +56,7 @@ CommandLine parse(int argc, char** argv) {
         return {.exitCode = EXIT_SUCCESS};
     }
     if (parser.isSet(version)) {
-        std::printf("Fernhollow %s\n", applicationVersion().data());
+        std::printf("Fernhollow %s\n", qUtf8Printable(QCoreApplication::applicationVersion()));
         return {.exitCode = EXIT_SUCCESS};
     }
     if (parser.isSet(quit)) {
