@@ -52,6 +52,14 @@ class Lifecycle(DesktopTest):
                 self.program.expect_count(expected)
         self.program.quit()
 
+    def test_an_orderly_end_leaves_one_complete_file(self):
+        self.sign_in()
+        self.type(15)
+        self.assertEqual(self.program.quit(), 0)
+        database = self.program.database(ADDRESS)
+        self.assertEqual([file.name for file in database.parent.glob("keypress*")], [database.name])
+        self.assertEqual(self.stored_today(), self.began_with + 15)
+
     def test_a_second_start_shows_the_first_and_counts_nothing_twice(self):
         self.sign_in()
         self.type(10)

@@ -1,14 +1,22 @@
 """A database that cannot be used: the program says so in its log, counts on screen and breaks nothing."""
 
+import contextlib
 import os
 import sqlite3
+import subprocess
+import sys
+import time
 import unittest
 
+from harness import processes
 from harness.applications import Terminal
 from harness.case import DesktopTest, letters
 
 ADDRESS = "hedy@example.org"
 DAY = "2026-03-10"
+
+# The program writes the day's presses every 15 seconds; in that time it meets a lock for certain.
+FLUSH = 16
 
 
 class StorageTrouble(DesktopTest):
@@ -26,6 +34,9 @@ class StorageTrouble(DesktopTest):
         self.type(10)
         self.program.quit()
         self.database = self.program.database(ADDRESS)
+        # Nothing may hide in the write-ahead log: the file alone has to carry the counts.
+        with contextlib.closing(sqlite3.connect(self.database)) as database:
+            self.assertEqual(database.execute("PRAGMA wal_checkpoint(TRUNCATE)").fetchone(), (0, 0, 0))
 
     def type(self, count):
         before = self.program.counted()
@@ -56,21 +67,30 @@ class StorageTrouble(DesktopTest):
                 "--bounding-set=-dac_override,-dac_read_search",
             ]
         folder = self.database.parent
-        for companion in folder.glob("*.sqlite-*"):
-            companion.unlink()
         self.database.chmod(0o400)
         folder.chmod(0o500)
         self.addCleanup(folder.chmod, 0o700)
         self.expect_counting_on_screen_only()
 
+    def lock(self, *statements):
+        """Another process that holds a lock on the database until it is ended. It has to be another
+        one: a process that reads the file by other means loses its locks on it."""
+        script = (
+            "import sqlite3, sys, time\n"
+            "database = sqlite3.connect(sys.argv[1], isolation_level=None)\n"
+            "for statement in sys.argv[2:]: database.execute(statement)\n"
+            "print('locked', flush=True)\n"
+            "time.sleep(600)\n"
+        )
+        command = [sys.executable, "-c", script, str(self.database), *statements]
+        holder = self.desktop.spawn(command, stdout=subprocess.PIPE, text=True)
+        self.assertEqual(holder.stdout.readline(), "locked\n")
+        return holder
+
     def test_a_database_that_another_process_keeps_to_itself(self):
-        other = sqlite3.connect(self.database, isolation_level=None)
-        self.addCleanup(other.close)
-        other.execute("PRAGMA locking_mode=EXCLUSIVE")
-        other.execute("BEGIN EXCLUSIVE")
+        holder = self.lock("PRAGMA locking_mode=EXCLUSIVE", "BEGIN EXCLUSIVE")
         self.expect_counting_on_screen_only()
-        other.execute("ROLLBACK")
-        other.close()
+        processes.end(holder)
 
         self.program.start()
         self.program.expect_count(self.began_with + 10)
@@ -81,12 +101,11 @@ class StorageTrouble(DesktopTest):
     def test_a_lock_while_it_runs_delays_the_day_but_loses_none_of_it(self):
         self.program.start()
         self.program.expect_count(self.began_with + 10)
-        other = sqlite3.connect(self.database, isolation_level=None)
-        self.addCleanup(other.close)
-        other.execute("BEGIN IMMEDIATE")
+        holder = self.lock("BEGIN IMMEDIATE")
         self.type(20)
+        time.sleep(FLUSH)
         self.program.expect_running()
-        other.execute("ROLLBACK")
+        processes.end(holder)
         self.type(5)
         self.program.quit()
         self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 35})
