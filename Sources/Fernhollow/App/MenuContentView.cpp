@@ -137,7 +137,10 @@ void MenuContentView::refresh() {
     if (address) {
         email_->setFullText(QString::fromStdString(*address));
         today_->setCount(QString::fromStdString(model_->todayCountFormatted()));
-        mainArea_->setCurrentWidget(today_);
+        if (mainArea_->currentWidget() != today_) {
+            mainArea_->setCurrentWidget(today_);
+            today_->setFocus();
+        }
         return;
     }
     signIn_->refresh();

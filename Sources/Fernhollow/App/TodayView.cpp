@@ -22,6 +22,9 @@ QLabel* makeCaption(const QString& text) {
 } // namespace
 
 TodayView::TodayView(QWidget* parent) : QWidget(parent), number_(new QLabel) {
+    // Takes the keyboard when the window opens, so that no key pressed by chance reaches a button.
+    setFocusPolicy(Qt::StrongFocus);
+    setAccessibleName(QStringLiteral("Today"));
     number_->setAlignment(Qt::AlignCenter);
     number_->setTextFormat(Qt::PlainText);
     number_->setAccessibleDescription(QStringLiteral("Key presses today"));

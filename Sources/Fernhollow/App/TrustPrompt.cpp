@@ -2,6 +2,7 @@
 
 #include "Support/DebugLog.h"
 
+#include <QIcon>
 #include <QMessageBox>
 
 namespace fernhollow {
@@ -13,6 +14,7 @@ void showTrustPrompt(const TrustProblem& problem) {
                         QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
     message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
     message->setAttribute(Qt::WA_DeleteOnClose);
+    message->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
     message->setModal(false);
     message->show();
 }
