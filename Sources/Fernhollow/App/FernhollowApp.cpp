@@ -21,10 +21,17 @@ using namespace std::chrono_literals;
 // A session manager kills what has not ended after some seconds.
 constexpr auto lastFlushLimit = 3s;
 
-void flushNow() {
-    const auto& model = AppStateHolder::shared().model;
-    if (model && !model->flushNow(lastFlushLimit)) {
+bool flush(AppModel& model) {
+    const bool isWritten = model.flushNow(lastFlushLimit);
+    if (!isWritten) {
         debugLog("[FernhollowApp] The last presses could not be written in time");
+    }
+    return isWritten;
+}
+
+void flushNow() {
+    if (const auto& model = AppStateHolder::shared().model) {
+        flush(*model);
     }
 }
 
@@ -45,13 +52,14 @@ FernhollowApp::FernhollowApp()
 }
 
 FernhollowApp::~FernhollowApp() {
-    flushNow();
+    model_->shutDown();
+    // A task under way waits for the store some few times; each turn ends one such wait.
+    for (int turn = 0; turn < 8 && flush(*model_); ++turn) {
+        QCoreApplication::sendPostedEvents();
+    }
+    tasks_.stop();
     AppStateHolder::shared() = {};
     MainWindowController::shared().close();
-    model_->shutDown();
-    tasks_.stop();
-    // Lets the tasks that waited for those last writes come to their end.
-    QCoreApplication::sendPostedEvents();
 }
 
 } // namespace fernhollow

@@ -95,8 +95,8 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
 
     FernhollowApp fernhollow;
     AppDelegate& delegate = fernhollow.delegate();
-    const TerminationSignals signals_;
-    QObject::connect(&signals_, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    const TerminationSignals termination;
+    QObject::connect(&termination, &TerminationSignals::received, &application, &QCoreApplication::quit);
     QObject::connect(&instance, &SingleInstance::requested, &delegate, [&delegate](InstanceRequest request) {
         switch (request) {
         case InstanceRequest::activate:
