@@ -67,8 +67,11 @@ build() {
     local command=(cmake --build --preset "$preset")
     [ $# -lt 2 ] || command+=(--target "$2")
     # A terminal shows one line that moves; elsewhere a line for every file would bury what matters.
-    [ -t 2 ] || command+=(-- --quiet)
-    "${command[@]}" >&2 || fail "the $preset build failed; the compiler's messages are above"
+    if [ -t 2 ]; then
+        "${command[@]}" >&2
+    else
+        "${command[@]}" -- --quiet 2>&1 | { grep -v '^ninja: no work to do' || true; } >&2
+    fi || fail "the $preset build failed; the compiler's messages are above"
 }
 
 # Qt wants UTF-8 for file names; a bare system starts in the C locale.
