@@ -1,47 +1,54 @@
 #pragma once
 
-#include <filesystem>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "Support/EventLoop.h"
+#include "Support/TemporaryHome.h"
 
-namespace fernhollow::test {
+#include <list>
+#include <sstream>
+#include <string_view>
+
+namespace fernhollow::tests {
 
 /// A home of its own with an environment that names no display, no session and no locale; both are as
 /// they were afterwards.
-class Surroundings {
+class Surroundings : public TemporaryHome {
 public:
-    Surroundings();
-    Surroundings(const Surroundings&) = delete;
-    Surroundings& operator=(const Surroundings&) = delete;
-    ~Surroundings();
+    Surroundings() {
+        for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "XDG_DATA_HOME",
+                                     "XDG_DATA_DIRS", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+            set(variable, std::nullopt);
+        }
+    }
 
-    void set(const char* variable, const std::string& value);
-    const std::filesystem::path& home() const { return home_; }
+    void set(const char* variable, std::optional<std::string> value) {
+        guards_.emplace_front(variable, std::move(value)); // the first guard, the last to go, knows the old
+    }
 
     /// Writes a file below the home, with the folders above it.
-    std::filesystem::path write(const std::filesystem::path& below, std::string_view text) const;
+    void write(const std::filesystem::path& below, std::string_view text) const {
+        std::filesystem::create_directories((path() / below).parent_path());
+        std::ofstream(path() / below, std::ios::binary) << text;
+    }
 
     /// How many lines of the debug log contain `text`.
-    int logged(std::string_view text) const;
+    int logged(std::string_view text) const {
+        std::istringstream lines(log());
+        int count = 0;
+        for (std::string line; std::getline(lines, line);) {
+            count += line.find(text) != std::string::npos ? 1 : 0;
+        }
+        return count;
+    }
 
 private:
-    struct Saved {
-        std::string variable;
-        bool present;
-        std::string value;
-    };
-    void save(const char* variable);
-
-    std::filesystem::path home_;
-    std::vector<Saved> saved_;
+    std::list<EnvironmentGuard> guards_;
 };
 
-/// Runs the event loop until `condition` holds; false when it does not within a generous time.
-bool eventually(const std::function<bool()>& condition);
-
 /// Runs the event loop until nothing more comes.
-void settle();
+inline void settle() {
+    const QDeadlineTimer end(100);
+    waitUntil([&] { return end.hasExpired(); });
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
 
-} // namespace fernhollow::test
+} // namespace fernhollow::tests

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Support/EventLoop.h"
+
 #include <QDBusConnection>
-#include <QObject>
-#include <QStringList>
-#include <QVariantMap>
+#include <QDBusMessage>
+#include <QDBusPendingReply>
 
 #include <map>
-#include <string>
 
 namespace fernhollow::tests {
 
@@ -14,41 +14,63 @@ namespace fernhollow::tests {
 class FakeNotifierHost : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hasHost)
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered MEMBER hasHost_)
 
 public:
-    explicit FakeNotifierHost(bool withHost = true);
-    ~FakeNotifierHost() override;
+    explicit FakeNotifierHost(bool withHost = true) : hasHost_(withHost) {
+        bus_.registerObject(u"/StatusNotifierWatcher"_qs, this,
+                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                                QDBusConnection::ExportAllProperties);
+        bus_.registerService(u"org.kde.StatusNotifierWatcher"_qs);
+        bus_.connect({}, itemPath, itemInterface, {}, this, SLOT(hear(QDBusMessage)));
+    }
+    ~FakeNotifierHost() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
-    bool hasHost() const { return hasHost_; }
-    void setHost(bool present);
+    void setHost(bool present) {
+        hasHost_ = present;
+        present ? Q_EMIT StatusNotifierHostRegistered() : Q_EMIT StatusNotifierHostUnregistered();
+    }
+
+    /// All properties of the item registered last, as a host asks for them.
+    QVariantMap properties() {
+        const QDBusPendingReply<QVariantMap> reply =
+            call(u"org.freedesktop.DBus.Properties"_qs, u"GetAll"_qs, {itemInterface});
+        return waitUntil([&] { return reply.isFinished(); }) ? reply.value() : QVariantMap();
+    }
+    QDBusPendingCall call(const QString& interface, const QString& method, const QVariantList& arguments) {
+        auto message = QDBusMessage::createMethodCall(items.last(), itemPath, interface, method);
+        message.setArguments(arguments);
+        return bus_.asyncCall(message);
+    }
 
     /// The services that registered, in order.
     QStringList items;
 
     /// How often each signal of the item came, and the last label.
-    std::map<std::string, int> signalCounts;
+    std::map<QString, int> signalCounts;
     QString label;
 
-    /// All properties of the item registered last, as a host asks for them.
-    QVariantMap properties();
-    void call(const QString& method, const QVariantList& arguments);
+    const QString itemPath = u"/StatusNotifierItem"_qs;
+    const QString itemInterface = u"org.kde.StatusNotifierItem"_qs;
 
 public Q_SLOTS:
-    void RegisterStatusNotifierItem(const QString& service);
+    void RegisterStatusNotifierItem(const QString& service) { items.append(service); }
 
 Q_SIGNALS:
     void StatusNotifierHostRegistered();
     void StatusNotifierHostUnregistered();
 
 private:
-    Q_SLOT void newTitle() { ++signalCounts["NewTitle"]; }
-    Q_SLOT void newIcon() { ++signalCounts["NewIcon"]; }
-    Q_SLOT void newToolTip() { ++signalCounts["NewToolTip"]; }
-    Q_SLOT void newLabel(const QString& text, const QString& guide);
+    Q_SLOT void hear(const QDBusMessage& signal) {
+        ++signalCounts[signal.member()];
+        if (signal.member() == u"XAyatanaNewLabel") {
+            label = signal.arguments().first().toString();
+        }
+    }
 
-    QString name_;
-    QDBusConnection bus_;
+    inline static int count_ = 0;
+    QDBusConnection bus_ =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"fake-host-%1"_qs.arg(++count_));
     bool hasHost_;
 };
 
