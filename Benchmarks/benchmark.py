@@ -24,13 +24,18 @@ PARTS = {
 
 def machine():
     cpu = re.search(r"^model name\s*:\s*(.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.MULTILINE)
-    git = ["git", "-C", TOP, "rev-parse", "--short", "HEAD"]
-    commit = subprocess.run(git, capture_output=True, text=True, check=False).stdout.strip()
+    commit = _git("rev-parse", "--short", "HEAD").stdout.strip() or "unknown"
+    if _git("diff", "--quiet", "HEAD", "--", "Sources", "Benchmarks").returncode != 0:
+        commit += " with changes"
     system = platform.freedesktop_os_release()["PRETTY_NAME"]
     return (
-        f"{datetime.date.today()}, commit {commit or 'unknown'}; {cpu[1] if cpu else platform.machine()}, "
+        f"{datetime.date.today()}, commit {commit}; {cpu[1] if cpu else platform.machine()}, "
         f"{os.cpu_count()} cores; Linux {platform.release()}, {system}"
     )
+
+
+def _git(*arguments):
+    return subprocess.run(["git", "-C", TOP, *arguments], capture_output=True, text=True, check=False)
 
 
 def parse():

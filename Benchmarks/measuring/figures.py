@@ -48,6 +48,8 @@ class Figure:
     budget: Budget = None
 
     def ratio(self):
+        if self.budget and not self.budget.factor:
+            return ""
         return f"{self.program.median / self.floor.median:.2f}" if self.floor and self.floor.median else ""
 
     def verdict(self):
