@@ -90,7 +90,7 @@ TEST_F(ChangingAccounts, KeepsTheDeviceIdentifierForGood) {
     start();
     const auto first = KeychainStore::readString("deviceId").value();
     EXPECT_THAT(first, MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
-    model_->shutDown();
+    model_->shutDown(std::chrono::seconds(10));
     start();
     EXPECT_EQ(KeychainStore::readString("deviceId"), first);
 }

@@ -24,7 +24,10 @@ const DayKey tomorrow("2026-03-06");
 
 class Tracker : public testing::Test {
 protected:
-    ~Tracker() override { tasks_.stop(); }
+    ~Tracker() override {
+        tasks_.stop();
+        await(tracker_->refreshFromDisk()); // whatever is under way ends before what it stands on
+    }
 
     void press(const std::string& app, int times = 1) {
         for (int i = 0; i < times; ++i) {

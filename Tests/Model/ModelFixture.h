@@ -46,10 +46,13 @@ protected:
 
     void shutDown() {
         if (model_) {
-            model_->shutDown();
-            model_.reset();
+            model_->shutDown(std::chrono::seconds(10));
+            tasks_.stop();
+            // What is still under way, for an account that was left, ends before what it stands on.
+            const std::weak_ptr<AppTracker> tracker = model_->appTracker().weak_from_this();
+            const std::weak_ptr<AppModel> model = std::exchange(model_, nullptr);
+            EXPECT_TRUE(waitUntil([&] { return model.expired() && tracker.expired(); }));
         }
-        tasks_.stop();
     }
 
     void press(std::int64_t times, const std::string& app = "org.a") {

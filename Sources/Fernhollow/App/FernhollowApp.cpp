@@ -8,7 +8,6 @@
 #include "Model/AppModel.h"
 #include "Support/DebugLog.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 
 #include <cstdlib>
@@ -21,17 +20,15 @@ using namespace std::chrono_literals;
 // A session manager kills what has not ended after some seconds.
 constexpr auto lastFlushLimit = 3s;
 
-bool flush(AppModel& model) {
-    const bool isWritten = model.flushNow(lastFlushLimit);
+void logUnless(bool isWritten) {
     if (!isWritten) {
         debugLog("[FernhollowApp] The last presses could not be written in time");
     }
-    return isWritten;
 }
 
 void flushNow() {
     if (const auto& model = AppStateHolder::shared().model) {
-        flush(*model);
+        logUnless(model->flushNow(lastFlushLimit));
     }
 }
 
@@ -52,11 +49,7 @@ FernhollowApp::FernhollowApp()
 }
 
 FernhollowApp::~FernhollowApp() {
-    model_->shutDown();
-    // A task under way waits for the store some few times; each turn ends one such wait.
-    for (int turn = 0; turn < 8 && flush(*model_); ++turn) {
-        QCoreApplication::sendPostedEvents();
-    }
+    logUnless(model_->shutDown(lastFlushLimit));
     tasks_.stop();
     AppStateHolder::shared() = {};
     MainWindowController::shared().close();

@@ -10,6 +10,7 @@
 #include "Support/DebugLog.h"
 #include "Support/TaskScope.h"
 
+#include <QCoreApplication>
 #include <QUuid>
 
 #include <exception>
@@ -54,7 +55,7 @@ AppModel::AppModel(Surroundings surroundings)
       deviceId_(readOrCreateDeviceId()) {}
 
 AppModel::~AppModel() {
-    shutDown();
+    stopLoops();
 }
 
 void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
@@ -96,7 +97,19 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
     tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });
 }
 
-void AppModel::shutDown() {
+bool AppModel::shutDown(std::chrono::milliseconds limit) {
+    // A task under way waits for the store some few times; each turn ends one such wait.
+    constexpr int turns = 8;
+    stopLoops();
+    bool isWritten = true;
+    for (int turn = 0; turn < turns && isWritten; ++turn) {
+        isWritten = flushNow(limit);
+        QCoreApplication::sendPostedEvents();
+    }
+    return isWritten;
+}
+
+void AppModel::stopLoops() {
     for (auto& loop : {std::exchange(flushTask_, {}), std::exchange(refreshTask_, {})}) {
         if (loop) {
             std::stop_source(*loop).request_stop();

@@ -67,12 +67,14 @@ public:
     /// was not enough. For the end of the program or of the desktop session: no event loop is needed.
     bool flushNow(std::chrono::milliseconds limit);
 
-    /// Ends the loops and the monitoring.
-    void shutDown();
+    /// Ends the loops and the monitoring, writes what is left and lets the tasks that are under way come
+    /// to their end; false when `limit` was not enough.
+    bool shutDown(std::chrono::milliseconds limit);
 
 private:
     explicit AppModel(Surroundings surroundings);
 
+    void stopLoops();
     void begin(const KeyPressMonitor::Factory& makeMonitor);
     bool rolloverIfNeeded();
     void startFlushLoop();
