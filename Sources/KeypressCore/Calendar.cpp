@@ -78,6 +78,12 @@ Calendar& Calendar::operator=(const Calendar& other) {
     return *this = Calendar(other);
 }
 
+Calendar Calendar::snapshot() const {
+    Calendar calendar;
+    calendar.working_.reset(current().clone());
+    return calendar;
+}
+
 icu::GregorianCalendar& Calendar::current() const {
     if (system_) {
         if (auto zone = system_->changedZone()) {
@@ -112,10 +118,6 @@ Instant Calendar::startOfDay(Instant instant) const {
     auto& calendar = at(instant);
     setTimeOfDay(calendar, 0, 0, 0);
     return time(calendar).value_or(instant);
-}
-
-bool Calendar::isSameDay(Instant a, Instant b) const {
-    return startOfDay(a) == startOfDay(b);
 }
 
 std::optional<Instant> Calendar::date(const Components& components) const {

@@ -30,6 +30,9 @@ public:
     /// The calendar of the system's time zone, which follows every change of it.
     static Calendar autoupdatingCurrent();
 
+    /// The calendar of the zone that this one is in now, for many steps without a look at the system.
+    Calendar snapshot() const;
+
     /// The calendar of the zone with the IANA name `zone`; an unknown name stands for UTC.
     explicit Calendar(std::string_view zone);
 
@@ -44,7 +47,6 @@ public:
 
     /// The first instant of the day, which is not midnight where a clock change skips midnight.
     Instant startOfDay(Instant instant) const;
-    bool isSameDay(Instant a, Instant b) const;
 
     /// The instant that the components describe; numbers out of range are carried over leniently.
     /// A time that a clock change skips or repeats gives the next existing or the first one.

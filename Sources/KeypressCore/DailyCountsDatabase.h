@@ -3,6 +3,7 @@
 #include "KeypressCore/Records.h"
 #include "KeypressCore/SQLiteConnection.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -22,6 +23,8 @@ class DailyCountsDatabase {
 public:
     /// Opens the file, in write-ahead-log mode, and creates the tables that are missing.
     explicit DailyCountsDatabase(const std::filesystem::path& file);
+
+    void setPatience(std::chrono::milliseconds patience) { connection_.setPatience(patience); }
 
     void increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
     void incrementHourly(const DayKey& day, int hour, std::int64_t by, std::int64_t updatedAt);

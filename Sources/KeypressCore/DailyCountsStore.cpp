@@ -90,6 +90,10 @@ Future<std::optional<std::string>> DailyCountsStore::getAppName(std::string bund
         [db = database_.get(), bundleId = std::move(bundleId)] { return db->getAppName(bundleId); });
 }
 
+void DailyCountsStore::setPatience(std::chrono::milliseconds patience) {
+    executor_.run([db = database_.get(), patience] { db->setPatience(patience); });
+}
+
 bool DailyCountsStore::waitUntilIdle(std::chrono::milliseconds limit) {
     return executor_.waitUntilIdle(limit);
 }

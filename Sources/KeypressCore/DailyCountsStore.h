@@ -66,7 +66,11 @@ public:
     /// Nothing when the application is unknown.
     Future<std::optional<std::string>> getAppName(std::string bundleId);
 
-    /// Blocks until everything asked for so far is done; false when that takes longer than `limit`.
+    /// How long an operation asked for from now on waits for a lock that another process holds.
+    void setPatience(std::chrono::milliseconds patience);
+
+    /// Blocks until everything asked for so far is done, and lets those who await it go on; false when
+    /// that takes longer than `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 
     /// The folder "Fernhollow" in the user's data directory. Does not create it.

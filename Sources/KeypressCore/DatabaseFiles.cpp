@@ -39,6 +39,7 @@ void copyWhole(const fs::path& from, const fs::path& to) {
     const fs::path partial = withSuffix(to, ".partial");
     try {
         fs::copy_file(from, partial, fs::copy_options::overwrite_existing);
+        fs::permissions(partial, fs::perms::owner_read | fs::perms::owner_write);
         fs::rename(partial, to);
     } catch (const fs::filesystem_error&) {
         std::error_code ignored;

@@ -31,7 +31,7 @@ std::optional<int> number(std::string_view text) {
 } // namespace
 
 DayKey::DayKey(Instant instant, const Calendar& calendar) {
-    const auto day = calendar.components(calendar.startOfDay(instant));
+    const auto day = calendar.components(instant);
     std::array<char, 40> text{};
     const int length =
         std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", day.year, day.month, day.day);

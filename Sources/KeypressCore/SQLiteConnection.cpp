@@ -9,8 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Long enough for another process's short transaction, such as a backup's.
-constexpr auto busyPatience = 500ms;
 constexpr auto busyPollInterval = 10ms;
 constexpr auto impatience = 5s;
 
@@ -42,12 +40,17 @@ int SQLiteConnection::onBusy(void* self, int attempts) {
     if (now < connection.impatientUntil_) {
         return 0;
     }
-    if (attempts * busyPollInterval >= busyPatience) {
+    if (attempts * busyPollInterval >= connection.patience_) {
         connection.impatientUntil_ = now + impatience;
         return 0;
     }
     sqlite3_sleep(static_cast<int>(busyPollInterval.count()));
     return 1;
+}
+
+void SQLiteConnection::setPatience(std::chrono::milliseconds patience) {
+    patience_ = patience;
+    impatientUntil_ = {};
 }
 
 void SQLiteConnection::exec(const char* sql) {
@@ -140,14 +143,13 @@ Transaction::~Transaction() {
     try {
         connection_.exec("ROLLBACK;");
     } catch (const DailyCountsStoreError&) {
-        // The failure that brought us here is under way, and SQLite may have rolled back by itself.
-        isOpen_ = false;
+        return; // the failure that brought us here is under way, and SQLite may have rolled back by itself
     }
 }
 
 void Transaction::commit() {
-    isOpen_ = false;
     connection_.exec("COMMIT;");
+    isOpen_ = false;
 }
 
 } // namespace fernhollow

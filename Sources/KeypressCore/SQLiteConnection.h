@@ -26,6 +26,9 @@ public:
     SQLiteConnection(const SQLiteConnection&) = delete;
     SQLiteConnection& operator=(const SQLiteConnection&) = delete;
 
+    /// How long a statement waits for another process's lock from now on, the next one in any case.
+    void setPatience(std::chrono::milliseconds patience);
+
     /// Runs statements that give no rows.
     void exec(const char* sql);
 
@@ -42,6 +45,7 @@ private:
     static int onBusy(void* self, int attempts);
 
     std::unique_ptr<sqlite3, Close> db_;
+    std::chrono::milliseconds patience_{500}; // enough for a short transaction, such as a backup's
     std::chrono::steady_clock::time_point impatientUntil_{};
 };
 

@@ -78,6 +78,19 @@ TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
     EXPECT_EQ(storedCount(today), 5);
 }
 
+TEST_F(Counting, TriesOnceMoreAtTheEndWhateverWasLockedBefore) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    press(3);
+    flush(); // waits in vain
+    EXPECT_FALSE(model_->flushNow(100ms));
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] 3 presses of 2026-03-05 are not written to "));
+    sqlite3_close(other);
+    EXPECT_TRUE(model_->flushNow(10s));
+    EXPECT_EQ(storedCount(today), 3);
+}
+
 TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
     clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 23}));
     press(7);

@@ -31,7 +31,7 @@ protected:
 
     void press(const std::string& app, int times = 1) {
         for (int i = 0; i < times; ++i) {
-            tracker_->recordKeystroke(app, "Name of " + app);
+            tracker_->recordKeystroke(app, "Name of " + app, clock_.now());
         }
     }
 
@@ -59,7 +59,7 @@ TEST_F(Tracker, ShowsPressesAtOnceByHourAndApplication) {
     // Equal counts keep their order: org.b was ahead when org.a caught up.
     EXPECT_THAT(tracker_->todayAppTotals.get(), ElementsAre(Total{"org.b", "Name of org.b", 2, false},
                                                             Total{"org.a", "Name of org.a", 2, false}));
-    tracker_->recordKeystroke("org.a", "New name");
+    tracker_->recordKeystroke("org.a", "New name", clock_.now());
     EXPECT_THAT(tracker_->todayAppTotals.get().front(), (Total{"org.a", "New name", 3, false}));
 }
 

@@ -55,6 +55,9 @@ void AppDelegate::setupStatusItem() {
 
 // Somebody who has not signed in yet, or who has no status bar, would otherwise see nothing happen.
 void AppDelegate::openWindowUnlessReachable() {
+    if (MainWindowController::shared().hasBeenShown()) {
+        return;
+    }
     const auto& account = AppStateHolder::shared().account;
     if (!statusItem_->isShown() || (account && !account->email())) {
         activate();

@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <optional>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -41,7 +42,11 @@ CommandLine parse(int argc, char** argv) {
                        "window. Starts Fernhollow if it does not run."));
     const QCommandLineOption quit(
         QStringLiteral("quit"), QStringLiteral("End the Fernhollow that runs, and wait until it has ended."));
-    parser.addOptions({help, version, toggle, quit});
+    // Session managers start a saved session's programs with this; the toolkit reads it.
+    QCommandLineOption session(QStringLiteral("session"), {}, QStringLiteral("id"));
+    session.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.addOptions({help, version, toggle, quit, session});
 
     if (!parser.parse(QCoreApplication::arguments()) || !parser.positionalArguments().isEmpty()) {
         const QString error =
@@ -65,13 +70,19 @@ CommandLine parse(int argc, char** argv) {
     return {.request = parser.isSet(toggle) ? std::optional(InstanceRequest::toggle) : std::nullopt};
 }
 
-int handToRunningInstance(int argc, char** argv, SingleInstance& instance, InstanceRequest request) {
+bool handToRunningInstance(int argc, char** argv, SingleInstance& instance, InstanceRequest request) {
     const QCoreApplication application(argc, argv);
-    if (instance.send(request)) {
-        return EXIT_SUCCESS;
-    }
-    std::fputs("fernhollow: it runs already but does not answer\n", stderr);
-    return EXIT_FAILURE;
+    return instance.send(request);
+}
+
+// A core dump, or another program that attaches to this one, could see what the display server has just
+// delivered.
+void keepMemoryPrivate() {
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+#ifdef NDEBUG // debuggers and the leak sanitizer attach to the other builds
+    ::prctl(PR_SET_DUMPABLE, 0);
+#endif
 }
 
 bool hasDisplay() {
@@ -107,6 +118,7 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
             return QCoreApplication::quit();
         }
     });
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &instance, &SingleInstance::stopListening);
     instance.listen();
     delegate.applicationDidFinishLaunching();
     if (showWindow) {
@@ -120,9 +132,7 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
 int launch(int argc, char** argv) {
     TerminationSignals::block();
     ::umask(077); // what this program writes is for its user alone
-    // A core dump could hold what the display server just delivered.
-    const rlimit noCore{0, 0};
-    ::setrlimit(RLIMIT_CORE, &noCore);
+    keepMemoryPrivate();
 
     const CommandLine command = parse(argc, argv);
     if (command.exitCode) {
@@ -130,8 +140,14 @@ int launch(int argc, char** argv) {
     }
     SingleInstance instance;
     if (!instance.acquire()) {
-        return handToRunningInstance(argc, argv, instance,
-                                     command.request.value_or(InstanceRequest::activate));
+        const auto request = command.request.value_or(InstanceRequest::activate);
+        if (handToRunningInstance(argc, argv, instance, request)) {
+            return EXIT_SUCCESS;
+        }
+        if (!instance.acquire()) { // it may have been about to end
+            std::fputs("fernhollow: it runs already but does not answer\n", stderr);
+            return EXIT_FAILURE;
+        }
     }
     if (command.request == InstanceRequest::quit) {
         std::puts("Fernhollow is not running.");

@@ -48,9 +48,7 @@ void MainWindowController::show(const std::shared_ptr<AppModel>& model,
     if (!window_) {
         createWindow(model, account);
     }
-    if (window_->isMinimized()) {
-        window_->showNormal();
-    }
+    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->show();
     window_->raise();
     window_->activateWindow();

@@ -19,6 +19,9 @@ public:
     void toggle(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
     void show(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
 
+    /// Whether the window has been shown in this run.
+    bool hasBeenShown() const { return window_ != nullptr; }
+
     /// Destroys the window, at the end of the program.
     void close();
 

@@ -51,7 +51,7 @@ QWidget* SignInView::makeFields() {
                                 Qt::ImhNoPredictiveText);
     email_->setFont(Theme::font(Theme::TextStyle::body));
     connect(email_, &QLineEdit::returnPressed, this, &SignInView::submit);
-    connect(email_, &QLineEdit::textEdited, this, [this] {
+    connect(email_, &QLineEdit::textChanged, this, [this] {
         refusal_.clear(); // what is being mended is no longer wrong
         refresh();
     });
@@ -106,7 +106,6 @@ QCoro::Task<> SignInView::signIn(std::shared_ptr<AccountManager> account, QStrin
     QString refusal;
     try {
         co_await account->verifyEmail(email.toStdString());
-        email.clear();
     } catch (const AccountManager::AccountError& error) {
         refusal = QString::fromUtf8(error.what());
     }

@@ -1,5 +1,6 @@
 #include "App/SingleInstance.h"
 
+#include "KeypressCore/DailyCountsStore.h"
 #include "Support/DebugLog.h"
 #include "Support/UserDirectories.h"
 
@@ -31,13 +32,25 @@ constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{
      {InstanceRequest::quit, "quit"}}};
 constexpr const char* accepted = "ok\n";
 
-fs::path dataFolder() {
-    return applicationSupportDirectory() / "Fernhollow";
+fs::path runtimeFolder() {
+    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder != nullptr && *folder == '/') {
+        return folder;
+    }
+    std::error_code error;
+    if (fs::path folder = "/run/user/" + std::to_string(::getuid()); fs::is_directory(folder, error)) {
+        return folder;
+    }
+    return "/tmp";
 }
 
-fs::path runtimeFolder() {
-    const char* folder = std::getenv("XDG_RUNTIME_DIR");
-    return folder != nullptr && *folder == '/' ? fs::path(folder) : fs::temp_directory_path();
+/// The folder whose counts are ours, or nothing where the user has no home.
+fs::path dataFolder() {
+    try {
+        return DailyCountsStore::databaseDirectory();
+    } catch (const fs::filesystem_error& error) {
+        debugLog(std::string("[SingleInstance] ") + error.what());
+        return {};
+    }
 }
 
 /// The same for every start with the same data folder, short enough for a socket's name.
@@ -54,11 +67,13 @@ QString socketName() {
 /// In the data folder; where that cannot be written to, beside the socket.
 std::vector<fs::path> lockFiles() {
     std::vector<fs::path> files;
-    try {
-        createPrivateDirectories(dataFolder());
-        files.push_back(dataFolder() / "fernhollow.lock");
-    } catch (const fs::filesystem_error& error) {
-        debugLog(std::string("[SingleInstance] ") + error.what());
+    if (const fs::path folder = dataFolder(); !folder.empty()) {
+        try {
+            createPrivateDirectories(folder);
+            files.push_back(folder / "fernhollow.lock");
+        } catch (const fs::filesystem_error& error) {
+            debugLog(std::string("[SingleInstance] ") + error.what());
+        }
     }
     files.push_back(runtimeFolder() / (instanceName() + ".lock"));
     return files;
@@ -90,8 +105,11 @@ bool SingleInstance::acquire() {
         if (::flock(lock_, LOCK_EX | LOCK_NB) == 0) {
             return true;
         }
+        const bool isTaken = errno == EWOULDBLOCK;
         ::close(std::exchange(lock_, -1));
-        return false;
+        if (isTaken) {
+            return false;
+        } // else the file system knows no locks
     }
     debugLog("[SingleInstance] No place for a lock file; a second start would not be noticed");
     return true;

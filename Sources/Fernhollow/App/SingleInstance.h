@@ -28,9 +28,11 @@ public:
 
     /// Takes requests; only after acquire().
     void listen();
+    /// Takes no more requests; who waits for the end of the program still hears of it.
+    void stopListening() { server_.close(); }
 
-    /// Hands a request to the process that runs and waits until it is carried out, for `quit` until
-    /// that process has ended; false when it does not answer. No event loop is needed.
+    /// Hands a request to the process that runs and waits until it has taken it, for `quit` until it has
+    /// ended; false when it does not answer. No event loop is needed.
     bool send(InstanceRequest request);
 
 Q_SIGNALS:

@@ -100,8 +100,8 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
 bool AppModel::shutDown(std::chrono::milliseconds limit) {
     // A task under way waits for the store some few times; each turn ends one such wait.
     constexpr int turns = 8;
+    bool isWritten = flushNow(limit); // first of all: a display that does not answer may hold up the rest
     stopLoops();
-    bool isWritten = true;
     for (int turn = 0; turn < turns && isWritten; ++turn) {
         isWritten = flushNow(limit);
         QCoreApplication::sendPostedEvents();

@@ -63,12 +63,13 @@ public:
     QCoro::Task<> flushPending();
     QCoro::Task<> refreshFromDisk();
 
-    /// Writes everything that is not on the disk yet and waits for it, at most `limit`; false when that
-    /// was not enough. For the end of the program or of the desktop session: no event loop is needed.
+    /// Writes everything that is not on the disk yet and waits for it, at most `limit`; false when not
+    /// all of it could be written. For the end of the program or of the desktop session: no event loop is
+    /// needed.
     bool flushNow(std::chrono::milliseconds limit);
 
     /// Ends the loops and the monitoring, writes what is left and lets the tasks that are under way come
-    /// to their end; false when `limit` was not enough.
+    /// to their end; false when not all of it could be written within `limit`.
     bool shutDown(std::chrono::milliseconds limit);
 
 private:
@@ -76,7 +77,7 @@ private:
 
     void stopLoops();
     void begin(const KeyPressMonitor::Factory& makeMonitor);
-    bool rolloverIfNeeded();
+    bool rolloverIfNeeded(Instant now);
     void startFlushLoop();
     void startRefreshLoop();
     void refreshKeyboardMonitorState();
@@ -92,7 +93,8 @@ private:
     static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
                                      std::int64_t count);
     static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
-    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, DayKey day, std::int64_t count);
+    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, std::shared_ptr<DailyCountsStore> store,
+                                   DayKey day, std::int64_t count);
 
     Clock& clock_;
     TaskScope& tasks_;

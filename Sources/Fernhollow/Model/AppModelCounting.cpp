@@ -18,6 +18,9 @@ using namespace std::chrono_literals;
 // The most that a crash costs the daily table, against one write of it per press.
 constexpr auto flushInterval = 15s;
 
+// For locks of other processes while the program runs: presses must not queue up behind one.
+constexpr auto usualPatience = 500ms;
+
 } // namespace
 
 std::string AppModel::menuBarTitle() const {
@@ -32,7 +35,8 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
     if (count < 1) {
         return;
     }
-    rolloverIfNeeded();
+    const Instant now = clock_.now(); // one for all, or a press at midnight could count for two days
+    rolloverIfNeeded(now);
     if (isPaused.get()) {
         return;
     }
@@ -40,9 +44,9 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
     todayCount.set(todayCount.get() + count);
     todayCountAggregated.set(todayCountAggregated.get() + count);
     for (std::int64_t press = 0; press < count; ++press) {
-        appTracker_->recordKeystroke(appInfo.bundleId, appInfo.appName);
+        appTracker_->recordKeystroke(appInfo.bundleId, appInfo.appName, now);
     }
-    const int hour = calendar_.hour(clock_.now());
+    const int hour = calendar_.hour(now);
     tasks_.start([self = shared_from_this(), day = currentDay_, hour, count](std::stop_token) {
         return writeHourly(self, day, hour, count);
     });
@@ -67,7 +71,7 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
 
 QCoro::Task<> AppModel::flushPending() {
     const auto self = shared_from_this();
-    rolloverIfNeeded();
+    rolloverIfNeeded(clock_.now());
     co_await appTracker_->flushPending();
     if (pending_ >= 1) {
         co_await writeDaily(self, std::exchange(pending_, 0));
@@ -85,20 +89,35 @@ QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t 
     ++self->dailyWrites_;
     try {
         co_await store->increment(day, count, unixSeconds(self->clock_.now()));
-    } catch (const DailyCountsStoreError&) {
+    } catch (const DailyCountsStoreError& error) {
         if (store == self->store_ &&
             day == self->currentDay_) { // else `pending` is another day's or account's
             self->pending_ += count;
+        } else {
+            debugLog("[AppModel] " + std::to_string(count) + " presses of " + day.rawValue +
+                     " were not written to " + store->url().native() + ": " + error.what());
         }
     }
 }
 
 bool AppModel::flushNow(std::chrono::milliseconds limit) {
+    if (store_) {
+        store_->setPatience(limit); // there is no later try
+    }
     tasks_.beginWaiting();
     appTracker_->flushPending();
     writeDaily(shared_from_this(), std::exchange(pending_, 0));
     tasks_.beginWaiting(); // what the above started, the last writes of a day that has just ended
-    return !store_ || store_->waitUntilIdle(limit);
+    if (!store_) {
+        return true;
+    }
+    const bool isIdle = store_->waitUntilIdle(limit);
+    store_->setPatience(usualPatience);
+    if (pending_ > 0) { // came back from a write that failed
+        debugLog("[AppModel] " + std::to_string(pending_) + " presses of " + currentDay_.rawValue +
+                 " are not written to " + store_->url().native());
+    }
+    return isIdle && pending_ == 0;
 }
 
 void AppModel::startFlushLoop() {

@@ -23,8 +23,8 @@ constexpr int historyDays = 30;
 } // namespace
 
 // Any other day is a new day, also an earlier one: the clock or the time zone was set back.
-bool AppModel::rolloverIfNeeded() {
-    DayKey today(clock_.now(), calendar_);
+bool AppModel::rolloverIfNeeded(Instant now) {
+    DayKey today(now, calendar_);
     if (today == currentDay_) {
         return false;
     }
@@ -33,14 +33,15 @@ bool AppModel::rolloverIfNeeded() {
     const std::int64_t oldPending = std::exchange(pending_, 0);
     todayCount.set(0);
     todayCountAggregated.set(0);
-    tasks_.start([self = shared_from_this(), oldDay, oldPending](std::stop_token) {
-        return finishDay(self, oldDay, oldPending);
+    tasks_.start([self = shared_from_this(), store = store_, oldDay, oldPending](std::stop_token) {
+        return finishDay(self, store, oldDay, oldPending);
     });
     return true;
 }
 
-QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, DayKey day, std::int64_t count) {
-    if (const auto store = self->store_; store && count >= 1) {
+QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, std::shared_ptr<DailyCountsStore> store,
+                                  DayKey day, std::int64_t count) {
+    if (store && count >= 1) {
         try {
             co_await store->increment(day, count, unixSeconds(self->clock_.now()));
         } catch (const DailyCountsStoreError& error) {
@@ -74,15 +75,19 @@ QCoro::Task<> AppModel::refreshLoop(std::shared_ptr<AppModel> self, std::stop_to
 
 QCoro::Task<> AppModel::refreshFromDisk() {
     const auto self = shared_from_this();
-    rolloverIfNeeded();
+    rolloverIfNeeded(clock_.now());
     if (!store_) {
         todayCountAggregated.set(std::max(pending_, todayCountAggregated.get()));
         co_await refreshLast30DaysFromDisk();
         co_return;
     }
-    co_await refreshTodayFromDisk();
-    co_await refreshLast30DaysFromDisk();
-    co_await appTracker_->refreshFromDisk();
+    // Asked for together, so that the store wakes up once. It answers in this order.
+    const auto today = refreshTodayFromDisk();
+    const auto history = refreshLast30DaysFromDisk();
+    const auto applications = appTracker_->refreshFromDisk();
+    co_await today;
+    co_await history;
+    co_await applications;
 }
 
 QCoro::Task<> AppModel::refreshTodayFromDisk() {
@@ -133,17 +138,18 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
 std::vector<DailyCountPoint>
 AppModel::history(Instant first, Instant today,
                   const std::unordered_map<std::string, std::int64_t>& local) const {
+    const Calendar calendar = calendar_.snapshot();
     std::vector<DailyCountPoint> points;
     if (first > today) {
         return points; // the clock stands before the first day of any history
     }
-    const int lastOffset = calendar_.wholeDays(first, today);
+    const int lastOffset = calendar.wholeDays(first, today);
     for (int offset = 0; offset <= lastOffset; ++offset) {
-        const auto date = calendar_.addingDays(first, offset);
+        const auto date = calendar.addingDays(first, offset);
         if (!date) {
             continue;
         }
-        const DayKey key(*date, calendar_);
+        const DayKey key(*date, calendar);
         std::int64_t count = 0;
         if (key == currentDay_) {
             count = todayCountAggregated.get();
@@ -152,7 +158,7 @@ AppModel::history(Instant first, Instant today,
         } else if (const auto row = local.find(key.rawValue); row != local.end()) {
             count = std::max<std::int64_t>(row->second, 0);
         }
-        points.push_back({calendar_.noon(*date).value_or(*date), count});
+        points.push_back({calendar.noon(*date).value_or(*date), count});
     }
     return points;
 }

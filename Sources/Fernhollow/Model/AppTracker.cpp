@@ -72,12 +72,12 @@ Instant AppTracker::minValidDate(const Clock& clock) {
     return date;
 }
 
-void AppTracker::recordKeystroke(const std::string& bundleId, const std::string& appName) {
+void AppTracker::recordKeystroke(const std::string& bundleId, const std::string& appName, Instant now) {
     if (ignoreSelf.get() && bundleId == applicationIdentifier) {
         return;
     }
-    rolloverIfNeeded();
-    const int hour = calendar_.hour(clock_.now());
+    rolloverIfNeeded(now);
+    const int hour = calendar_.hour(now);
     ++pending_.counts[hour][bundleId];
     pending_.names[bundleId] = appName;
     updateDisplayData(hour, bundleId, appName, 1);
@@ -166,8 +166,8 @@ QCoro::Task<> AppTracker::loadRegistry() {
 }
 
 // What the old day's buffer holds is still the old day's, and is written there.
-void AppTracker::rolloverIfNeeded() {
-    DayKey today(clock_.now(), calendar_);
+void AppTracker::rolloverIfNeeded(Instant now) {
+    DayKey today(now, calendar_);
     if (today == currentDay_) {
         return;
     }
@@ -177,14 +177,14 @@ void AppTracker::rolloverIfNeeded() {
     todayAppTotals.set({});
     Buffer old = std::exchange(pending_, {});
     if (store_ && !old.counts.empty()) {
-        tasks_.start([store = store_, old = std::move(old), oldDay, now = unixSeconds(clock_.now())](
-                         std::stop_token) { return write(store, old, oldDay, now); });
+        tasks_.start([store = store_, old = std::move(old), oldDay, updatedAt = unixSeconds(now)](
+                         std::stop_token) { return write(store, old, oldDay, updatedAt); });
     }
 }
 
 QCoro::Task<> AppTracker::refreshFromDisk() {
     const auto self = shared_from_this();
-    rolloverIfNeeded();
+    rolloverIfNeeded(clock_.now());
     const auto store = store_;
     if (!store) {
         co_return;

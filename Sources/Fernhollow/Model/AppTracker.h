@@ -60,8 +60,8 @@ public:
     /// The start of the first day of which any history is shown.
     static Instant minValidDate(const Clock& clock);
 
-    /// One press.
-    void recordKeystroke(const std::string& bundleId, const std::string& appName);
+    /// One press at `now`.
+    void recordKeystroke(const std::string& bundleId, const std::string& appName, Instant now);
 
     /// Writes the buffer to the store. The writes are on their way when this returns or first waits.
     QCoro::Task<> flushPending();
@@ -84,7 +84,7 @@ private:
                                std::int64_t now);
     static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
 
-    void rolloverIfNeeded();
+    void rolloverIfNeeded(Instant now);
     void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                            std::int64_t delta);
     void publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry);

@@ -19,12 +19,9 @@ public:
 
     std::string operator()(std::int64_t number) const;
 
-    /// The same shortened to a thousand's unit, for example "12K", as the locale writes it.
-    std::string compact(std::int64_t number) const;
-
 private:
-    struct Formatters;
-    std::unique_ptr<Formatters> formatters_;
+    struct Formatter;
+    std::unique_ptr<Formatter> formatter_;
 };
 
 } // namespace fernhollow

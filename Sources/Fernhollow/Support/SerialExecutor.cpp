@@ -37,7 +37,9 @@ SerialExecutor::SerialExecutor() {
 }
 
 bool SerialExecutor::waitUntilIdle(std::chrono::milliseconds limit) {
-    return pool_.waitForDone(static_cast<int>(limit.count()));
+    const bool isIdle = pool_.waitForDone(static_cast<int>(limit.count()));
+    QCoreApplication::sendPostedEvents(detail::deliveriesOfThisThread().get());
+    return isIdle;
 }
 
 } // namespace fernhollow

@@ -27,7 +27,8 @@ public:
         return Future<Result>(std::move(state));
     }
 
-    /// Blocks until everything asked for so far is done; false when that takes longer than `limit`.
+    /// Blocks until everything asked for so far is done, and lets those of this thread who await it go
+    /// on; false when that takes longer than `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 
 private:

@@ -16,8 +16,8 @@ QCoro::Task<> noTask();
 ///
 /// A task begins after the handler that asked for it has returned, in the order of the requests. What
 /// escapes from a task goes to the debug log. Destroying the scope, or stop(), drops the tasks that
-/// have not begun and requests a stop of the others, whose sleeps end at once. A task must own, or
-/// share in owning, what it uses: its body hands everything on by value.
+/// have not begun and requests a stop of the others, which ends the sleeps that watch for it. A task must
+/// own, or share in owning, what it uses: its body hands everything on by value.
 class TaskScope : public QObject {
 public:
     using Body = std::function<QCoro::Task<>(std::stop_token)>;
@@ -30,7 +30,7 @@ public:
     /// Begins the waiting tasks now instead of in the next turn of the event loop.
     void beginWaiting();
 
-    /// No task begins any more; those that sleep end before this returns.
+    /// No task begins any more; those whose sleep watches for the stop go on before this returns.
     void stop();
 
 protected:

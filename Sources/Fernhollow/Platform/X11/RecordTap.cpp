@@ -81,9 +81,9 @@ void RecordTap::setEnabled(bool enabled) {
         QTimer::singleShot(0, &receiver_, [this, started] { started ? passItems() : lose(); });
         return;
     }
-    const XcbReply<xcb_generic_error_t> error(
-        xcb_request_check(control_.get(), xcb_record_disable_context_checked(control_.get(), context_)));
-    if (!error && !waitFor(Item::ended)) {
+    xcb_record_disable_context(control_.get(), context_);
+    xcb_flush(control_.get());
+    if (!waitFor(Item::ended)) {
         debugLog("[EventTap] The X server did not confirm the end of the recording");
     }
 }
