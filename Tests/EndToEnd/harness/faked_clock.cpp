@@ -3,12 +3,9 @@
 // integer. Nothing here allocates or looks up symbols, so it may be asked as early as a process lives.
 
 #include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <time.h>
@@ -16,32 +13,15 @@
 
 namespace {
 
-using Seconds = std::atomic<std::int64_t>;
-static_assert(sizeof(Seconds) == sizeof(std::int64_t) && Seconds::is_always_lock_free);
-
-const Seconds* mapped() {
-    const char* path = std::getenv("FAKED_CLOCK");
-    const long file = path != nullptr ? syscall(SYS_openat, AT_FDCWD, path, O_RDONLY | O_CLOEXEC) : -1;
-    if (file < 0) {
-        return nullptr;
-    }
-    const long address = syscall(SYS_mmap, nullptr, sizeof(Seconds), PROT_READ, MAP_SHARED, file, 0);
-    syscall(SYS_close, file);
-    return address < 0 && address > -4096 ? nullptr : reinterpret_cast<const Seconds*>(address);
-}
-
 bool faked(std::int64_t& seconds) {
-    static std::atomic<const Seconds*> known;
-    const Seconds* clock = known.load();
-    if (clock == nullptr) {
-        clock = mapped();
-        known.store(clock); // two threads may each map it; both maps stay valid
+    static std::atomic<long> known = -1;
+    long file = known.load();
+    if (file < 0) {
+        const char* path = std::getenv("FAKED_CLOCK");
+        file = path != nullptr ? syscall(SYS_openat, AT_FDCWD, path, O_RDONLY | O_CLOEXEC) : -1;
+        known.store(file); // two threads may each open it; both files stay valid
     }
-    if (clock == nullptr) {
-        return false;
-    }
-    seconds = clock->load();
-    return true;
+    return file >= 0 && syscall(SYS_pread64, file, &seconds, sizeof seconds, 0L) == sizeof seconds;
 }
 
 } // namespace
