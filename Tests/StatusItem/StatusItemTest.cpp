@@ -103,7 +103,7 @@ TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {
         EXPECT_EQ(image.height, image.width);
         ASSERT_EQ(image.pixels.size(), 4 * image.width * image.height);
         // Network byte order: the first byte of the opaque pixel in the middle of the edge is its alpha.
-        EXPECT_EQ(image.pixels[2 * image.width], '\xff');
+        EXPECT_EQ(image.pixels[qsizetype{2} * image.width], '\xff');
         EXPECT_EQ(image.pixels[0], '\0') << "the plate's corner is transparent";
     }
     EXPECT_THAT(widths, ElementsAre(22, 24, 32, 48, 64));

@@ -4,6 +4,7 @@
 #include "App/SingleInstance.h"
 #include "App/TerminationSignals.h"
 #include "App/Theme.h"
+#include "Platform/Display.h"
 #include "Support/ApplicationIdentity.h"
 
 #include <QApplication>
@@ -85,18 +86,18 @@ void keepMemoryPrivate() {
 #endif
 }
 
+// The toolkit aborts where it finds no display.
 bool hasDisplay() {
-    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
-            return true;
-        }
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (!platform.isEmpty() && !platform.startsWith("xcb")) {
+        return true; // somebody knows what they do
     }
-    return false;
+    return (platform.isEmpty() && !qgetenv("WAYLAND_DISPLAY").isEmpty()) || isDisplayReachable();
 }
 
 int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
     if (!hasDisplay()) {
-        std::fputs("fernhollow: no display: start it in a desktop session (DISPLAY is not set)\n", stderr);
+        std::fputs("fernhollow: no display answers: start it in a desktop session\n", stderr);
         return EXIT_FAILURE;
     }
     QApplication::setDesktopFileName(QString::fromUtf8(applicationIdentifier.data()));

@@ -102,7 +102,7 @@ QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t 
 
 bool AppModel::flushNow(std::chrono::milliseconds limit) {
     if (store_) {
-        store_->setPatience(limit); // there is no later try
+        store_->setPatience(limit / 2); // there is no later try; the rest of the time is for the writes
     }
     tasks_.beginWaiting();
     appTracker_->flushPending();

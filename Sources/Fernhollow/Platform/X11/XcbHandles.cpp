@@ -1,5 +1,7 @@
 #include "Platform/X11/XcbHandles.h"
 
+#include "Platform/Display.h"
+
 namespace fernhollow {
 
 XcbConnection connectToDisplay() {
@@ -25,6 +27,10 @@ bool dropArrivedEvents(xcb_connection_t* connection) {
     while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection))) {
     }
     return xcb_connection_has_error(connection) == 0;
+}
+
+bool isDisplayReachable() {
+    return connectToDisplay() != nullptr;
 }
 
 } // namespace fernhollow
