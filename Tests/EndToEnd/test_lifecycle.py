@@ -89,7 +89,8 @@ class Lifecycle(DesktopTest):
 
     def test_it_explains_itself_without_a_display(self):
         environment = self.program.environment()
-        del environment["DISPLAY"], environment["DBUS_SESSION_BUS_ADDRESS"]
+        for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "QT_QPA_PLATFORM"):
+            del environment[name]
         self.program.environment = lambda: environment
         self.assertRegex(self.program.command("--version").stdout, r"(?i)^fernhollow \d+\.\d+\.\d+\n$")
         usage = self.program.command("--help")
