@@ -98,9 +98,12 @@ class Lifecycle(DesktopTest):
         for option in ("--version", "--toggle", "--quit"):
             self.assertIn(option, usage.stdout)
         self.assertNotEqual(self.program.command("--nonsense").returncode, 0)
-        without_display = self.program.command()
-        self.assertGreater(without_display.returncode, 0, "a plain failure, not a crash")
-        self.assertTrue(without_display.stderr.strip())
+        for display in ({}, {"DISPLAY": ":7777"}):
+            with self.subTest(display=display):
+                environment.update(display)
+                without_display = self.program.command()
+                self.assertGreater(without_display.returncode, 0, "a plain failure, not a crash")
+                self.assertIn("display", without_display.stderr)
 
     def test_losing_the_session_bus_stops_no_counting(self):
         desktop = Desktop()
