@@ -26,12 +26,11 @@ class DesktopTest(unittest.TestCase):
         self.program = Program(self.desktop, self._testMethodName, self.clock)
         self.addCleanup(self.program.end)
 
-    def run(self, result=None):
-        known = len(result.errors) + len(result.failures) if result else 0
-        done = super().run(result)
-        if result and len(result.errors) + len(result.failures) > known and hasattr(self, "program"):
+    def doCleanups(self):
+        # Before the folders go that hold the log.
+        if self._outcome and not self._outcome.success and hasattr(self, "program"):
             print(f"\n=== {self.id()}\n{self.program.report()}", file=sys.stderr)
-        return done
+        return super().doCleanups()
 
 
 class Ledger:
