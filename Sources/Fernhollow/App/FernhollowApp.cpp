@@ -20,6 +20,9 @@ using namespace std::chrono_literals;
 // A session manager kills what has not ended after some seconds.
 constexpr auto lastFlushLimit = 3s;
 
+// Nothing is lost when it takes longer: what was not sent is sent at the next start.
+constexpr auto syncEndLimit = 1s;
+
 void logUnless(bool isWritten) {
     if (!isWritten) {
         debugLog("[FernhollowApp] The last presses could not be written in time");
@@ -32,24 +35,39 @@ void flushNow() {
     }
 }
 
+void endAtExit() {
+    if (const auto& model = AppStateHolder::shared().model) {
+        logUnless(model->shutDown(lastFlushLimit));
+    }
+}
+
 } // namespace
 
 FernhollowApp::FernhollowApp()
-    : taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
+    : syncThread_(clock_), taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
       account_(std::make_shared<AccountManager>(clock_)),
-      model_(AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
-          return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
-                                                   std::move(handlers));
-      })) {
+      model_(AppModel::create(
+          {clock_, tasks_, *account_},
+          [this](KeyPressMonitor::Handlers handlers) {
+              return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
+                                                       std::move(handlers));
+          },
+          [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId) {
+              return std::make_shared<CloudSyncCoordinator>(syncThread_.surroundings(), std::move(store),
+                                                            account, std::move(deviceId));
+          })) {
     AppStateHolder::shared() = {model_, account_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
     // The toolkit calls exit() when the display goes away, which is how many sessions end.
-    std::atexit(flushNow);
+    std::atexit(endAtExit);
 }
 
 FernhollowApp::~FernhollowApp() {
     logUnless(model_->shutDown(lastFlushLimit));
+    if (!syncThread_.finish(syncEndLimit)) {
+        debugLog("[FernhollowApp] The sync engine did not end in time");
+    }
     tasks_.stop();
     AppStateHolder::shared() = {};
     MainWindowController::shared().close();

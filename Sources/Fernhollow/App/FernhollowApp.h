@@ -1,6 +1,7 @@
 #pragma once
 
 #include "App/AppDelegate.h"
+#include "Model/Sync/SyncThread.h"
 #include "Platform/EventTap.h"
 #include "Platform/Workspace.h"
 #include "Support/Clock.h"
@@ -27,6 +28,7 @@ public:
 private:
     SystemClock clock_;
     TaskScope tasks_;
+    SyncThread syncThread_;
     std::unique_ptr<EventTapProvider> taps_;
     std::unique_ptr<Workspace> workspace_;
     AppDelegate appDelegate_;

@@ -43,16 +43,17 @@ void migrateLegacyDatabase(const std::string& email) {
 } // namespace
 
 std::shared_ptr<AppModel> AppModel::create(Surroundings surroundings,
-                                           const KeyPressMonitor::Factory& makeMonitor) {
-    std::shared_ptr<AppModel> model(new AppModel(surroundings));
+                                           const KeyPressMonitor::Factory& makeMonitor,
+                                           CloudSyncCoordinator::Factory makeSync) {
+    std::shared_ptr<AppModel> model(new AppModel(surroundings, std::move(makeSync)));
     model->begin(makeMonitor);
     return model;
 }
 
-AppModel::AppModel(Surroundings surroundings)
+AppModel::AppModel(Surroundings surroundings, CloudSyncCoordinator::Factory makeSync)
     : clock_(surroundings.clock), tasks_(surroundings.tasks), account_(surroundings.account),
       currentDay_(clock_.now(), calendar_), currentAccountEmail_(account_.email()),
-      deviceId_(readOrCreateDeviceId()) {}
+      deviceId_(readOrCreateDeviceId()), makeSync_(std::move(makeSync)) {}
 
 AppModel::~AppModel() {
     stopLoops();
@@ -102,6 +103,9 @@ bool AppModel::shutDown(std::chrono::milliseconds limit) {
     constexpr int turns = 8;
     bool isWritten = flushNow(limit); // first of all: a display that does not answer may hold up the rest
     stopLoops();
+    if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
+        cloudSync->cancel();
+    }
     for (int turn = 0; turn < turns && isWritten; ++turn) {
         isWritten = flushNow(limit);
         QCoreApplication::sendPostedEvents();
@@ -127,6 +131,9 @@ bool AppModel::openStore(const std::string& email) {
         auto url = DailyCountsStore::urlForAccount(email);
         try {
             store_ = std::make_shared<DailyCountsStore>(url);
+            if (makeSync_) {
+                cloudSync_ = makeSync_(store_, account_, deviceId_);
+            }
             return true;
         } catch (const DailyCountsStoreError&) {
             debugLog("[AppModel] Cannot use the database " + url.native());
@@ -135,8 +142,14 @@ bool AppModel::openStore(const std::string& email) {
     } catch (const std::exception& error) {
         debugLog(std::string("[AppModel] Failed to create account-specific store: ") + error.what());
     }
-    store_.reset();
     return false;
+}
+
+void AppModel::closeStore() {
+    if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
+        cloudSync->reset();
+    }
+    store_.reset();
 }
 
 void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
@@ -146,6 +159,7 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     }
     debugLog("[AppModel] Account change: " + currentAccountEmail_.value_or("none") + " -> " +
              newEmail.value_or("none"));
+    closeStore();
     pending_ = 0;
     localTodayCount_ = 0;
     todayCount.set(0);
@@ -155,7 +169,6 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     currentAccountEmail_ = newEmail;
 
     if (!newEmail) {
-        store_.reset();
         appTracker_->updateStore(nullptr);
         debugLog("[AppModel] Cleared store on sign out");
     } else if (openStore(*newEmail)) {

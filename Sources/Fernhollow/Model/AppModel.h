@@ -3,6 +3,7 @@
 #include "KeypressCore/Calendar.h"
 #include "KeypressCore/DayKey.h"
 #include "Model/AppTracker.h"
+#include "Model/CloudSyncCoordinator.h"
 #include "Model/DailyCountPoint.h"
 #include "Model/KeyPressMonitor.h"
 #include "Support/Clock.h"
@@ -29,9 +30,10 @@ class TaskScope;
 /// The central counting model: takes presses, shows them at once, and sees that they reach the disk.
 ///
 /// Each press is written to the hourly table straight away and, in batches every 15 seconds, to the
-/// daily table; until then it is in `pending`. Every second the model looks for a new day and reads
-/// today's count and the history again. It owns the store of the signed-in account and changes it
-/// with the account. Created once at start, main thread only; shut down before it is let go.
+/// daily table; until then it is in `pending`. Every second the model looks for a new day, reads today's
+/// count and the history again and merges them with what the sync engine knows of the account's other
+/// machines. It owns the store and the sync engine of the signed-in account and changes them with the
+/// account. Created once at start, main thread only; shut down before it is let go.
 class AppModel : public Observable, public std::enable_shared_from_this<AppModel> {
 public:
     /// What the model stands on; all of it outlives the model.
@@ -41,8 +43,10 @@ public:
         AccountManager& account;
     };
 
+    /// Without `makeSync` nothing is exchanged with other machines.
     static std::shared_ptr<AppModel> create(Surroundings surroundings,
-                                            const KeyPressMonitor::Factory& makeMonitor);
+                                            const KeyPressMonitor::Factory& makeMonitor,
+                                            CloudSyncCoordinator::Factory makeSync = {});
     ~AppModel();
 
     Published<std::int64_t> todayCount{*this};           ///< this device's presses today
@@ -73,7 +77,7 @@ public:
     bool shutDown(std::chrono::milliseconds limit);
 
 private:
-    explicit AppModel(Surroundings surroundings);
+    AppModel(Surroundings surroundings, CloudSyncCoordinator::Factory makeSync);
 
     void stopLoops();
     void begin(const KeyPressMonitor::Factory& makeMonitor);
@@ -83,18 +87,27 @@ private:
     void refreshKeyboardMonitorState();
     void handleAccountChange(const std::optional<std::string>& newEmail);
     bool openStore(const std::string& email);
+    void closeStore();
     QCoro::Task<> refreshTodayFromDisk();
+    void showToday(std::int64_t remoteTotal);
     QCoro::Task<> refreshLast30DaysFromDisk();
-    std::vector<DailyCountPoint> history(Instant first, Instant today,
-                                         const std::unordered_map<std::string, std::int64_t>& local) const;
+    using CountsByDay = std::unordered_map<std::string, std::int64_t>;
+    std::vector<DailyCountPoint> history(Instant first, Instant today, const CountsByDay& local,
+                                         const CountsByDay& remote) const;
+    QCoro::Task<> refreshDevices();
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
                                      std::int64_t count);
     static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
-    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, std::shared_ptr<DailyCountsStore> store,
-                                   DayKey day, std::int64_t count);
+    struct EndedDay {
+        std::shared_ptr<DailyCountsStore> store;
+        std::shared_ptr<CloudSyncCoordinator> cloudSync;
+        DayKey day;
+        std::int64_t pending;
+    };
+    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, EndedDay ended);
 
     Clock& clock_;
     TaskScope& tasks_;
@@ -104,6 +117,8 @@ private:
 
     std::shared_ptr<AppTracker> appTracker_;
     std::shared_ptr<DailyCountsStore> store_;
+    std::shared_ptr<CloudSyncCoordinator> cloudSync_; // present while a store is, unless there is no factory
+    bool isAskingForDevices_ = false;
     std::unique_ptr<KeyPressMonitor> keyboardMonitor_;
     bool isKeyboardMonitorRunning_ = false;
     DayKey currentDay_;
@@ -112,6 +127,7 @@ private:
     std::int64_t localTodayCount_ = 0;
     std::optional<std::string> currentAccountEmail_;
     std::string deviceId_;
+    CloudSyncCoordinator::Factory makeSync_;
     std::optional<std::stop_source> flushTask_;
     std::optional<std::stop_source> refreshTask_;
     std::vector<Observation> cancellables_;

@@ -55,11 +55,12 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
 QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
                                     std::int64_t count) {
     const auto store = self->store_;
+    const auto cloudSync = self->cloudSync_;
     if (!store) {
         co_return;
     }
     try {
-        co_await store->incrementHourly(std::move(day), hour, count, unixSeconds(self->clock_.now()));
+        co_await store->incrementHourly(day, hour, count, unixSeconds(self->clock_.now()));
         self->hourlyWritesFail_ = false;
     } catch (const DailyCountsStoreError& error) {
         if (!std::exchange(self->hourlyWritesFail_, true)) {
@@ -67,16 +68,23 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
                      error.what());
         }
     }
+    if (cloudSync) {
+        cloudSync->markDirty(std::move(day), hour);
+    }
 }
 
 QCoro::Task<> AppModel::flushPending() {
     const auto self = shared_from_this();
     rolloverIfNeeded(clock_.now());
     co_await appTracker_->flushPending();
-    if (pending_ >= 1) {
+    const bool hasPresses = pending_ >= 1;
+    if (hasPresses) {
         co_await writeDaily(self, std::exchange(pending_, 0));
     }
     co_await refreshFromDisk();
+    if (hasPresses && cloudSync_) {
+        cloudSync_->notifyFlushCompleted();
+    }
 }
 
 // Taken from `pending` before the write: presses that arrive meanwhile belong to the next flush.
@@ -89,6 +97,10 @@ QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t 
     ++self->dailyWrites_;
     try {
         co_await store->increment(day, count, unixSeconds(self->clock_.now()));
+        // What was uploaded at the presses lacked them in the day's count.
+        if (self->cloudSync_ && store == self->store_) {
+            self->cloudSync_->markDirty(day, std::nullopt);
+        }
     } catch (const DailyCountsStoreError& error) {
         if (store == self->store_ &&
             day == self->currentDay_) { // else `pending` is another day's or account's

@@ -2,6 +2,7 @@
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
+#include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Support/DebugLog.h"
 #include "Support/Sleep.h"
@@ -33,21 +34,23 @@ bool AppModel::rolloverIfNeeded(Instant now) {
     const std::int64_t oldPending = std::exchange(pending_, 0);
     todayCount.set(0);
     todayCountAggregated.set(0);
-    tasks_.start([self = shared_from_this(), store = store_, oldDay, oldPending](std::stop_token) {
-        return finishDay(self, store, oldDay, oldPending);
-    });
+    tasks_.start([self = shared_from_this(), ended = EndedDay{store_, cloudSync_, oldDay, oldPending}](
+                     std::stop_token) { return finishDay(self, ended); });
     return true;
 }
 
-QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, std::shared_ptr<DailyCountsStore> store,
-                                  DayKey day, std::int64_t count) {
-    if (store && count >= 1) {
+QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, EndedDay ended) {
+    if (ended.store && ended.pending >= 1) {
         try {
-            co_await store->increment(day, count, unixSeconds(self->clock_.now()));
+            co_await ended.store->increment(ended.day, ended.pending, unixSeconds(self->clock_.now()));
         } catch (const DailyCountsStoreError& error) {
-            debugLog("[AppModel] " + std::to_string(count) + " presses of " + day.rawValue +
-                     " were not written to " + store->url().native() + ": " + error.what());
+            debugLog("[AppModel] " + std::to_string(ended.pending) + " presses of " + ended.day.rawValue +
+                     " were not written to " + ended.store->url().native() + ": " + error.what());
         }
+    }
+    if (ended.cloudSync) {
+        ended.cloudSync->markDirty(ended.day, std::nullopt);
+        co_await ended.cloudSync->forceResetTodayCaches();
     }
     co_await self->refreshFromDisk();
 }
@@ -75,7 +78,11 @@ QCoro::Task<> AppModel::refreshLoop(std::shared_ptr<AppModel> self, std::stop_to
 
 QCoro::Task<> AppModel::refreshFromDisk() {
     const auto self = shared_from_this();
-    rolloverIfNeeded(clock_.now());
+    const bool isNewDay = rolloverIfNeeded(clock_.now());
+    if (const auto cloudSync = cloudSync_; isNewDay && cloudSync) {
+        co_await cloudSync->forceResetTodayCaches();
+        debugLog("[AppModel] Cloud caches reset after day rollover");
+    }
     if (!store_) {
         todayCountAggregated.set(std::max(pending_, todayCountAggregated.get()));
         co_await refreshLast30DaysFromDisk();
@@ -88,22 +95,57 @@ QCoro::Task<> AppModel::refreshFromDisk() {
     co_await today;
     co_await history;
     co_await applications;
+    if (cloudSync_ && !isAskingForDevices_) {
+        tasks_.start([self](std::stop_token) { return self->refreshDevices(); });
+    }
+}
+
+// Apart from the refresh, which has to go on each second also where the backend answers after a minute.
+QCoro::Task<> AppModel::refreshDevices() {
+    const auto self = shared_from_this();
+    const auto cloudSync = cloudSync_;
+    if (!cloudSync || isAskingForDevices_) {
+        co_return;
+    }
+    isAskingForDevices_ = true;
+    auto devices = co_await cloudSync->getConnectedDevices();
+    isAskingForDevices_ = false;
+    if (cloudSync == cloudSync_) { // else they are another account's
+        account_.connectedDevices.set(std::move(devices));
+    }
 }
 
 QCoro::Task<> AppModel::refreshTodayFromDisk() {
     const auto store = store_;
     const DayKey day = currentDay_;
     const std::int64_t writes = dailyWrites_;
+    const auto cloudSync = cloudSync_;
     try {
-        const std::int64_t stored = co_await store->count(day);
+        auto stored = store->count(day); // on its way before the other answer is waited for
+        const std::int64_t remoteTotal = cloudSync ? co_await cloudSync->getAggregatedTodayTotal() : 0;
+        const std::int64_t count = co_await stored;
         if (store != store_ || day != currentDay_ || writes != dailyWrites_) {
             co_return; // another account's or day's count, or one that lacks what left `pending` meanwhile
         }
-        localTodayCount_ = stored + pending_;
-        todayCount.set(localTodayCount_);
-        todayCountAggregated.set(std::max(localTodayCount_, todayCountAggregated.get()));
+        localTodayCount_ = count + pending_;
+        showToday(remoteTotal);
     } catch (const DailyCountsStoreError&) {
         co_return; // what is shown stays; the next refresh reads again
+    }
+}
+
+void AppModel::showToday(std::int64_t remoteTotal) {
+    const std::int64_t aggregated = std::max(localTodayCount_, todayCountAggregated.get());
+    if (!cloudSync_) {
+        todayCount.set(localTodayCount_);
+        todayCountAggregated.set(aggregated);
+    } else if (localTodayCount_ == 0 && remoteTotal >= 1) {
+        todayCountAggregated.set(remoteTotal);
+        todayCount.set(remoteTotal);
+        debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");
+    } else {
+        todayCountAggregated.set(aggregated);
+        todayCount.set(aggregated);
     }
 }
 
@@ -117,14 +159,19 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     }
     const Instant first = std::max(calendar_.addingDays(*today, -(historyDays - 1)).value_or(*today),
                                    AppTracker::minValidDate(clock_));
-    std::unordered_map<std::string, std::int64_t> local;
+    CountsByDay local;
+    std::shared_ptr<const HistoryCache> remote;
     if (store) {
         try {
-            for (auto& row : co_await store->fetchCounts(DayKey(first, calendar_), day)) {
+            auto rows = store->fetchCounts(DayKey(first, calendar_), day);
+            if (const auto cloudSync = cloudSync_) {
+                remote = co_await cloudSync->getAggregatedHistory();
+            }
+            for (auto& row : co_await rows) {
                 local.emplace(std::move(row.day.rawValue), row.count);
             }
         } catch (const DailyCountsStoreError&) {
-            local.clear(); // the history then shows today alone
+            local.clear(); // the history then shows what the backend knows
         }
     }
     if (store != store_ || day != currentDay_) {
@@ -132,12 +179,15 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     }
     debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + currentDay_.rawValue +
              ", todayCountAggregated=" + std::to_string(todayCountAggregated.get()));
-    last30Days.set(history(first, *today, local));
+    last30Days.set(history(first, *today, local, remote ? *remote : HistoryCache()));
 }
 
-std::vector<DailyCountPoint>
-AppModel::history(Instant first, Instant today,
-                  const std::unordered_map<std::string, std::int64_t>& local) const {
+std::vector<DailyCountPoint> AppModel::history(Instant first, Instant today, const CountsByDay& local,
+                                               const CountsByDay& remote) const {
+    const auto countIn = [](const CountsByDay& counts, const DayKey& day) {
+        const auto found = counts.find(day.rawValue);
+        return found != counts.end() ? found->second : 0;
+    };
     const Calendar calendar = calendar_.snapshot();
     std::vector<DailyCountPoint> points;
     if (first > today) {
@@ -155,8 +205,8 @@ AppModel::history(Instant first, Instant today,
             count = todayCountAggregated.get();
             debugLog("[AppModel] Today (" + key.rawValue +
                      "): using local todayCountAggregated=" + std::to_string(count));
-        } else if (const auto row = local.find(key.rawValue); row != local.end()) {
-            count = std::max<std::int64_t>(row->second, 0);
+        } else {
+            count = std::max({countIn(local, key), countIn(remote, key), std::int64_t{0}});
         }
         points.push_back({calendar.noon(*date).value_or(*date), count});
     }

@@ -1,11 +1,10 @@
 #include "Support/DebugLog.h"
 
+#include "Support/InternetTime.h"
 #include "Support/UserDirectories.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -13,15 +12,6 @@
 
 namespace fernhollow {
 namespace {
-
-std::string timestamp() {
-    const std::time_t now = std::time(nullptr);
-    std::tm utc{};
-    gmtime_r(&now, &utc);
-    std::array<char, 32> text{};
-    const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc);
-    return {text.data(), length};
-}
 
 void writeAll(int file, std::string_view text) {
     while (!text.empty()) {
@@ -65,7 +55,7 @@ bool createWhole(const std::string& path, std::string_view line) {
 
 void debugLog(std::string_view message) {
     const std::string path = homeDirectory().native() + "/fernhollow_debug.log";
-    std::string line = "[" + timestamp() + "] ";
+    std::string line = "[" + internetTime(std::chrono::system_clock::now()) + "] ";
     line.append(message).push_back('\n');
 
     if (appendToExisting(path, line) || errno != ENOENT) {

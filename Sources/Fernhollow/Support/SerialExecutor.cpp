@@ -1,5 +1,7 @@
 #include "Support/SerialExecutor.h"
 
+#include <unistd.h>
+
 namespace fernhollow {
 namespace detail {
 namespace {
@@ -15,6 +17,17 @@ protected:
     }
 };
 
+// The main thread's is never destroyed: the last writes are asked for while exit() has already run its
+// thread-local destructors.
+struct OfThisThread {
+    ~OfThisThread() {
+        if (::gettid() != ::getpid()) {
+            delete object;
+        }
+    }
+    std::shared_ptr<QObject>* object = new std::shared_ptr<QObject>(std::make_shared<Deliveries>());
+};
+
 } // namespace
 
 QEvent::Type DeliveryEvent::type() {
@@ -23,10 +36,8 @@ QEvent::Type DeliveryEvent::type() {
 }
 
 std::shared_ptr<QObject> deliveriesOfThisThread() {
-    // Never destroyed: the last writes are asked for while exit() has already run thread-local destructors.
-    static thread_local const auto* const deliveries =
-        new std::shared_ptr<QObject>(std::make_shared<Deliveries>());
-    return *deliveries;
+    static thread_local const OfThisThread deliveries;
+    return *deliveries.object;
 }
 
 } // namespace detail

@@ -1,0 +1,170 @@
+// What the engine reads from the backend, and the caches that hold it.
+
+#include "Model/AccountManager.h"
+#include "Model/Sync/LoggedText.h"
+#include "Model/Sync/SyncEngine.h"
+#include "Support/DebugLog.h"
+#include "Support/EventLoopExecutor.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+constexpr std::size_t appDailyLogLength = 500;
+constexpr int firstFailure = 400; // of the statuses for which the device list gives up
+
+} // namespace
+
+// An answer about a day that ended meanwhile is nobody's total any more.
+QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
+    const DayKey day = self->today();
+    const auto answer = co_await send(self, session, session->requests.todayTotal(session->email, day),
+                                      "Error downloading totals");
+    if (!answer || !answer->isSuccess() || day != self->today()) {
+        co_return;
+    }
+    if (const auto total = wire::decodeTotal(answer->body)) {
+        self->remoteTodayTotal_ = *total;
+        debugLog("[CloudSync] Downloaded today total: " + std::to_string(*total));
+    }
+}
+
+QCoro::Task<> SyncEngine::downloadHistory(Self self, Shared session) {
+    const auto answer =
+        co_await send(self, session, session->requests.dailyTotals(session->email, self->today()),
+                      "Error downloading history");
+    if (!answer || !answer->isSuccess()) {
+        co_return;
+    }
+    const auto rows = wire::decodeDaily(answer->body);
+    if (!rows) {
+        debugLog("[CloudSync] Failed to decode history. Response: " + loggedText(answer->body).value_or(""));
+        co_return;
+    }
+    self->remoteHistory_ = std::make_shared<HistoryCache>(historyCache(*rows));
+    debugLog("[CloudSync] Downloaded history: " + std::to_string(rows->size()) + " days");
+}
+
+QCoro::Task<> SyncEngine::downloadHourly(Self self, Shared session) {
+    const DayKey day = self->today();
+    const auto answer = co_await send(self, session, session->requests.hourlyTotals(session->email, day),
+                                      "Error downloading hourly");
+    if (!answer || !answer->isSuccess() || day != self->today()) {
+        co_return;
+    }
+    const auto rows = wire::decodeHours(answer->body);
+    if (!rows) {
+        debugLog("[CloudSync] Failed to decode hourly. Response: " + loggedText(answer->body).value_or(""));
+        co_return;
+    }
+    self->remoteHourly_ = std::make_shared<HourlyCache>(hourlyCache(*rows));
+    debugLog("[CloudSync] Downloaded hourly: " + std::to_string(rows->size()) + " hours");
+}
+
+QCoro::Task<> SyncEngine::downloadAppHourly(Self self, Shared session) {
+    const DayKey day = self->today();
+    const auto answer = co_await send(self, session, session->requests.appHourlyTotals(session->email, day),
+                                      "Error downloading app hourly");
+    if (!answer || !answer->isSuccess() || day != self->today()) {
+        co_return;
+    }
+    if (const auto rows = wire::decodeAppHours(answer->body)) {
+        self->remoteAppHourly_ = std::make_shared<AppHourlyCache>(appHourlyCache(*rows));
+        debugLog("[CloudSync] Downloaded app hourly: " + std::to_string(rows->size()) + " entries");
+    }
+}
+
+QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
+    const auto answer =
+        co_await send(self, session, session->requests.appDailyTotals(session->email, self->today()),
+                      "Error downloading app daily");
+    if (!answer) {
+        co_return;
+    }
+    debugLog("[CloudSync] downloadAppDaily HTTP status: " + std::to_string(answer->status));
+    if (!answer->isSuccess()) {
+        debugLog("[CloudSync] downloadAppDaily failed with status " + std::to_string(answer->status) + ": " +
+                 loggedText(answer->body, appDailyLogLength).value_or("no body"));
+        co_return;
+    }
+    const auto rows = wire::decodeAppDaily(answer->body);
+    if (!rows) {
+        debugLog("[CloudSync] Failed to decode app daily. Response: " +
+                 loggedText(answer->body, appDailyLogLength).value_or("no body"));
+        co_return;
+    }
+    const auto cache = std::make_shared<AppDailyCache>(appDailyCache(*rows));
+    self->remoteAppDaily_ = cache;
+    std::set<std::string_view> days;
+    std::set<std::string_view> apps;
+    for (const auto& [day, counts] : *cache) {
+        days.insert(day);
+        for (const auto& [bundleId, count] : counts) {
+            apps.insert(bundleId);
+        }
+    }
+    debugLog("[CloudSync] Downloaded app daily: " + std::to_string(rows->size()) + " entries, " +
+             std::to_string(days.size()) + " days, " + std::to_string(apps.size()) + " unique apps");
+    if (!days.empty()) {
+        debugLog("[CloudSync] App daily date range: " + std::string(*days.begin()) + " to " +
+                 std::string(*days.rbegin()));
+    }
+}
+
+QCoro::Task<std::vector<DeviceInfo>> SyncEngine::getConnectedDevices() {
+    if (!config_) {
+        co_return {};
+    }
+    const auto self = shared_from_this();
+    const auto stop = stop_.get_token();
+    auto email = co_await signedInEmail();
+    if (!email || stop.stop_requested()) {
+        co_return {};
+    }
+    const auto session = makeSession(std::move(*email));
+    const auto answer =
+        co_await send(self, session, session->requests.devices(session->email), "Error fetching devices");
+    if (!answer) {
+        co_return {};
+    }
+    debugLog("[CloudSync] Get devices response: " + std::to_string(answer->status));
+    if (answer->status >= firstFailure) {
+        debugLog("[CloudSync] Get devices error: " + loggedText(answer->body).value_or("no body"));
+        co_return {};
+    }
+    auto devices = wire::decodeDevices(answer->body);
+    if (!devices) {
+        debugLog("[CloudSync] Failed to decode devices: " + loggedText(answer->body).value_or("no body"));
+        co_return {};
+    }
+    debugLog("[CloudSync] Found " + std::to_string(devices->size()) + " connected devices");
+    co_return std::move(*devices);
+}
+
+void SyncEngine::resetTodayCaches() {
+    const DayKey day = today();
+    if (day == cachedDay_) {
+        return;
+    }
+    debugLog("[CloudSync] Day changed from " + cachedDay_.rawValue + " to " + day.rawValue +
+             ", resetting today caches");
+    clearTodayCaches();
+}
+
+void SyncEngine::forceResetTodayCaches() {
+    debugLog("[CloudSync] Force resetting today caches");
+    clearTodayCaches();
+}
+
+void SyncEngine::clearTodayCaches() {
+    remoteTodayTotal_ = 0;
+    remoteHourly_ = std::make_shared<HourlyCache>();
+    remoteAppHourly_ = std::make_shared<AppHourlyCache>();
+    cachedDay_ = today();
+}
+
+} // namespace fernhollow

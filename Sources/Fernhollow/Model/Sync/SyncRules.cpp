@@ -1,0 +1,28 @@
+#include "Model/Sync/SyncRules.h"
+
+#include <limits>
+
+namespace fernhollow {
+
+using namespace std::chrono_literals;
+
+// Often while the person types, for the sake of the other machines' screens; seldom when nobody is there.
+std::chrono::seconds periodicPause(std::chrono::duration<double> idle) {
+    return idle < 30s ? 1s : idle < 60s ? 5s : idle < 300s ? 15s : idle < 900s ? 30s : 60s;
+}
+
+DayMerge DayMerge::of(std::int64_t local, std::int64_t remote) {
+    if (local >= remote) {
+        return {Kind::uploadLocal, local};
+    }
+    if (local <= 0) {
+        return {Kind::restore, remote};
+    }
+    std::int64_t sum = 0;
+    if (__builtin_add_overflow(local, remote, &sum)) {
+        sum = std::numeric_limits<std::int64_t>::max();
+    }
+    return {Kind::add, sum};
+}
+
+} // namespace fernhollow

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace fernhollow {
+
+/// How long the periodic loop pauses when nothing was counted for `idle`.
+std::chrono::seconds periodicPause(std::chrono::duration<double> idle);
+
+/// What becomes of a day that this device counted here and that the backend knows of from this device.
+struct DayMerge {
+    enum class Kind {
+        uploadLocal, ///< the backend knows no more than this machine
+        restore,     ///< nothing is left here: the backend's count is taken
+        add,         ///< counting began anew here: both counts are presses of their own
+    };
+    Kind kind = Kind::uploadLocal;
+    std::int64_t count = 0; ///< of the day afterwards, here and there
+
+    static DayMerge of(std::int64_t local, std::int64_t remote);
+    bool operator==(const DayMerge&) const = default;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace fernhollow {
+
+/// The computer's name as its user set it (PRETTY_HOSTNAME of machine-info(5)), else its network name.
+/// Any thread.
+std::string hostDisplayName();
+
+} // namespace fernhollow

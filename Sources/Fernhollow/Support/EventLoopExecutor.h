@@ -1,0 +1,132 @@
+#pragma once
+
+#include "Support/Future.h"
+
+#include <QEvent>
+#include <QObject>
+#include <qcorotask.h>
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace fernhollow {
+
+namespace detail {
+
+/// A piece of work on its way to the thread that is to do it.
+class WorkEvent : public QEvent {
+public:
+    WorkEvent() : QEvent(type()) {}
+    virtual QCoro::Task<> work() = 0;
+    static QEvent::Type type();
+};
+
+template<class T>
+struct ResultOf {
+    using Type = T;
+    static constexpr bool isTask = false;
+};
+template<class T>
+struct ResultOf<QCoro::Task<T>> {
+    using Type = T;
+    static constexpr bool isTask = true;
+};
+
+} // namespace detail
+
+/// Runs functions and coroutines on the event loop of one thread, begun in the order in which they came.
+///
+/// What an actor that waits for the network stands on: what only this executor's work touches needs no
+/// lock, but coroutines interleave where they wait. Any thread may ask; it lives, and is destroyed, on
+/// the thread that runs the work.
+class EventLoopExecutor : public QObject {
+public:
+    /// Begins `work`, which gives a value or a task; see Future for what becomes of its result.
+    template<class Work>
+    auto run(Work work) {
+        using Result = typename detail::ResultOf<std::invoke_result_t<Work&>>::Type;
+        auto state = std::make_shared<typename Future<Result>::State>();
+        Future<Result> future(state);
+        post(Piece<Work, Result>(std::move(work), std::move(state), detail::deliveriesOfThisThread()));
+        return future;
+    }
+
+    /// Begins `work`, whose result nobody waits for. What escapes from it goes to the debug log.
+    template<class Work>
+    void post(Work work) {
+        QCoreApplication::postEvent(this, new Event<Work>(std::move(work)));
+    }
+
+    /// Whether a coroutine has begun here and not ended. For this executor's own thread.
+    bool isBusy() const { return underWay_ > 0; }
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    template<class Work>
+    static QCoro::Task<> invoke(Work work) {
+        if constexpr (detail::ResultOf<std::invoke_result_t<Work&>>::isTask) {
+            co_await work();
+        } else {
+            work();
+            co_return;
+        }
+    }
+
+    template<class Work>
+    class Event final : public detail::WorkEvent {
+    public:
+        explicit Event(Work work) : work_(std::move(work)) {}
+        QCoro::Task<> work() override { return invoke(std::move(work_)); }
+
+    private:
+        Work work_;
+    };
+
+    // Work that hands its result back.
+    template<class Work, class Result>
+    class Piece {
+    public:
+        Piece(Work work, std::shared_ptr<typename Future<Result>::State> state,
+              std::shared_ptr<QObject> asker)
+            : work_(std::move(work)), state_(std::move(state)), asker_(std::move(asker)) {}
+
+        QCoro::Task<> operator()() { return carry(std::move(work_), std::move(state_), std::move(asker_)); }
+
+    private:
+        static QCoro::Task<> carry(Work work, std::shared_ptr<typename Future<Result>::State> state,
+                                   std::shared_ptr<QObject> asker) {
+            try {
+                if constexpr (!detail::ResultOf<std::invoke_result_t<Work&>>::isTask) {
+                    if constexpr (std::is_void_v<Result>) {
+                        work();
+                        state->result.template emplace<1>();
+                    } else {
+                        state->result.template emplace<1>(work());
+                    }
+                } else if constexpr (std::is_void_v<Result>) {
+                    co_await work();
+                    state->result.template emplace<1>();
+                } else {
+                    state->result.template emplace<1>(co_await work());
+                }
+            } catch (...) {
+                state->result.template emplace<2>(std::current_exception());
+            }
+            QCoreApplication::postEvent(asker.get(), new detail::Delivery<Result>(std::move(state)));
+            co_return;
+        }
+
+        Work work_;
+        std::shared_ptr<typename Future<Result>::State> state_;
+        std::shared_ptr<QObject> asker_;
+    };
+
+    static QCoro::Task<> watch(EventLoopExecutor* self, QCoro::Task<> task);
+
+    int underWay_ = 0;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,140 @@
+#include "Support/HttpSession.h"
+
+#include "Support/Clock.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+
+#include <coroutine>
+#include <optional>
+
+namespace fernhollow {
+namespace {
+
+class SystemProxies final : public QNetworkProxyFactory {
+public:
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
+        const QString host = query.peerHostName();
+        if (host == QLatin1StringView("localhost") || QHostAddress(host).isLoopback()) {
+            return {QNetworkProxy::NoProxy};
+        }
+        return systemProxyForQuery(query);
+    }
+};
+
+struct DeleteLater {
+    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
+};
+using Reply = std::unique_ptr<QNetworkReply, DeleteLater>;
+
+QNetworkRequest networkRequest(const HttpRequest& request) {
+    QNetworkRequest result(QUrl::fromEncoded(QByteArray::fromStdString(request.url)));
+    for (const auto& [name, value] : request.headers) {
+        result.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+    }
+    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    // One request at a time needs no multiplexing, and an aborted one then ends its connection at once.
+    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    return result;
+}
+
+/// Suspends until the reply is finished, and breaks it off at the deadline, at a stop, or at its size.
+class Completion {
+public:
+    Completion(QNetworkReply& reply, Clock& clock, std::chrono::seconds timeout, std::stop_token stop)
+        : reply_(reply), clock_(clock), timeout_(timeout), stop_(std::move(stop)) {}
+
+    bool await_ready() const { return false; }
+
+    void await_suspend(std::coroutine_handle<> waiter) {
+        // Queued: breaking off finishes the reply while it is still at work.
+        QObject::connect(
+            &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
+        QObject::connect(&reply_, &QNetworkReply::readyRead, &reply_, [this] {
+            if (static_cast<std::size_t>(reply_.bytesAvailable()) > HttpSession::maximumAnswer) {
+                breakOff("the answer is too large");
+            }
+        });
+        timer_ = clock_.startTimer(timeout_, [this] { breakOff("the request timed out"); });
+        onStop_.emplace(stop_, Stop{this});
+    }
+
+    /// Why it was broken off, if it was.
+    std::optional<std::string> await_resume() {
+        onStop_.reset();
+        timer_.reset();
+        return reason_;
+    }
+
+private:
+    struct Stop {
+        Completion* completion;
+        void operator()() const { completion->breakOff("cancelled"); }
+    };
+
+    void breakOff(const char* reason) {
+        if (!reason_ && !reply_.isFinished()) {
+            reason_ = reason;
+            reply_.abort();
+        }
+    }
+
+    QNetworkReply& reply_;
+    Clock& clock_;
+    std::chrono::seconds timeout_;
+    std::stop_token stop_;
+    std::unique_ptr<Clock::Timer> timer_;
+    std::optional<std::stop_callback<Stop>> onStop_;
+    std::optional<std::string> reason_;
+};
+
+// An answer with any status is an answer; below the server's own errors are those of the way to it.
+bool isTransportError(QNetworkReply::NetworkError error) {
+    return error != QNetworkReply::NoError &&
+           (error < QNetworkReply::ContentAccessDenied || error == QNetworkReply::ProtocolUnknownError ||
+            error == QNetworkReply::ProtocolFailure);
+}
+
+} // namespace
+
+HttpSession::HttpSession(Clock& clock) : clock_(clock) {}
+HttpSession::~HttpSession() = default;
+
+void HttpSession::close() {
+    manager_.reset();
+}
+
+QNetworkAccessManager& HttpSession::manager() {
+    if (!manager_) {
+        manager_ = std::make_unique<QNetworkAccessManager>();
+        manager_->setProxyFactory(new SystemProxies);
+        manager_->setAutoDeleteReplies(false);
+    }
+    return *manager_;
+}
+
+QCoro::Task<HttpAnswer> HttpSession::send(HttpRequest request, std::stop_token stop) {
+    if (stop.stop_requested()) {
+        throw TransportError("cancelled");
+    }
+    const auto wire = networkRequest(request);
+    const Reply reply(request.method == HttpRequest::Method::post
+                          ? manager().post(wire, QByteArray::fromStdString(request.body))
+                          : manager().get(wire));
+    if (const auto reason = co_await Completion(*reply, clock_, request.timeout, std::move(stop))) {
+        throw TransportError(*reason);
+    }
+    const auto status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (isTransportError(reply->error()) || !status.isValid()) {
+        throw TransportError(reply->errorString().toStdString());
+    }
+    co_return HttpAnswer{status.toInt(), reply->readAll().toStdString()};
+}
+
+} // namespace fernhollow

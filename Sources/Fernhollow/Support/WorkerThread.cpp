@@ -1,0 +1,70 @@
+#include "Support/WorkerThread.h"
+
+#include "Support/DebugLog.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTimer>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+// How long either thread lets the other's answers wait at the end.
+constexpr auto endingStep = 2ms;
+
+} // namespace
+
+WorkerThread::WorkerThread(const QString& name)
+    : thread_(std::make_unique<QThread>()), executor_(std::make_unique<EventLoopExecutor>()) {
+    thread_->setObjectName(name);
+    executor_->moveToThread(thread_.get());
+    QObject::connect(
+        thread_.get(), &QThread::finished, executor_.get(),
+        [this] {
+            if (onFinished) {
+                onFinished();
+            }
+        },
+        Qt::DirectConnection);
+    thread_->start();
+}
+
+WorkerThread::~WorkerThread() {
+    if (!finish(1s)) {
+        debugLog("[Tasks] The thread " + thread_->objectName().toStdString() + " does not end");
+        static_cast<void>(thread_.release()); // destroying a thread that runs would end the program
+        static_cast<void>(executor_.release());
+    }
+}
+
+bool WorkerThread::finish(std::chrono::milliseconds limit) {
+    if (thread_->isFinished()) {
+        return true;
+    }
+    executor_->post([this] { quitWhenIdle(); });
+    const QDeadlineTimer deadline(limit);
+    while (!thread_->wait(QDeadlineTimer(endingStep))) {
+        QCoreApplication::sendPostedEvents(); // what coroutines of the thread still ask this one for
+        if (deadline.hasExpired()) {
+            return false;
+        }
+    }
+    QCoreApplication::sendPostedEvents();
+    return true;
+}
+
+// On the thread. It asks from a timer, because the asking is not to count as something under way.
+void WorkerThread::quitWhenIdle() {
+    auto* timer = new QTimer(executor_.get());
+    QObject::connect(timer, &QTimer::timeout, executor_.get(), [this, timer] {
+        if (!executor_->isBusy()) {
+            timer->stop();
+            thread_->quit();
+        }
+    });
+    timer->start(endingStep);
+}
+
+} // namespace fernhollow
