@@ -33,14 +33,15 @@ protected:
 
     void signIn(const std::string& email) { await(account_->verifyEmail(email)); }
 
-    void start() {
-        model_ = AppModel::create({clock_, tasks_, *account_}, [this](KeyPressMonitor::Handlers handlers) {
+    void start(CloudSyncCoordinator::Factory makeSync = {}) {
+        const auto makeMonitor = [this](KeyPressMonitor::Handlers handlers) {
             auto monitor = std::make_unique<FakeMonitor>();
             monitor->isAllowed = isMonitorAllowed_;
             monitor->handlers = std::move(handlers);
             monitor_ = monitor.get();
             return monitor;
-        });
+        };
+        model_ = AppModel::create({clock_, tasks_, *account_}, makeMonitor, std::move(makeSync));
         tasks_.beginWaiting();
     }
 

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <qcorotask.h>
 
+#include <cstddef>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -58,8 +59,8 @@ public:
         QCoreApplication::postEvent(this, new Event<Work>(std::move(work)));
     }
 
-    /// Whether a coroutine has begun here and not ended. For this executor's own thread.
-    bool isBusy() const { return underWay_ > 0; }
+    /// How many coroutines have begun here and not ended. For this executor's own thread.
+    std::size_t underWay() const { return underWay_; }
 
 protected:
     bool event(QEvent* event) override;
@@ -126,7 +127,7 @@ private:
 
     static QCoro::Task<> watch(EventLoopExecutor* self, QCoro::Task<> task);
 
-    int underWay_ = 0;
+    std::size_t underWay_ = 0;
 };
 
 } // namespace fernhollow

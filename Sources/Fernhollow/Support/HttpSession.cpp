@@ -127,7 +127,10 @@ QCoro::Task<HttpAnswer> HttpSession::send(HttpRequest request, std::stop_token s
     const Reply reply(request.method == HttpRequest::Method::post
                           ? manager().post(wire, QByteArray::fromStdString(request.body))
                           : manager().get(wire));
-    if (const auto reason = co_await Completion(*reply, clock_, request.timeout, std::move(stop))) {
+    ++underWay_;
+    const auto reason = co_await Completion(*reply, clock_, request.timeout, std::move(stop));
+    --underWay_;
+    if (reason) {
         throw TransportError(*reason);
     }
     const auto status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);

@@ -57,6 +57,9 @@ public:
     /// The answer to `request`. Throws TransportError, also as soon as a stop is requested.
     QCoro::Task<HttpAnswer> send(HttpRequest request, std::stop_token stop);
 
+    /// How many requests wait for their answer.
+    std::size_t underWay() const { return underWay_; }
+
     /// Closes the connections; for the session's own thread, when nothing is under way.
     void close();
 
@@ -64,6 +67,7 @@ private:
     QNetworkAccessManager& manager();
 
     Clock& clock_;
+    std::size_t underWay_ = 0;
     std::unique_ptr<QNetworkAccessManager> manager_; // made by its thread, when first needed
 };
 

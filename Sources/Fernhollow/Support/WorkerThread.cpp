@@ -59,7 +59,7 @@ bool WorkerThread::finish(std::chrono::milliseconds limit) {
 void WorkerThread::quitWhenIdle() {
     auto* timer = new QTimer(executor_.get());
     QObject::connect(timer, &QTimer::timeout, executor_.get(), [this, timer] {
-        if (!executor_->isBusy()) {
+        if (executor_->underWay() == 0) {
             timer->stop();
             thread_->quit();
         }

@@ -1,0 +1,134 @@
+// What the model makes of the account's other machines.
+
+#include "SyncFixture.h"
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using namespace std::chrono_literals;
+
+class AppModelSync : public SyncFixture {
+protected:
+    std::int64_t shownOn(int daysAgo) {
+        const auto& points = model_->last30Days.get();
+        return points.at(points.size() - 1 - static_cast<std::size_t>(daysAgo)).count;
+    }
+
+    // Both a cycle and the refresh that shows its result.
+    void syncAndRefresh() {
+        pass(1s);
+        pass(1s);
+        refresh();
+        settle();
+    }
+};
+
+TEST_F(AppModelSync, ShowsTheAccountsTotalUntilSomethingIsCountedHere) {
+    answers_["get_account_today_total"].body = "250";
+    startModel();
+    syncAndRefresh();
+    EXPECT_EQ(model_->todayCount.get(), 250);
+    EXPECT_EQ(model_->todayCountAggregated.get(), 250);
+    press(3);
+    EXPECT_EQ(model_->todayCountAggregated.get(), 253);
+    refresh();
+    EXPECT_EQ(model_->todayCountAggregated.get(), 253);
+    EXPECT_EQ(model_->todayCount.get(), 253);
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Using remote aggregated: 250 (local was 0)\n"));
+}
+
+TEST_F(AppModelSync, ShowsTheLargerCountOfEachPastDay) {
+    openStore();
+    await(store_->increment(DayKey("2026-03-04"), 40, 1));
+    await(store_->increment(DayKey("2026-03-03"), 40, 1));
+    answers_["get_account_daily_totals"].body =
+        R"([{"day":"2026-03-05","total_count":9},{"day":"2026-03-04","total_count":55},
+            {"day":"2026-03-03","total_count":4},{"day":"2026-03-02","total_count":-3},
+            {"day":"2026-03-01","total_count":12}])";
+    startModel();
+    syncAndRefresh();
+    EXPECT_EQ(shownOn(0), 0) << "today is the sum of today's own";
+    EXPECT_EQ(shownOn(1), 55);
+    EXPECT_EQ(shownOn(2), 40);
+    EXPECT_EQ(shownOn(3), 0);
+    EXPECT_EQ(shownOn(4), 12);
+}
+
+TEST_F(AppModelSync, SendsTheDayAgainAfterAFlush) {
+    startModel();
+    press(5);
+    pass(1s);
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_hour_counts"), testing::Each(5));
+    const auto sent = sentCounts("device_day_counts").size();
+    flush();
+    pass(1s);
+    ASSERT_GT(sentCounts("device_day_counts").size(), sent);
+    EXPECT_EQ(sentCounts("device_day_counts").back(), 5);
+    EXPECT_EQ(sentCounts("device_hour_counts").back(), 5);
+}
+
+TEST_F(AppModelSync, ForgetsYesterdaysTotalAndSendsYesterdayOnceMore) {
+    answers_["get_account_today_total"].body = "250";
+    startModel();
+    syncAndRefresh();
+    press(7);
+    settle();
+    answers_["get_account_today_total"].status = 500;
+    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
+    refresh();
+    settle();
+    EXPECT_EQ(model_->todayCountAggregated.get(), 0);
+    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Cloud caches reset after day rollover\n"));
+    pass(1s);
+    const auto last = server_.to("device_day_counts").back();
+    EXPECT_EQ(last.json().at("day"), "2026-03-05");
+    EXPECT_EQ(last.json().at("count"), 7);
+}
+
+TEST_F(AppModelSync, ListsTheDevicesOfTheAccountThatIsSignedIn) {
+    const std::string ana =
+        R"([{"device_id":"1","device_name":"Ana's","last_seen_at":"2026-03-05T08:00:00Z"}])";
+    answers_["get_account_devices"].body = ana;
+    startModel();
+    syncAndRefresh();
+    EXPECT_THAT(account_->connectedDevices.get(), SizeIs(1));
+
+    // Ana's answer is on its way while Bea signs in; Bea's backend is down.
+    const auto answer = server_.answer;
+    server_.answer = [&](const Request& request) {
+        if (request.json().value("p_email", "") == "ana@example.com") {
+            signIn("bea@example.com");
+            answers_["get_account_devices"] = {.status = 500};
+            return Answer{.body = ana};
+        }
+        return answer(request);
+    };
+    refresh();
+    settle();
+    syncAndRefresh();
+    EXPECT_THAT(account_->connectedDevices.get(), IsEmpty());
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Reset completed - all caches cleared\n"));
+}
+
+TEST_F(AppModelSync, RefreshesOnWhileTheBackendIsSilent) {
+    server_.answer = [](const Request&) { return Answer{.isSilent = true}; };
+    startModel();
+    settle();
+    for (int second = 0; second < 5; ++second) {
+        press(1);
+        clock_.advance(1s);
+        settle();
+    }
+    EXPECT_EQ(model_->todayCount.get(), 5);
+    EXPECT_EQ(shownOn(0), 5);
+    EXPECT_THAT(server_.to("get_account_devices"), SizeIs(1));
+}
+
+} // namespace
+} // namespace fernhollow::tests

@@ -1,0 +1,264 @@
+// When cycles run, what they upload, and what they leave in the caches.
+
+#include "KeypressCore/SQLiteConnection.h"
+#include "Model/Sync/SyncRules.h"
+#include "SyncFixture.h"
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::UnorderedElementsAre;
+using namespace std::chrono_literals;
+
+class SyncCycle : public SyncFixture {
+protected:
+    void serverHas(std::int64_t count) {
+        answers_["GET"].body = R"([{"count":)" + std::to_string(count) + "}]";
+    }
+
+    std::size_t cycles() { return server_.to("devices").size(); }
+};
+
+TEST(SyncRules, PauseLongerTheLongerNobodyTypes) {
+    EXPECT_EQ(periodicPause(0s), 1s);
+    EXPECT_EQ(periodicPause(29999ms), 1s);
+    EXPECT_EQ(periodicPause(30s), 5s);
+    EXPECT_EQ(periodicPause(60s), 15s);
+    EXPECT_EQ(periodicPause(300s), 30s);
+    EXPECT_EQ(periodicPause(899s), 30s);
+    EXPECT_EQ(periodicPause(900s), 60s);
+}
+
+TEST(SyncRules, NeverLowerADay) {
+    using Kind = DayMerge::Kind;
+    constexpr auto maximum = std::numeric_limits<std::int64_t>::max();
+    EXPECT_EQ(DayMerge::of(0, 120), (DayMerge{Kind::restore, 120}));
+    EXPECT_EQ(DayMerge::of(-1, 0), (DayMerge{Kind::restore, 0}));
+    EXPECT_EQ(DayMerge::of(30, 120), (DayMerge{Kind::add, 150}));
+    EXPECT_EQ(DayMerge::of(120, 30), (DayMerge{Kind::uploadLocal, 120}));
+    EXPECT_EQ(DayMerge::of(120, 120), (DayMerge{Kind::uploadLocal, 120}));
+    EXPECT_EQ(DayMerge::of(1, maximum), (DayMerge{Kind::add, maximum}));
+}
+
+TEST_F(SyncCycle, RunsSoonAfterAPressAndSeldomWhenIdle) {
+    openStore();
+    startSync();
+    pass(1s);
+    EXPECT_EQ(cycles(), 1);
+    coordinator_->markDirty(today, 9);
+    pass(999ms);
+    EXPECT_EQ(cycles(), 1);
+    pass(1ms);
+    EXPECT_EQ(cycles(), 2);
+    for (int second = 0; second < 29; ++second) {
+        pass(1s);
+    }
+    const auto busy = cycles();
+    EXPECT_GE(busy, 29);
+    for (int second = 0; second < 900; second += 5) {
+        pass(5s);
+    }
+    const auto idle = cycles();
+    EXPECT_LE(idle - busy, 6 + 16 + 20 + 1);
+    pass(60s);
+    pass(60s);
+    EXPECT_EQ(cycles(), idle + 2);
+}
+
+TEST_F(SyncCycle, DropsAnAttemptWhileOneIsUnderWay) {
+    openStore();
+    answers_["get_account_today_total"].isSilent = true;
+    startSync();
+    pass(1s);
+    coordinator_->markDirty(tomorrow, std::nullopt);
+    settle();
+    pass(1s);
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Sync already in progress, skipping\n"));
+    EXPECT_EQ(server_.to("get_account_today_total").size(), 1);
+
+    answers_["get_account_today_total"] = {.body = "5"};
+    pass(60s); // the request times out, and the cycle goes on
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: the request timed out\n"));
+    EXPECT_EQ(cycles(), 1);
+    pass(15s);
+    EXPECT_EQ(todayTotal(), 5);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(0)) << "the day that became dirty meanwhile";
+}
+
+TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursOfTodayOnly) {
+    openStore();
+    for (const auto* day : {"2025-03-04", "2025-03-05", "2026-03-04", "2026-03-05"}) {
+        await(store_->increment(DayKey(day), 7, 1));
+        await(store_->incrementHourly(DayKey(day), 8, 7, 1));
+    }
+    startSync();
+    pass(1s);
+    std::vector<std::string> days;
+    for (const auto& request : server_.to("device_day_counts")) {
+        if (request.method == "POST") {
+            days.push_back(request.json().at("day"));
+        }
+    }
+    EXPECT_THAT(days, UnorderedElementsAre("2025-03-05", "2026-03-04", "2026-03-05"));
+    ASSERT_EQ(server_.to("device_hour_counts").size(), 1);
+    EXPECT_EQ(server_.to("device_hour_counts").at(0).json().at("day"), "2026-03-05");
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Queued 3 historical days for upload\n"));
+}
+
+TEST_F(SyncCycle, UploadsThirtyDaysOfApplicationsUpToYesterday) {
+    openStore();
+    for (const auto* day : {"2026-02-02", "2026-02-03", "2026-03-04", "2026-03-05"}) {
+        await(store_->incrementAppHourly(DayKey(day), 8, "org.a", 7, 1));
+    }
+    startSync();
+    std::vector<std::string> days;
+    for (const auto& request : server_.to("device_app_hour_counts")) {
+        days.push_back(request.json().at("day"));
+    }
+    EXPECT_THAT(days, ElementsAre("2026-02-03", "2026-03-04"));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] uploadAllAppHistory completed: 2 entries uploaded\n"));
+}
+
+TEST_F(SyncCycle, TakesTheBackendsCountOfADayThatIsGoneHere) {
+    openStore();
+    await(store_->overwrite(today, 0, 1));
+    serverHas(120);
+    startSync();
+    pass(1s);
+    EXPECT_EQ(await(store_->count(today)), 120);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(120));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Syncing up: local (0) -> remote (120) for 2026-03-05\n"));
+}
+
+TEST_F(SyncCycle, KeepsWhatIsFlushedWhileTheBackendAnswers) {
+    openStore();
+    await(store_->increment(today, 30, 1));
+    serverHas(120);
+    const auto answer = server_.answer;
+    server_.answer = [&](const Request& request) {
+        if (request.method == "GET") {
+            await(store_->increment(today, 5, 1));
+        }
+        return answer(request);
+    };
+    startSync();
+    pass(1s);
+    EXPECT_EQ(await(store_->count(today)), 155);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(150));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[CloudSync] Merging: remote (120) + local (30) = 150 for 2026-03-05\n"));
+}
+
+// Sent all the same, the sum would grow by the local count with each cycle.
+TEST_F(SyncCycle, SendsNoSumThatTheStoreDoesNotTake) {
+    openStore();
+    await(store_->increment(today, 30, 1));
+    serverHas(120);
+    startSync();
+    store_->setPatience(0ms);
+    SQLiteConnection other(store_->url());
+    other.exec("BEGIN IMMEDIATE");
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), IsEmpty());
+    other.exec("ROLLBACK");
+    coordinator_->markDirty(today, 9);
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(150));
+}
+
+TEST_F(SyncCycle, ReplacesACacheWholeAndKeepsItAtAFailure) {
+    openStore();
+    answers_["get_account_today_total"].body = "250";
+    answers_["get_account_daily_totals"].body = R"([{"day":"2026-03-04T00:00:00","total_count":"55"}])";
+    answers_["get_account_hourly_totals"].body = R"([{"hour":7,"total_count":1},{"hour":8,"total_count":2}])";
+    answers_["get_account_app_hourly_totals"].body =
+        R"([{"hour":7,"bundle_id":"a","app_name":"A","total_count":3}])";
+    answers_["get_account_app_daily_totals"].body =
+        R"([{"day":"2026-03-04","bundle_id":"a","app_name":"A","total_count":4}])";
+    startSync();
+    pass(1s);
+    const auto expectCaches = [this] {
+        EXPECT_EQ(todayTotal(), 250);
+        EXPECT_EQ(*await(coordinator_->getAggregatedHistory()), (HistoryCache{{"2026-03-04", 55}}));
+        EXPECT_EQ(*await(coordinator_->getAggregatedHourly()), (HourlyCache{{7, 1}, {8, 2}}));
+        EXPECT_EQ(await(coordinator_->getAggregatedAppHourly())->at(7).at("a").count, 3);
+        EXPECT_EQ(await(coordinator_->getAggregatedAppDaily())->at("2026-03-04").at("a").count, 4);
+    };
+    expectCaches();
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[CloudSync] Downloaded app daily: 1 entries, 1 days, 1 unique apps\n"));
+    for (const Answer& bad : {Answer{.status = 500, .body = std::string(2000, 'x')}, Answer{.status = 300},
+                              Answer{.body = "<html>sign in to this network</html>"}}) {
+        for (auto& [name, answer] : answers_) {
+            answer = bad;
+        }
+        pass(1s);
+        expectCaches();
+    }
+    EXPECT_THAT(home_.log(), HasSubstr("with status 500: " + std::string(500, 'x') + "\n"));
+    EXPECT_THAT(home_.log(), HasSubstr("decode history. Response: <html>sign in to this network</html>\n"));
+    for (auto& [name, answer] : answers_) {
+        answer = {.status = 299, .body = "[]"};
+    }
+    pass(1s);
+    EXPECT_EQ(todayTotal(), 250);
+    EXPECT_THAT(*await(coordinator_->getAggregatedHourly()), IsEmpty());
+    EXPECT_THAT(*await(coordinator_->getAggregatedAppDaily()), IsEmpty());
+}
+
+TEST_F(SyncCycle, BelongsToTheDayOnWhichItAsked) {
+    openStore();
+    answers_["get_account_today_total"].body = "250";
+    answers_["get_account_daily_totals"].body = R"([{"day":"2026-03-04","total_count":55}])";
+    startSync();
+    pass(1s);
+    const auto answer = server_.answer;
+    server_.answer = [&](const Request& request) {
+        if (request.path.ends_with("get_account_today_total") && request.json().at("p_day") == "2026-03-05") {
+            clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6})); // midnight, and the answer is late
+            coordinator_->forceResetTodayCaches();
+        }
+        return answer(request);
+    };
+    pass(1s);
+    EXPECT_EQ(todayTotal(), 0) << "of yesterday";
+    EXPECT_EQ(await(coordinator_->getAggregatedHistory())->at("2026-03-04"), 55);
+    pass(60s);
+    EXPECT_EQ(server_.to("get_account_today_total").back().json().at("p_day"), "2026-03-06");
+    EXPECT_EQ(todayTotal(), 250);
+}
+
+TEST_F(SyncCycle, EmptiesTheCachesOfTodayAtTheFirstCycleOfADay) {
+    openStore();
+    answers_["get_account_today_total"].body = "250";
+    startSync();
+    pass(1s);
+    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
+    answers_["get_account_today_total"].status = 500;
+    pass(1s);
+    EXPECT_EQ(todayTotal(), 0);
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[CloudSync] Day changed from 2026-03-05 to 2026-03-06, resetting today caches\n"));
+}
+
+TEST_F(SyncCycle, AsksNothingWhileNobodyIsSignedIn) {
+    openStore();
+    await(store_->increment(today, 3, 1));
+    const auto coordinator = makeCoordinator(store_);
+    account_->signOut();
+    settle();
+    pass(1s);
+    EXPECT_THAT(await(coordinator->getConnectedDevices()), IsEmpty());
+    EXPECT_THAT(server_.requests, IsEmpty());
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] No email available\n"));
+    signIn("ana@example.com");
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(3)) << "still dirty";
+}
+
+} // namespace
+} // namespace fernhollow::tests

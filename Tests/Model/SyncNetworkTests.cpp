@@ -1,0 +1,84 @@
+// What a network does to the engine.
+
+#include "SyncFixture.h"
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using namespace std::chrono_literals;
+
+struct Trouble {
+    const char* name;
+    RecordingServer::Answer answer;
+};
+
+class SyncNetwork : public SyncFixture {};
+
+TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
+    openStore();
+    await(store_->increment(today, 3, 1));
+    startSync();
+    const std::string flood(10'000'000, 'x');
+    const Trouble troubles[] = {
+        {"too many requests", {.status = 429}},
+        {"server error", {.status = 500, .body = "{}"}},
+        {"unauthorised", {.raw = "HTTP/1.1 401 -\r\nWWW-Authenticate: Basic\r\nContent-Length: 0\r\n\r\n"}},
+        {"redirected", {.raw = "HTTP/1.1 302 -\r\nLocation: /elsewhere\r\nContent-Length: 0\r\n\r\n"}},
+        {"half an answer", {.raw = "HTTP/1.1 200 -\r\nContent-Length: 9\r\n\r\n[", .closes = true}},
+        {"half a header", {.raw = "HTTP/1.1 200", .closes = true}},
+        {"no protocol", {.raw = "SSH-2.0-x\r\n", .closes = true}},
+        {"hung up", {.raw = " ", .closes = true}},
+        {"a page", {.body = "<html></html>"}},
+        {"a flood", {.raw = "HTTP/1.1 200 -\r\nContent-Length: 10000000\r\n\r\n" + flood}},
+    };
+    for (const auto& trouble : troubles) {
+        SCOPED_TRACE(trouble.name);
+        const auto cycles = server_.to("devices").size();
+        server_.answer = [&trouble](const Request&) { return trouble.answer; };
+        coordinator_->markDirty(today, 9);
+        pass(1s);
+        EXPECT_GT(server_.to("devices").size(), cycles);
+        EXPECT_THAT(server_.to("elsewhere"), IsEmpty());
+    }
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Failed to upsert day count: HTTP 500 - {}\n"));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: the answer is too large\n"));
+    EXPECT_THAT(home_.log(), Not(HasSubstr("xxxxx")));
+    EXPECT_EQ(await(store_->count(today)), 3);
+
+    server_.answer = [](const Request&) { return Answer{.body = "7"}; };
+    coordinator_->markDirty(today, 9);
+    pass(1s);
+    EXPECT_EQ(todayTotal(), 7);
+}
+
+TEST_F(SyncNetwork, GoesOnWhereNobodyListens) {
+    openStore();
+    answers_["GET"].isSilent = true;
+    coordinator_ = std::make_shared<CloudSyncCoordinator>(
+        SyncSurroundings{clock_, executor_, executor_, session_}, store_, *account_, deviceId,
+        SupabaseConfig{"http://127.0.0.1:1", "key"});
+    pass(1s);
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: Connection refused\n"));
+    EXPECT_THAT(await(coordinator_->getConnectedDevices()), IsEmpty());
+}
+
+TEST_F(SyncNetwork, BreaksOffWhatHangsWhenItIsGivenUp) {
+    openStore();
+    server_.answer = [](const Request&) { return Answer{.isSilent = true}; };
+    startSync();
+    pass(1s);
+    auto devices = coordinator_->getConnectedDevices();
+    settle();
+    coordinator_.reset();
+    EXPECT_TRUE(waitUntil([this] { return executor_.underWay() == 0; }));
+    EXPECT_THAT(await(std::move(devices)), IsEmpty());
+    EXPECT_EQ(clock_.sleepers(), 0);
+    EXPECT_THAT(home_.log(), Not(HasSubstr("[CloudSync] Error")));
+}
+
+} // namespace
+} // namespace fernhollow::tests

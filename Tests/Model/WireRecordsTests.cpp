@@ -1,0 +1,77 @@
+#include "Model/Sync/LoggedText.h"
+#include "Model/Sync/RemoteCaches.h"
+#include "Model/Sync/WireRecords.h"
+
+#include <gmock/gmock.h>
+
+namespace fernhollow::tests {
+namespace {
+
+struct TotalCount {
+    const char* written;
+    std::int64_t read;
+};
+
+TEST(WireRecords, ReadTotalsFromNumbersAndTexts) {
+    constexpr TotalCount cases[] = {{R"(, "total_count": 123)", 123},
+                                    {R"(, "total_count": "123")", 123},
+                                    {R"(, "total_count": "-5")", -5},
+                                    {R"(, "total_count": "+5")", 5},
+                                    {R"(, "total_count": "9223372036854775807")", 9223372036854775807},
+                                    {R"(, "total_count": "9223372036854775808")", 0},
+                                    {R"(, "total_count": null)", 0},
+                                    {R"(, "total_count": "")", 0},
+                                    {R"(, "total_count": " 1")", 0},
+                                    {R"(, "total_count": "abc")", 0},
+                                    {R"(, "total_count": 1.5)", 0},
+                                    {R"(, "total_count": {})", 0},
+                                    {"", 0}};
+    for (const auto& [written, read] : cases) {
+        const auto rows = wire::decodeHours(R"([{"hour": 7)" + std::string(written) + "}]");
+        ASSERT_TRUE(rows) << written;
+        EXPECT_EQ(rows->at(0).total_count, read) << written;
+    }
+}
+
+TEST(WireRecords, RefusesAnAnswerOfWhichOneRecordIsIncomplete) {
+    const std::string good = R"({"day": "2026-03-05", "bundle_id": "a", "app_name": "A", "total_count": 1})";
+    EXPECT_TRUE(wire::decodeAppDaily("[" + good + "]"));
+    for (const auto* bad :
+         {R"({"bundle_id": "a", "app_name": "A"})", R"({"day": 5, "bundle_id": "a", "app_name": "A"})",
+          R"({"day": "2026-03-05", "bundle_id": "a", "app_name": null})", "null", "[]"}) {
+        EXPECT_FALSE(wire::decodeAppDaily("[" + good + "," + bad + "]")) << bad;
+    }
+    EXPECT_FALSE(wire::decodeHours(R"([{"hour": "7", "total_count": 1}])"));
+    EXPECT_FALSE(wire::decodeDevices(R"([{"device_id": "d", "device_name": "n"}])"));
+    EXPECT_FALSE(wire::decodeDeviceCounts(R"([{"count": "12"}])"));
+    EXPECT_TRUE(wire::decodeDeviceCounts("[]")->empty());
+}
+
+TEST(WireRecords, TakesOneBareWholeNumberAsTheTodayTotal) {
+    EXPECT_EQ(wire::decodeTotal("9007199254740993"), 9007199254740993);
+    for (const auto* bad : {"", "null", "\"5\"", "[5]", "18446744073709551615", "<html>", "{\"a\":"}) {
+        EXPECT_FALSE(wire::decodeTotal(bad)) << bad;
+    }
+}
+
+// A million brackets would become a million nested values.
+TEST(WireRecords, RefusesDepth) {
+    EXPECT_FALSE(wire::decodeDaily(std::string(1'000'000, '[')));
+}
+
+TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
+    EXPECT_EQ(historyCache({{"2026-03-04", 1}, {"2026-03-04T00:00:00", 2}, {"short", 3}}),
+              (HistoryCache{{"2026-03-04", 2}, {"short", 3}}));
+    const auto apps = appDailyCache({{"2026-03-04", "a", "A", 1}, {"2026-03-04T00:00:00", "a", "B", 2}});
+    EXPECT_EQ(apps.at("2026-03-04").at("a"), (RemoteAppCount{"B", 2}));
+}
+
+TEST(LoggedText, TakesWholeCharactersOfUtf8Only) {
+    EXPECT_EQ(loggedText("h\xC3\xA9\xE2\x82\xAC!", 3), "h\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(loggedText("abc", 3), "abc");
+    EXPECT_EQ(loggedText("", 3), "");
+    EXPECT_EQ(loggedText("ok\xFF", 2), std::nullopt);
+}
+
+} // namespace
+} // namespace fernhollow::tests
