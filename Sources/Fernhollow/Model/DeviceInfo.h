@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/InternetTime.h"
+
 #include <string>
 
 namespace fernhollow {
@@ -11,6 +13,13 @@ struct DeviceInfo {
     std::string last_seen_at; ///< ISO 8601, UTC
 
     const std::string& id() const { return device_id; }
+
+    /// When the machine was last seen; now, when nobody can say.
+    Instant lastSeenDate(const Clock& clock) const {
+        const auto seen = parseInternetTime(last_seen_at);
+        return seen ? *seen : clock.now();
+    }
+
     bool operator==(const DeviceInfo&) const = default;
 };
 
