@@ -2,26 +2,11 @@
 
 #include <unicode/numberformatter.h>
 
-#include <cstdlib>
-
 namespace fernhollow {
 
 struct NumberText::Formatter {
     icu::number::LocalizedNumberFormatter whole;
 };
-
-std::string userNumberLocale() {
-    for (const char* variable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (value == nullptr || *value == '\0') {
-            continue;
-        }
-        std::string_view locale = value;
-        locale = locale.substr(0, locale.find_first_of(".@"));
-        return locale == "C" || locale == "POSIX" ? "en" : std::string(locale);
-    }
-    return "en";
-}
 
 NumberText::NumberText(std::string_view locale)
     : formatter_(std::make_unique<Formatter>(

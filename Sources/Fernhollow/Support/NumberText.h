@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/UserLocale.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -7,14 +9,10 @@
 
 namespace fernhollow {
 
-/// The user's locale for numbers and dates as an identifier that ICU reads, from LC_ALL, LC_NUMERIC
-/// and LANG in POSIX order. "C" and "POSIX", which group no digits, stand for "en".
-std::string userNumberLocale();
-
 /// Whole numbers in a locale's digits and grouping, for example "12,345". One thread only.
 class NumberText {
 public:
-    explicit NumberText(std::string_view locale = userNumberLocale());
+    explicit NumberText(std::string_view locale = userLocale("LC_NUMERIC"));
     ~NumberText();
 
     std::string operator()(std::int64_t number) const;

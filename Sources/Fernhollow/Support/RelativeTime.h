@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Support/Clock.h"
+#include "Support/UserLocale.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace fernhollow {
+
+/// How long ago something was, in a locale's words with abbreviated units: "3 days ago", "5 min. ago".
+///
+/// The largest unit that has passed in full is the only one named. Months and years are those of the
+/// calendar in UTC, so that the answer hangs on the two instants alone. One thread only.
+class RelativeTime {
+public:
+    explicit RelativeTime(std::string_view locale = userLocale("LC_TIME"));
+    ~RelativeTime();
+
+    std::string operator()(Instant then, Instant now) const;
+
+private:
+    struct Formatter;
+    std::unique_ptr<Formatter> formatter_;
+};
+
+} // namespace fernhollow

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace fernhollow {
+
+/// The user's locale for a category such as LC_NUMERIC or LC_TIME as an identifier that ICU reads, from
+/// LC_ALL, the category's own variable and LANG in POSIX order. "C" and "POSIX", which speak no language
+/// and group no digits, stand for "en".
+std::string userLocale(const char* category);
+
+} // namespace fernhollow
