@@ -69,6 +69,23 @@ TEST_F(SyncCycle, RunsSoonAfterAPressAndSeldomWhenIdle) {
     EXPECT_EQ(cycles(), idle + 2);
 }
 
+TEST_F(SyncCycle, IsScheduledOnceForTheRepeatsOfAHeldKey) {
+    openStore();
+    startSync();
+    pass(1s);
+    pass(500ms);
+    const auto before = cycles();
+    for (int repeat = 0; repeat < 12; ++repeat) {
+        coordinator_->markDirty(today, 9);
+        pass(33ms);
+    }
+    pass(500ms); // the periodic one
+    EXPECT_EQ(cycles(), before + 1);
+    pass(200ms);
+    pass(200ms);
+    EXPECT_EQ(cycles(), before + 1 + 2) << "0.4 s of repeats, 0.2 s apart at least";
+}
+
 TEST_F(SyncCycle, DropsAnAttemptWhileOneIsUnderWay) {
     openStore();
     answers_["get_account_today_total"].isSilent = true;

@@ -57,13 +57,20 @@ TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
 
 TEST_F(SyncNetwork, GoesOnWhereNobodyListens) {
     openStore();
-    answers_["GET"].isSilent = true;
+    for (int hour = 0; hour < 24; ++hour) {
+        await(store_->incrementAppHourly(DayKey("2026-03-04"), hour, "org.a", 7, 1));
+    }
     coordinator_ = std::make_shared<CloudSyncCoordinator>(
         SyncSurroundings{clock_, executor_, executor_, session_}, store_, *account_, deviceId,
         SupabaseConfig{"http://127.0.0.1:1", "key"});
     pass(1s);
     EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: Connection refused\n"));
     EXPECT_THAT(await(coordinator_->getConnectedDevices()), IsEmpty());
+    const std::string log = home_.log();
+    const std::string line = "[CloudSync] Error uploading app hour count: Connection refused\n";
+    EXPECT_THAT(log, HasSubstr(line));
+    EXPECT_EQ(log.find(line, log.find(line, log.find(line, log.find(line) + 1) + 1) + 1), std::string::npos)
+        << "more than three of the rows were tried";
 }
 
 TEST_F(SyncNetwork, BreaksOffWhatHangsWhenItIsGivenUp) {

@@ -21,6 +21,12 @@ constexpr auto changeDelay = 1s;
 
 constexpr auto firstPeriodicSync = 1s;
 
+// A held key repeats thirty times a second; a cycle for each repeat would serve nobody.
+constexpr auto closestSchedules = 200ms;
+
+// Of the rows of an upload, the last that are tried where there is no backend: hundreds may follow.
+constexpr int outOfReach = 3;
+
 } // namespace
 
 SyncEngine::SyncEngine(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
@@ -47,6 +53,11 @@ void SyncEngine::notifyFlushCompleted() {
 }
 
 void SyncEngine::scheduleSync(std::chrono::milliseconds delay) {
+    const Instant now = surroundings_.clock.now();
+    if (lastScheduled_ && now >= *lastScheduled_ && now < *lastScheduled_ + closestSchedules) {
+        return; // that cycle has not begun yet and takes this change along
+    }
+    lastScheduled_ = now;
     surroundings_.executor.post([pause = pause(), delay] { return scheduledSync(pause, delay); });
 }
 
@@ -155,6 +166,7 @@ auto SyncEngine::pause() -> Pause {
 void SyncEngine::reset() {
     std::exchange(stop_, {}).request_stop();
     dirtyDays_.clear();
+    lastScheduled_.reset();
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();
     remoteAppDaily_ = std::make_shared<AppDailyCache>();
@@ -171,10 +183,12 @@ SyncEngine::send(Self self, Shared session, BackendRequests::Request request, st
     }
     try {
         auto answer = co_await self->surroundings_.session.send(std::move(*request), session->stop);
+        session->failuresInARow = 0;
         if (!session->stop.stop_requested()) {
             co_return answer;
         }
     } catch (const TransportError& error) {
+        ++session->failuresInARow;
         if (!session->stop.stop_requested()) {
             debugLog("[CloudSync] " + std::string(failure) + ": " + error.what());
         }
@@ -184,6 +198,9 @@ SyncEngine::send(Self self, Shared session, BackendRequests::Request request, st
 
 QCoro::Task<> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
                                 std::string_view failure, std::string_view refusal) {
+    if (session->failuresInARow >= outOfReach) {
+        co_return;
+    }
     const auto answer = co_await send(self, session, std::move(request), failure);
     if (answer && !answer->isSuccess()) {
         debugLog("[CloudSync] " + std::string(refusal) + ": HTTP " + std::to_string(answer->status));

@@ -78,8 +78,9 @@ private:
         std::string email;
         BackendRequests requests;
         std::stop_token stop;
+        int failuresInARow = 0; ///< requests that had no answer
     };
-    using Shared = std::shared_ptr<const Session>;
+    using Shared = std::shared_ptr<Session>;
 
     struct Pause {
         std::weak_ptr<SyncEngine> engine;
@@ -131,7 +132,8 @@ private:
     /// or when the engine was stopped meanwhile.
     static QCoro::Task<std::optional<HttpAnswer>>
     send(Self self, Shared session, BackendRequests::Request request, std::string_view failure);
-    /// Sends a write whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}".
+    /// Sends one of many writes, whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}". Sends
+    /// nothing once the backend is out of reach.
     static QCoro::Task<> write(Self self, Shared session, BackendRequests::Request request,
                                std::string_view failure, std::string_view refusal);
 
@@ -151,6 +153,7 @@ private:
     std::optional<Instant> lastSyncTime_;
     Instant lastActivityTime_;
     DayKey cachedDay_;
+    std::optional<Instant> lastScheduled_;
     std::stop_source stop_;
 };
 
