@@ -20,7 +20,7 @@ protected:
     }
 
     void open() {
-        view_ = std::make_unique<MenuContentView>(model_, account_);
+        view_ = std::make_unique<MenuContentView>(model_, account_, clock_);
         view_->resize(380, 500);
         view_->show();
     }
@@ -116,16 +116,16 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
         }
         return found;
     };
-    controller.toggle(model_, account_);
+    controller.toggle(model_, account_, clock_);
     ASSERT_EQ(windows().size(), 1);
     QWidget* window = windows().first();
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->size(), QSize(420, 750));
     EXPECT_EQ(window->minimumSize(), QSize(380, 500));
-    controller.toggle(model_, account_);
+    controller.toggle(model_, account_, clock_);
     EXPECT_FALSE(window->isVisible());
-    controller.show(model_, account_);
-    controller.show(model_, account_);
+    controller.show(model_, account_, clock_);
+    controller.show(model_, account_, clock_);
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(windows().size(), 1);
     controller.close();

@@ -69,13 +69,13 @@ void AppDelegate::statusItemClicked() {
     if (!holder.model || !holder.account) {
         return;
     }
-    MainWindowController::shared().toggle(holder.model, holder.account);
+    MainWindowController::shared().toggle(holder.model, holder.account, *holder.clock);
 }
 
 void AppDelegate::activate() {
     const auto& holder = AppStateHolder::shared();
     if (holder.model && holder.account) {
-        MainWindowController::shared().show(holder.model, holder.account);
+        MainWindowController::shared().show(holder.model, holder.account, *holder.clock);
     }
 }
 

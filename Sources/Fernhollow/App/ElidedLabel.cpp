@@ -1,20 +1,22 @@
 #include "App/ElidedLabel.h"
 
 #include <QEvent>
+#include <QTextDocument>
 
 namespace fernhollow {
 
-ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
+ElidedLabel::ElidedLabel(Qt::TextElideMode mode, QWidget* parent) : QLabel(parent), mode_(mode) {
     setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
 }
 
 void ElidedLabel::setFullText(const QString& text) {
-    if (text == fullText_) {
+    const QString line = text.simplified();
+    if (line == fullText_) {
         return;
     }
-    fullText_ = text;
-    setAccessibleName(text);
+    fullText_ = line;
+    setAccessibleName(line);
     updateGeometry();
     elide();
 }
@@ -42,9 +44,16 @@ void ElidedLabel::changeEvent(QEvent* event) {
 }
 
 void ElidedLabel::elide() {
-    const QString shown = fontMetrics().elidedText(fullText_, Qt::ElideMiddle, width());
+    const QString shown = fontMetrics().elidedText(fullText_, mode_, width());
     setText(shown);
-    setToolTip(shown == fullText_ ? QString() : fullText_);
+    if (shown == fullText_) {
+        setToolTip({});
+    } else {
+        // A tooltip reads what looks like HTML as HTML.
+        setToolTip(Qt::mightBeRichText(fullText_)
+                       ? QStringLiteral("<span>%1</span>").arg(fullText_.toHtmlEscaped())
+                       : fullText_);
+    }
 }
 
 } // namespace fernhollow

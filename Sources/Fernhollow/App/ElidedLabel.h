@@ -5,11 +5,11 @@
 
 namespace fernhollow {
 
-/// One line of text, shortened in the middle to the width that there is. The whole text is its
+/// One line of text, shortened to the width that there is. The whole text is its
 /// tooltip while it is shortened, and always what a screen reader speaks.
 class ElidedLabel : public QLabel {
 public:
-    explicit ElidedLabel(QWidget* parent = nullptr);
+    explicit ElidedLabel(Qt::TextElideMode mode = Qt::ElideMiddle, QWidget* parent = nullptr);
 
     void setFullText(const QString& text);
 
@@ -23,6 +23,7 @@ protected:
 private:
     void elide();
 
+    Qt::TextElideMode mode_;
     QString fullText_;
 };
 

@@ -56,7 +56,7 @@ FernhollowApp::FernhollowApp()
               return std::make_shared<CloudSyncCoordinator>(syncThread_.surroundings(), std::move(store),
                                                             account, std::move(deviceId));
           })) {
-    AppStateHolder::shared() = {model_, account_};
+    AppStateHolder::shared() = {model_, account_, &clock_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
     // The toolkit calls exit() when the display goes away, which is how many sessions end.

@@ -21,8 +21,8 @@ MainWindowController& MainWindowController::shared() {
 }
 
 void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
-                                        const std::shared_ptr<AccountManager>& account) {
-    auto* window = new MenuContentView(model, account);
+                                        const std::shared_ptr<AccountManager>& account, const Clock& clock) {
+    auto* window = new MenuContentView(model, account, clock);
     window_ = window;
     window->setWindowTitle(QStringLiteral("Fernhollow"));
     window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
@@ -35,18 +35,18 @@ void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
 }
 
 void MainWindowController::toggle(const std::shared_ptr<AppModel>& model,
-                                  const std::shared_ptr<AccountManager>& account) {
+                                  const std::shared_ptr<AccountManager>& account, const Clock& clock) {
     if (window_ && window_->isVisible() && !window_->isMinimized()) {
         window_->hide();
         return;
     }
-    show(model, account);
+    show(model, account, clock);
 }
 
 void MainWindowController::show(const std::shared_ptr<AppModel>& model,
-                                const std::shared_ptr<AccountManager>& account) {
+                                const std::shared_ptr<AccountManager>& account, const Clock& clock) {
     if (!window_) {
-        createWindow(model, account);
+        createWindow(model, account, clock);
     }
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->show();

@@ -9,6 +9,7 @@ namespace fernhollow {
 
 class AccountManager;
 class AppModel;
+class Clock;
 
 /// The one main window: made when it is first shown, afterwards hidden and shown again, never remade.
 class MainWindowController {
@@ -16,8 +17,10 @@ public:
     static MainWindowController& shared();
 
     /// Hides the window when it is visible, else shows it in front with the keyboard.
-    void toggle(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
-    void show(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
+    void toggle(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
+                const Clock& clock);
+    void show(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
+              const Clock& clock);
 
     /// Whether the window has been shown in this run.
     bool hasBeenShown() const { return window_ != nullptr; }
@@ -26,7 +29,8 @@ public:
     void close();
 
 private:
-    void createWindow(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account);
+    void createWindow(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
+                      const Clock& clock);
 
     QPointer<QWidget> window_;
 };

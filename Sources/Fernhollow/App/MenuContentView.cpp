@@ -1,6 +1,6 @@
 #include "App/MenuContentView.h"
 
-#include "App/ElidedLabel.h"
+#include "App/AccountButton.h"
 #include "App/SignInView.h"
 #include "App/Theme.h"
 #include "App/TodayView.h"
@@ -37,16 +37,6 @@ QWidget* centred(QWidget* view) {
     return page;
 }
 
-QFrame* makeDivider() {
-    auto* divider = new QFrame;
-    divider->setFixedHeight(1);
-    divider->setAutoFillBackground(true);
-    QPalette palette;
-    palette.setColor(QPalette::Window, Theme::separator);
-    divider->setPalette(palette);
-    return divider;
-}
-
 QPushButton* makePlainButton(const QString& text, const QColor& color) {
     auto* button = new QPushButton(text);
     button->setProperty("plain", true);
@@ -65,10 +55,12 @@ QLabel* makeVersion() {
 
 } // namespace
 
-MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account)
+MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
+                                 const Clock& clock)
     : model_(std::move(model)), account_(std::move(account)), mainArea_(new QStackedLayout),
       signIn_(new SignInView(account_)), today_(new TodayView), signInPage_(centred(signIn_)),
-      email_(new ElidedLabel), signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
+      accountButton_(new AccountButton(account_, clock)),
+      signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     mainArea_->addWidget(signInPage_);
     mainArea_->addWidget(today_);
 
@@ -76,7 +68,7 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(mainArea_, 1);
-    layout->addWidget(makeDivider());
+    layout->addWidget(Theme::makeDivider());
     layout->addWidget(makeFooter());
 
     redraw_.setSingleShot(true);
@@ -87,8 +79,6 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
 }
 
 QWidget* MenuContentView::makeFooter() {
-    email_->setFont(Theme::font(Theme::TextStyle::caption2));
-    Theme::setTextColor(*email_, Theme::tertiary);
     connect(signOut_, &QPushButton::clicked, this, [this] { account_->signOut(); });
     auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
     connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
@@ -99,9 +89,9 @@ QWidget* MenuContentView::makeFooter() {
     palette.setColor(QPalette::Window, Theme::raised);
     footer->setPalette(palette);
     auto* layout = new QHBoxLayout(footer);
-    layout->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin,
-                               footerVerticalMargin);
-    layout->addWidget(email_, 1);
+    layout->setContentsMargins(footerHorizontalMargin - AccountButton::outset, footerVerticalMargin,
+                               footerHorizontalMargin, footerVerticalMargin);
+    layout->addWidget(accountButton_, 1);
     layout->addStretch();
     layout->addWidget(makeVersion());
     layout->addStretch();
@@ -132,10 +122,9 @@ void MenuContentView::refresh() {
         return;
     }
     const auto address = account_->email();
-    email_->setVisible(address.has_value());
+    accountButton_->refresh();
     signOut_->setVisible(address.has_value());
     if (address) {
-        email_->setFullText(QString::fromStdString(*address));
         today_->setCount(QString::fromStdString(model_->todayCountFormatted()));
         if (mainArea_->currentWidget() != today_) {
             mainArea_->setCurrentWidget(today_);

@@ -14,9 +14,10 @@ class QStackedLayout;
 
 namespace fernhollow {
 
+class AccountButton;
 class AccountManager;
 class AppModel;
-class ElidedLabel;
+class Clock;
 class SignInView;
 class TodayView;
 
@@ -26,7 +27,8 @@ class TodayView;
 /// while the window is hidden. What was typed survives hiding the window.
 class MenuContentView : public QWidget {
 public:
-    MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account);
+    MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
+                    const Clock& clock);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -46,7 +48,7 @@ private:
     SignInView* signIn_;
     TodayView* today_;
     QWidget* signInPage_;
-    ElidedLabel* email_;
+    AccountButton* accountButton_;
     QPushButton* signOut_;
 };
 

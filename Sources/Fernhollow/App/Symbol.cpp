@@ -17,9 +17,19 @@ QByteArray coloured(const QString& name, const QColor& color) {
 } // namespace
 
 Symbol::Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent)
-    : QWidget(parent), renderer_(coloured(name, color)), size_(size) {
-    renderer_.setAspectRatioMode(Qt::KeepAspectRatio);
+    : QWidget(parent), color_(color), size_(size) {
+    setName(name);
     setFixedSize(size);
+}
+
+void Symbol::setName(const QString& name) {
+    if (name == objectName()) {
+        return;
+    }
+    setObjectName(name);
+    renderer_.load(coloured(name, color_));
+    renderer_.setAspectRatioMode(Qt::KeepAspectRatio);
+    update();
 }
 
 void Symbol::paintEvent(QPaintEvent*) {

@@ -8,11 +8,14 @@
 
 namespace fernhollow {
 
-/// A symbol of the program's own set in one colour, crisp at any size, as large as its widget allows.
+/// A symbol of the program's own set in one colour, crisp at any size, as large as its widget allows. Its
+/// object name is the symbol's.
 class Symbol : public QWidget {
 public:
     /// `name` is the file's name without its ending. To assistive technology it is decoration.
     Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent = nullptr);
+
+    void setName(const QString& name);
 
     QSize sizeHint() const override { return size_; }
 
@@ -20,6 +23,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QColor color_;
     QSvgRenderer renderer_;
     QSize size_;
 };

@@ -1,6 +1,7 @@
 #include "App/Theme.h"
 
 #include <QApplication>
+#include <QFrame>
 #include <QPalette>
 #include <QWidget>
 
@@ -70,6 +71,7 @@ QPushButton[plain="true"] {
 QPushButton[plain="true"]:hover { background: #34373d; }
 QPushButton[plain="true"]:pressed { background: #3f434a; }
 QPushButton[plain="true"]:focus { border-color: #5a9bff; }
+QFrame[popover="true"] { background: #26282c; border: 1px solid #55585f; }
 QToolTip { background: #26282c; color: #f2f3f5; border: 1px solid #55585f; padding: 3px; }
 )";
 
@@ -87,6 +89,16 @@ void applyDark() {
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(darkPalette());
     qApp->setStyleSheet(QString::fromLatin1(styleSheet));
+}
+
+QFrame* makeDivider() {
+    auto* divider = new QFrame;
+    divider->setFixedHeight(1);
+    divider->setAutoFillBackground(true);
+    QPalette palette;
+    palette.setColor(QPalette::Window, separator);
+    divider->setPalette(palette);
+    return divider;
 }
 
 void setTextColor(QWidget& widget, const QColor& color) {

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QFont>
 
+class QFrame;
 class QWidget;
 
 namespace fernhollow::Theme {
@@ -24,6 +25,9 @@ inline constexpr QColor failure{0xff, 0x7b, 0x72};
 
 /// Gives every window of the program the dark appearance. Called once, before the first window.
 void applyDark();
+
+/// A line between what is above and below it.
+QFrame* makeDivider();
 
 /// Sets the colour of a widget's text.
 void setTextColor(QWidget& widget, const QColor& color);

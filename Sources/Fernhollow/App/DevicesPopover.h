@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Support/RelativeTime.h"
+
+#include <QFrame>
+
+#include <vector>
+
+class QLabel;
+class QScrollArea;
+class QVBoxLayout;
+
+namespace fernhollow {
+
+class Clock;
+class ElidedLabel;
+struct DeviceInfo;
+
+/// The list of the account's machines, above the widget that opened it, its anchor.
+///
+/// Lies in the anchor's window, not in one of its own, which a screen reader would not find. It takes the
+/// keyboard; Escape, a press outside and another window in front close it and give the keyboard back. It
+/// exists only while it is open: closing it deletes it. Keeps nothing of the records but what it shows.
+class DevicesPopover : public QFrame {
+    Q_OBJECT
+
+public:
+    DevicesPopover(const Clock& clock, QWidget* anchor);
+
+    void setDevices(const std::vector<DeviceInfo>& devices);
+
+Q_SIGNALS:
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct Row {
+        QWidget* widget;
+        ElidedLabel* name;
+        QLabel* lastSeen;
+    };
+
+    Row addRow();
+    bool isOutside(QObject* widget) const;
+    void place();
+
+    const Clock& clock_;
+    QWidget* anchor_;
+    RelativeTime relativeTime_;
+    QScrollArea* scroll_;
+    QVBoxLayout* list_;
+    QLabel* empty_;
+    std::vector<Row> rows_;
+};
+
+} // namespace fernhollow
