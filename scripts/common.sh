@@ -54,9 +54,10 @@ ensure_packages() {
     fi
 }
 
-# build PRESET [TARGET]: configures when that is due, then builds.
+# build PRESET [TARGET...]: configures when that is due, then builds.
 build() {
     local preset=$1 folder=build/$1
+    shift
     if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
         mkdir -p "$folder"
         if ! cmake --preset "$preset" >"$folder/configure.log" 2>&1; then
@@ -65,7 +66,7 @@ build() {
         fi
     fi
     local command=(cmake --build --preset "$preset")
-    [ $# -lt 2 ] || command+=(--target "$2")
+    [ $# -eq 0 ] || command+=(--target "$@")
     # A terminal shows one line that moves; elsewhere a line for every file would bury what matters.
     if [ -t 2 ]; then
         "${command[@]}" >&2
