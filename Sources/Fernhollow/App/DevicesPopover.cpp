@@ -111,7 +111,7 @@ DevicesPopover::Row DevicesPopover::addRow() {
     auto* lines = new QVBoxLayout;
     lines->setSpacing(lineSpacing);
     lines->addWidget(row.name);
-    lines->addWidget(row.lastSeen);
+    lines->addWidget(row.lastSeen, 0, Qt::AlignLeft); // in any script
 
     auto* columns = new QHBoxLayout(row.widget);
     columns->setContentsMargins(0, rowPadding, 0, rowPadding);
