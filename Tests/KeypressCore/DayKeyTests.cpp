@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <ostream>
 #include <unordered_set>
 
 namespace fernhollow {
@@ -38,6 +39,10 @@ struct ParseCase {
     const char* text;
     const char* day; ///< empty when the text is no day
 };
+
+void PrintTo(const ParseCase& parse, std::ostream* out) {
+    *out << '"' << parse.text << '"';
+}
 
 class DayKeyToInstant : public testing::TestWithParam<ParseCase> {};
 
