@@ -24,5 +24,10 @@ class FakedClock:
         os.pwrite(file, struct.pack("=q", int(moment.timestamp())), 0)
         os.close(file)
 
+    @property
+    def library(self):
+        """What the program that shall see this clock preloads."""
+        return self._library
+
     def environment(self):
-        return {"LD_PRELOAD": self._library, "FAKED_CLOCK": str(self._path)}
+        return {"FAKED_CLOCK": str(self._path)}

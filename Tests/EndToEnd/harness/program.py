@@ -34,7 +34,7 @@ def program_under_test():
 class Program:
     """The program of one person with a home of its own, on a desktop that may serve several."""
 
-    def __init__(self, desktop, name, clock=None, executable=None):
+    def __init__(self, desktop, name, clock=None, executable=None, backend=None):
         self.desktop = desktop
         self.home = desktop.folder / name
         self.home.mkdir(mode=0o700)
@@ -43,14 +43,22 @@ class Program:
         self.prefix = []
         self.executable = executable or program_under_test()
         self._clock = clock
+        self.backend = backend
 
     # Running
 
     def environment(self):
         environment = dict(self.desktop.environment, HOME=str(self.home))
         environment.update({name: str(folder) for name, folder in self.folders.items()})
+        preloaded = []
+        if "FERNHOLLOW_REDIRECTED_BACKEND" in os.environ:  # a test, that is, and no demonstration
+            environment["REDIRECTED_BACKEND"] = str(self.backend.port if self.backend else 0)
+            preloaded.append(os.environ["FERNHOLLOW_REDIRECTED_BACKEND"])
         if self._clock:
             environment.update(self._clock.environment())
+            preloaded.append(self._clock.library)
+        if preloaded:
+            environment["LD_PRELOAD"] = ":".join(preloaded)
         return environment
 
     def start(self):
@@ -245,6 +253,11 @@ class Program:
                 },
                 "registry": dict(database.execute("SELECT bundle_id, app_name FROM app_registry")),
             }
+
+    def device(self):
+        """The identifier of this installation."""
+        settings = "".join(_text(file) for file in self.folders["XDG_CONFIG_HOME"].rglob("*.conf"))
+        return re.search(r"deviceId=([0-9A-F-]{36})", settings)[1]
 
     def report(self):
         """What a reader of a failed test wants to see."""
