@@ -1,0 +1,92 @@
+-- The six answers, as JSON: what clients read.
+BEGIN;
+\ir helpers.sql
+SELECT no_plan();
+
+-- Two accounts with the same devices and applications; ada has two devices.
+SELECT pg_temp.day_row(email, device, day, count)
+FROM (VALUES
+    ('ada@example.org', 'desk', '2026-03-05', 100), ('ada@example.org', 'lap', '2026-03-05', 20),
+    ('ada@example.org', 'desk', '2026-03-04', 7), ('ada@example.org', 'desk', '2026-02-04', 5),
+    ('ada@example.org', 'desk', '2026-02-03', 3), ('ada@example.org', 'desk', '2026-03-06', 1000),
+    ('bob@example.org', 'desk', '2026-03-05', 9)) AS t (email, device, day, count);
+SELECT pg_temp.hour_row(email, device, '2026-03-05', hour, count)
+FROM (VALUES
+    ('ada@example.org', 'desk', 9, 60), ('ada@example.org', 'lap', 9, 15), ('ada@example.org', 'lap', 23, 5),
+    ('ada@example.org', 'desk', 0, 40), ('bob@example.org', 'desk', 9, 9)) AS t (email, device, hour, count);
+SELECT pg_temp.app_row(email, device, day, hour, bundle, count)
+FROM (VALUES
+    ('ada@example.org', 'desk', '2026-03-05', 9, 'org.editor', 50),
+    ('ada@example.org', 'lap', '2026-03-05', 9, 'org.editor', 15),
+    ('ada@example.org', 'lap', '2026-03-05', 10, 'org.editor', 2),
+    ('ada@example.org', 'desk', '2026-03-05', 9, 'unnamed', 10),
+    ('ada@example.org', 'desk', '2026-03-05', 9, 'blank', 1),
+    ('ada@example.org', 'desk', '2026-02-04', 9, 'org.editor', 5),
+    ('ada@example.org', 'desk', '2026-02-03', 9, 'org.editor', 3),
+    ('ada@example.org', 'desk', '2026-03-06', 9, 'org.editor', 1000),
+    ('bob@example.org', 'desk', '2026-03-05', 9, 'org.editor', 9)) AS t (email, device, day, hour, bundle, count);
+SELECT pg_temp.registry_row('ada@example.org', 'org.editor', 'Editor', true);
+SELECT pg_temp.registry_row('ada@example.org', 'blank', '', false);
+SELECT pg_temp.registry_row('bob@example.org', 'org.editor', 'Bob''s', false);
+SELECT pg_temp.registry_row('bob@example.org', 'unnamed', 'Bob''s too', false);
+
+-- Sorted here: only the devices promise an order.
+CREATE FUNCTION pg_temp.sorted(answer jsonb) RETURNS jsonb LANGUAGE sql AS $$
+    SELECT coalesce(jsonb_agg(row ORDER BY row), '[]') FROM jsonb_array_elements($1) AS row
+$$;
+SELECT is(pg_temp.sorted(pg_temp.rpc(call)), pg_temp.sorted(answer), call)
+FROM (VALUES
+    ($$get_account_today_total('ada@example.org', '2026-03-05')$$, '[{"get_account_today_total": 120}]'::jsonb),
+    ($$get_account_today_total('ada@example.org', '2026-01-01')$$, '[{"get_account_today_total": 0}]'),
+    ($$get_account_today_total('Ada@example.org', '2026-03-05')$$, '[{"get_account_today_total": 0}]'),
+    ($$get_account_daily_totals('ada@example.org', 30, '2026-03-05')$$,
+     '[{"day": "2026-02-04", "total_count": 5}, {"day": "2026-03-04", "total_count": 7},
+       {"day": "2026-03-05", "total_count": 120}]'),
+    ($$get_account_daily_totals('ada@example.org', 1, '2026-03-05')$$, '[{"day": "2026-03-05", "total_count": 120}]'),
+    ($$get_account_daily_totals('ada@example.org', 0, '2026-03-05')$$, '[]'),
+    ($$get_account_daily_totals('ada@example.org', -2147483648, '2026-03-05')$$, '[]'),
+    ($$get_account_daily_totals('ada@example.org', NULL, NULL)$$, '[]'),
+    ($$get_account_daily_totals('nobody@example.org', 30, '2026-03-05')$$, '[]'),
+    ($$get_account_hourly_totals('ada@example.org', '2026-03-05')$$,
+     '[{"hour": 0, "total_count": 40}, {"hour": 9, "total_count": 75}, {"hour": 23, "total_count": 5}]'),
+    ($$get_account_hourly_totals('ada@example.org', '2026-03-04')$$, '[]'),
+    ($$get_account_app_hourly_totals('ada@example.org', '2026-03-05')$$,
+     '[{"hour": 9, "bundle_id": "org.editor", "app_name": "Editor", "total_count": 65},
+       {"hour": 10, "bundle_id": "org.editor", "app_name": "Editor", "total_count": 2},
+       {"hour": 9, "bundle_id": "unnamed", "app_name": "unnamed", "total_count": 10},
+       {"hour": 9, "bundle_id": "blank", "app_name": "blank", "total_count": 1}]'),
+    ($$get_account_app_daily_totals('ada@example.org', 30, '2026-03-05')$$,
+     '[{"day": "2026-02-04", "bundle_id": "org.editor", "app_name": "Editor", "total_count": 5},
+       {"day": "2026-03-05", "bundle_id": "org.editor", "app_name": "Editor", "total_count": 67},
+       {"day": "2026-03-05", "bundle_id": "unnamed", "app_name": "unnamed", "total_count": 10},
+       {"day": "2026-03-05", "bundle_id": "blank", "app_name": "blank", "total_count": 1}]'),
+    ($$get_account_app_daily_totals('ada@example.org', 0, '2026-03-05')$$, '[]')) AS t (call, answer);
+
+-- However many days are asked for, a year and a day is what is read, and no sum leaves bigint.
+SELECT pg_temp.day_row('cleo@example.org', 'desk', (DATE '2026-03-05' - back)::text, 1000000000000)
+FROM generate_series(0, 400) AS back;
+SELECT is(jsonb_array_length(pg_temp.rpc(format('get_account_daily_totals(''cleo@example.org'', %s, ''2026-03-05'')', days))),
+          366, format('%s days are 366', days))
+FROM unnest(ARRAY[366, 367, 100000, 2147483647]) AS days;
+SELECT is(jsonb_typeof(pg_temp.rpc($$get_account_today_total('cleo@example.org', '2026-03-05')$$) -> 0 -> 'get_account_today_total'),
+          'number', 'a total is a JSON number');
+
+-- The latest first, whatever zone and date style the connection was given.
+SET LOCAL timezone = 'Asia/Kathmandu';
+SET LOCAL datestyle = 'SQL, DMY';
+SELECT pg_temp.device('ada@example.org', device, name, seen)
+FROM (VALUES
+    ('d1', 'old', '2025-12-31T23:59:59Z'), ('d2', 'b', '2026-03-05T14:07:09Z'),
+    ('d3', 'a', '2026-03-05T14:07:09Z'), ('d4', 'new', '2026-03-05T14:07:10.999Z')) AS t (device, name, seen);
+SELECT pg_temp.device('bob@example.org', 'd1', 'not hers', '2026-03-05T14:07:09Z');
+SELECT is(pg_temp.rpc($$get_account_devices('ada@example.org')$$),
+    '[{"device_id": "d4", "device_name": "new", "last_seen_at": "2026-03-05T14:07:10Z"},
+      {"device_id": "d3", "device_name": "a", "last_seen_at": "2026-03-05T14:07:09Z"},
+      {"device_id": "d2", "device_name": "b", "last_seen_at": "2026-03-05T14:07:09Z"},
+      {"device_id": "d1", "device_name": "old", "last_seen_at": "2025-12-31T23:59:59Z"}]'::jsonb,
+    'the devices');
+SELECT is(pg_temp.sorted(pg_temp.rpc($$get_account_daily_totals('ada@example.org', 1, '2026-03-05')$$)),
+          '[{"day": "2026-03-05", "total_count": 120}]'::jsonb, 'days keep their form in any date style');
+
+SELECT * FROM finish();
+ROLLBACK;
