@@ -13,7 +13,7 @@ namespace fernhollow::backend {
 struct ServerLimits {
     std::size_t workers = 8; // each with a connection to the database
     std::size_t idleConnections = 400;
-    std::size_t bodyBytes = 1024 * 1024;
+    std::size_t bodyBytes = 1UL << 20;
     std::chrono::milliseconds requestTime{20'000};
     std::chrono::milliseconds idleTime{60'000};
 };

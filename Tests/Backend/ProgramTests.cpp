@@ -1,4 +1,5 @@
 #include "Backend/RunningBackend.h"
+#include "local/Descriptor.h"
 
 #include <csignal>
 #include <sys/wait.h>
@@ -15,7 +16,7 @@ public:
     explicit Program(std::vector<std::string> arguments) {
         int ends[2];
         EXPECT_EQ(pipe(ends), 0);
-        output_ = fdopen(ends[0], "r");
+        output_ = Descriptor(ends[0]);
         arguments.insert(arguments.begin(), BACKEND_PROGRAM);
         std::vector<char*> pointers;
         for (auto& argument : arguments) {
@@ -36,14 +37,18 @@ public:
             kill(process_, SIGKILL);
             waitpid(process_, nullptr, 0);
         }
-        std::fclose(output_);
     }
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    /// The next line without its end; nothing after the last.
     std::string line() {
-        std::array<char, 1024> text{};
-        return std::fgets(text.data(), text.size(), output_) ? text.data() : "";
+        std::string text;
+        char c = 0;
+        while (read(output_.get(), &c, 1) == 1 && c != '\n') {
+            text += c;
+        }
+        return text;
     }
 
     void signal(int number) const { kill(process_, number); }
@@ -57,7 +62,7 @@ public:
     }
 
 private:
-    FILE* output_ = nullptr;
+    Descriptor output_;
     pid_t process_ = 0;
 };
 
