@@ -68,6 +68,7 @@ DevicesPopover::DevicesPopover(const Clock& clock, QWidget* anchor)
     list_->addWidget(empty_);
     scroll_ = makeScrollArea(content);
     scroll_->setAccessibleName(title);
+    scroll_->setFixedHeight(0); // until place() knows better
     setFocusProxy(scroll_);
     scroll_->setFocusPolicy(Qt::StrongFocus);
 
@@ -92,11 +93,11 @@ void DevicesPopover::setDevices(const std::vector<DeviceInfo>& devices) {
     }
     empty_->setVisible(devices.empty());
 
-    const Instant now = clock_.now();
     for (std::size_t i = 0; i < devices.size(); ++i) {
         rows_[i].name->setFullText(QString::fromStdString(devices[i].device_name));
-        rows_[i].lastSeen->setText(
-            QString::fromStdString(relativeTime_(devices[i].lastSeenDate(clock_), now)));
+        const Instant lastSeen = devices[i].lastSeenDate(clock_);
+        const Instant now = clock_.now(); // read second, so that a time nobody knows is not ahead of it
+        rows_[i].lastSeen->setText(QString::fromStdString(relativeTime_(lastSeen, now)));
     }
     place();
 }
@@ -123,26 +124,22 @@ DevicesPopover::Row DevicesPopover::addRow() {
     return row;
 }
 
-// The rows scroll in what room there is.
+// The rows scroll in what room there is. Nothing grows on the way to its size: it would scroll back.
 void DevicesPopover::place() {
     for (const Row& row : rows_) { // Qt's layouts notice new texts only later
         row.widget->layout()->invalidate();
         row.widget->layout()->activate();
     }
     list_->activate();
-    list_->setContentsMargins(0, 0, 0, 0);
     const QPoint corner = anchor_->mapTo(parentWidget(), QPoint());
-    const QSize rows = list_->totalSizeHint();
-    scroll_->setFixedHeight(rows.height());
-    const int rest = layout()->totalSizeHint().height() - rows.height();
+    const QSize rows = list_->totalSizeHint() - QSize(list_->contentsMargins().right(), 0);
+    const int rest = layout()->totalSizeHint().height() - scroll_->minimumHeight();
     const int room = corner.y() - 2 * gap - rest;
     const int shown = std::max(std::min(rows.height(), room), 0);
     scroll_->setFixedHeight(shown);
-    int scrollBar = 0;
-    if (shown < rows.height()) {
-        list_->setContentsMargins(0, 0, scrollBarGap, 0);
-        scrollBar = scrollBarGap + scroll_->verticalScrollBar()->sizeHint().width();
-    }
+    const bool scrolls = shown < rows.height();
+    const int scrollBar = scrolls ? scrollBarGap + scroll_->verticalScrollBar()->sizeHint().width() : 0;
+    list_->setContentsMargins(0, 0, scrolls ? scrollBarGap : 0, 0);
     const int sides = 2 * padding + contentsMargins().left() + contentsMargins().right();
     scroll_->setMinimumWidth(std::min(rows.width() + scrollBar, widest - sides));
 
