@@ -56,7 +56,7 @@ void serveUntilSignal(const Options& options) {
     int signal = 0;
     sigwait(&signals, &signal);
     server.stop();
-    if (serving.wait_for(std::chrono::milliseconds(700)) != std::future_status::ready) {
+    if (serving.wait_for(std::chrono::milliseconds(500)) != std::future_status::ready) {
         std::_Exit(0); // a statement does not end; the database rolls it back
     }
 }
