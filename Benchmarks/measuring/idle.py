@@ -1,22 +1,33 @@
-"""A minute in which nobody does anything."""
+"""A minute in which nobody does anything, a quarter of an hour after the last press."""
 
 import contextlib
+import datetime
 import time
+
+from harness.backend import Backend
+from harness.clock import FakedClock
 
 from .figures import Figure, Samples, at_most, times
 from .meter import usage
-from .stage import SETTLING, make_history
+from .stage import SETTLING, make_history, uploaded
 
 
 def measure(stage, seconds):
     """All four side by side: they sleep nearly always, and so they share the machine's noise."""
     database = stage.desktop.folder / "refreshed.sqlite"
     first, last = make_history(stage, database)
+    clock = FakedClock(stage.desktop.folder / "clock")
+    noon = datetime.datetime.now().replace(hour=12, minute=0)
+    clock.set(noon.isoformat())
     with contextlib.ExitStack() as stack:
+        backend = stack.enter_context(contextlib.closing(Backend().start()))
         tray = stack.enter_context(stage.floor("bare_tray"))
-        refresh = stack.enter_context(stage.floor("bare_refresh", database, first, last))
         signed_out = stack.enter_context(stage.person(signed_in=False).program())
-        signed_in = stack.enter_context(stage.person(signed_in=True).program())
+        person = stage.person(signed_in=True, backend_port=backend.port, clock=clock)
+        signed_in = stack.enter_context(person.program())
+        uploaded(person)
+        refresh = stack.enter_context(stage.floor("bare_refresh", database, first, last, backend.port))
+        clock.set((noon + datetime.timedelta(minutes=20)).isoformat())
         time.sleep(SETTLING)
         watched = [tray, refresh, signed_out, signed_in]
         begin = time.monotonic()

@@ -3,6 +3,7 @@
 import base64
 import contextlib
 import json
+import os
 import pathlib
 import sqlite3
 import subprocess
@@ -31,6 +32,10 @@ class Stage:
         self.desktop = Desktop(host="tray" if tray else None, time_zone="Europe/Berlin")
         # It is for tests that read windows and costs each toolkit program some memory.
         self.desktop.environment.pop("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", None)
+        # Not the backend of whoever measures.
+        os.environ["FERNHOLLOW_BACKEND"] = self.tool("fernhollow-backend")
+        os.environ["FERNHOLLOW_FAKED_CLOCK"] = str(build / "Tests/EndToEnd/libfaked_clock.so")
+        self.redirection = str(build / "Tests/EndToEnd/libredirected_backend.so")
         self._people = 0
 
     def __enter__(self):
@@ -42,9 +47,17 @@ class Stage:
     def tool(self, name):
         return str(self.build / name)
 
-    def person(self, signed_in):
+    def person(self, signed_in, backend_port=0, clock=None):
+        """Somebody whose backend is at a port of this machine or, with port 0, out of reach."""
         self._people += 1
-        return Person(self, f"person{self._people}", signed_in)
+        person = Person(self, f"person{self._people}", signed_in)
+        preloaded = [self.redirection]
+        if clock:
+            preloaded.append(clock.library)
+            person.environment.update(clock.environment())
+        person.environment["LD_PRELOAD"] = ":".join(preloaded)
+        person.environment["REDIRECTED_BACKEND"] = str(backend_port)
+        return person
 
     @contextlib.contextmanager
     def floor(self, name, *arguments, **options):
@@ -110,6 +123,12 @@ class Person:
         uri = self.database.as_uri() + "?mode=ro"
         with contextlib.closing(sqlite3.connect(uri, uri=True)) as database:
             return database.execute("SELECT SUM(count) FROM hourly_counts").fetchone()[0]
+
+
+def uploaded(person):
+    """Waits until the history has reached the backend."""
+    done = "uploadAllAppHistory completed"
+    wait_until(lambda: done in (person.home / "fernhollow_debug.log").read_text(), "the upload", 300, 1)
 
 
 def make_history(stage, database):

@@ -52,7 +52,7 @@ class Machine:
 class Synchronisation(unittest.TestCase):
     def setUp(self):
         self.backend = Backend()
-        self.addCleanup(self.backend.end)
+        self.addCleanup(self.backend.close)
         self.backend.start()
         self.machines = []
         self.berlin = self.machine("berlin", "Europe/Berlin")

@@ -56,7 +56,7 @@ class Backend:
             processes.end(self._process)
             self._process = None
 
-    def end(self):
+    def close(self):
         self.stop()
         subprocess.run([POSTGRES, "remove", self._folder / "postgres"], capture_output=True, timeout=60)
         shutil.rmtree(self._folder, ignore_errors=True)
