@@ -4,29 +4,34 @@
 CREATE SCHEMA fernhollow;
 GRANT USAGE ON SCHEMA fernhollow TO anon;
 
--- The one select asks for a single row. A request that would look at a second one is somebody listing what
--- is not his, and ends here. Evaluated only for rows that the request's equality filters leave over,
--- because equality never leaks what it compares.
-CREATE FUNCTION fernhollow.only_row_of_request() RETURNS boolean
+CREATE FUNCTION fernhollow.refuse_second_row() RETURNS boolean
     LANGUAGE plpgsql
     VOLATILE
     SET search_path = pg_catalog, pg_temp
 AS $$
 BEGIN
-    IF coalesce(current_setting('request.method', true), '') NOT IN ('GET', 'HEAD') THEN
-        RETURN false;
-    END IF;
-    IF current_setting('fernhollow.row_was_read', true) = 'yes' THEN
-        RAISE insufficient_privilege USING
-            MESSAGE = 'a request reads one row',
-            HINT = 'Filter by customer_email, device_id and day.';
-    END IF;
-    PERFORM set_config('fernhollow.row_was_read', 'yes', true);
-    RETURN true;
+    RAISE insufficient_privilege USING
+        MESSAGE = 'a request reads one row',
+        HINT = 'Filter by customer_email, device_id and day.';
 END
 $$;
-REVOKE ALL ON FUNCTION fernhollow.only_row_of_request() FROM PUBLIC;
-GRANT EXECUTE ON FUNCTION fernhollow.only_row_of_request() TO anon;
+
+-- The one select asks for a single row. A request that would look at a second one is somebody listing what
+-- is not his, and ends here. Asked only of the rows that a request's own equality filters leave over,
+-- because equality tells nobody what it compares. Plain SQL without settings of its own, so that it becomes
+-- part of the statement; called, it would cost more than the select.
+CREATE FUNCTION fernhollow.only_row_of_request() RETURNS boolean
+    LANGUAGE sql
+    VOLATILE
+AS $$
+    SELECT CASE
+        WHEN coalesce(current_setting('request.method', true), '') NOT IN ('GET', 'HEAD') THEN false
+        WHEN current_setting('fernhollow.row_was_read', true) = 'yes' THEN fernhollow.refuse_second_row()
+        ELSE set_config('fernhollow.row_was_read', 'yes', true) = 'yes'
+    END
+$$;
+REVOKE ALL ON FUNCTION fernhollow.refuse_second_row(), fernhollow.only_row_of_request() FROM PUBLIC;
+GRANT EXECUTE ON FUNCTION fernhollow.refuse_second_row(), fernhollow.only_row_of_request() TO anon;
 
 -- Rights of tables are all or nothing for their rows, and some (TRUNCATE) ask no policy: none but these.
 REVOKE ALL ON public.device_day_counts, public.device_hour_counts, public.device_app_hour_counts,
