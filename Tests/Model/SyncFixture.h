@@ -6,6 +6,8 @@
 #include "Support/HttpSession.h"
 #include "Support/RecordingServer.h"
 
+#include <QThread>
+
 namespace fernhollow::tests {
 
 /// A sync engine with a real store that talks to a recording server, all on the test's thread and clock.
@@ -68,7 +70,11 @@ protected:
             QCoreApplication::sendPostedEvents();
             const bool isQuiet = session_.underWay() == server_.unanswered() &&
                                  executor_.underWay() + modelSleepers_ == clock_.sleepers();
-            return (quietTurns = isQuiet ? quietTurns + 1 : 0) > 2;
+            if (server_.unanswered() > 0) { // the next request may be on its way to the server
+                QThread::msleep(1);
+            }
+            quietTurns = isQuiet ? quietTurns + 1 : 0;
+            return quietTurns > (server_.unanswered() > 0 ? 50 : 2);
         }));
     }
 

@@ -44,7 +44,6 @@ TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
         EXPECT_GT(server_.to("devices").size(), cycles);
         EXPECT_THAT(server_.to("elsewhere"), IsEmpty());
     }
-    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Failed to upsert day count: HTTP 500 - {}\n"));
     EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: the answer is too large\n"));
     EXPECT_THAT(home_.log(), Not(HasSubstr("xxxxx")));
     EXPECT_EQ(await(store_->count(today)), 3);
@@ -71,6 +70,42 @@ TEST_F(SyncNetwork, GoesOnWhereNobodyListens) {
     EXPECT_THAT(log, HasSubstr(line));
     EXPECT_EQ(log.find(line, log.find(line, log.find(line, log.find(line) + 1) + 1) + 1), std::string::npos)
         << "more than three of the rows were tried";
+}
+
+TEST_F(SyncNetwork, SendsADayAgainOnceTheBackendAnswersAgain) {
+    openStore();
+    await(store_->increment(DayKey("2026-03-04"), 40, 1));
+    answers_["device_day_counts"] = {.status = 503, .body = "{}"};
+    startSync();
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(40));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Failed to upsert day count: HTTP 503 - {}\n"));
+    answers_.clear();
+    pass(1s); // the upload that failed is tried again
+    pass(1s); // and that was the last time
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(40, 40));
+
+    answers_["device_day_counts"] = {.status = 400};
+    coordinator_->markDirty(DayKey("2026-03-04"), std::nullopt);
+    pass(1s);
+    answers_.clear();
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(40, 40, 40)) << "a refusal is final";
+}
+
+// Taken for nothing, the server's larger count would be replaced.
+TEST_F(SyncNetwork, SendsNoDayOfWhichItCouldNotLearnTheServersCount) {
+    openStore();
+    await(store_->increment(today, 30, 1));
+    answers_["GET"].status = 500;
+    startSync();
+    pass(1s);
+    answers_["GET"] = {.body = "<html></html>"};
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), IsEmpty());
+    answers_["GET"] = {.body = R"([{"count":120}])"};
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(150));
 }
 
 TEST_F(SyncNetwork, BreaksOffWhatHangsWhenItIsGivenUp) {

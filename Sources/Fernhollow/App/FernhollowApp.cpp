@@ -9,7 +9,9 @@
 #include "Support/DebugLog.h"
 
 #include <QGuiApplication>
+#include <QHostInfo>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace fernhollow {
@@ -35,13 +37,21 @@ void flushNow() {
     }
 }
 
+FernhollowApp* running = nullptr;
+
 void endAtExit() {
-    if (const auto& model = AppStateHolder::shared().model) {
-        logUnless(model->shutDown(lastFlushLimit));
+    if (running != nullptr) {
+        running->end();
+        leave(EXIT_FAILURE);
     }
 }
 
 } // namespace
+
+void leave(int status) {
+    std::fflush(nullptr);
+    std::_Exit(status);
+}
 
 FernhollowApp::FernhollowApp()
     : syncThread_(clock_), taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
@@ -59,14 +69,26 @@ FernhollowApp::FernhollowApp()
     AppStateHolder::shared() = {model_, account_, &clock_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
-    // The toolkit calls exit() when the display goes away, which is how many sessions end.
+    // The toolkit calls exit() when the display goes away, which is how many sessions end. Its lookups of
+    // names are made first of all, so that their end, which waits for name servers, comes after ours.
+    QHostInfo::lookupHost(QStringLiteral("127.0.0.1"), &appDelegate_, [](const QHostInfo&) {});
+    running = this;
     std::atexit(endAtExit);
 }
 
-FernhollowApp::~FernhollowApp() {
+bool FernhollowApp::end() {
     logUnless(model_->shutDown(lastFlushLimit));
-    if (!syncThread_.finish(syncEndLimit)) {
-        debugLog("[FernhollowApp] The sync engine did not end in time");
+    if (syncThread_.finish(syncEndLimit)) {
+        return true;
+    }
+    debugLog("[FernhollowApp] The sync engine did not end in time");
+    return false;
+}
+
+FernhollowApp::~FernhollowApp() {
+    running = nullptr;
+    if (!end()) {
+        leave(EXIT_SUCCESS);
     }
     tasks_.stop();
     AppStateHolder::shared() = {};

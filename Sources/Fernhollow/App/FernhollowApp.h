@@ -14,6 +14,10 @@ namespace fernhollow {
 class AccountManager;
 class AppModel;
 
+/// Ends the process without what remains of it: once all is written, the toolkit would only go on waiting for
+/// name servers that do not answer.
+[[noreturn]] void leave(int status);
+
 /// The application entry value: creates the long-lived objects in their order, keeps them for the life
 /// of the process and ends them so that no press is lost. Main thread.
 class FernhollowApp {
@@ -24,6 +28,10 @@ public:
     FernhollowApp& operator=(const FernhollowApp&) = delete;
 
     AppDelegate& delegate() { return appDelegate_; }
+
+    /// Writes what is left, then ends the sync engine; false when the latter takes too long, so that nothing
+    /// may be destroyed any more.
+    bool end();
 
 private:
     SystemClock clock_;

@@ -95,16 +95,7 @@ bool hasDisplay() {
     return (platform.isEmpty() && !qgetenv("WAYLAND_DISPLAY").isEmpty()) || isDisplayReachable();
 }
 
-int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
-    if (!hasDisplay()) {
-        std::fputs("fernhollow: no display answers: start it in a desktop session\n", stderr);
-        return EXIT_FAILURE;
-    }
-    QApplication::setDesktopFileName(QString::fromUtf8(applicationIdentifier.data()));
-    const QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    Theme::applyDark();
-
+int runApplication(QApplication& application, SingleInstance& instance, bool showWindow) {
     FernhollowApp fernhollow;
     AppDelegate& delegate = fernhollow.delegate();
     const TerminationSignals termination;
@@ -126,6 +117,24 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
         delegate.activate();
     }
     return QApplication::exec();
+}
+
+int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
+    if (!hasDisplay()) {
+        std::fputs("fernhollow: no display answers: start it in a desktop session\n", stderr);
+        return EXIT_FAILURE;
+    }
+    QApplication::setDesktopFileName(QString::fromUtf8(applicationIdentifier.data()));
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    Theme::applyDark();
+
+    const int status = runApplication(application, instance, showWindow);
+#ifndef FERNHOLLOW_LOOKS_FOR_LEAKS // which happens at an ordinary end
+    leave(status);
+#else
+    return status;
+#endif
 }
 
 } // namespace

@@ -4,9 +4,12 @@
 #include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
+#include "Model/Sync/SyncRules.h"
 #include "Support/DebugLog.h"
 #include "Support/Sleep.h"
 #include "Support/TaskScope.h"
+
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <utility>
@@ -34,6 +37,9 @@ bool AppModel::rolloverIfNeeded(Instant now) {
     const std::int64_t oldPending = std::exchange(pending_, 0);
     todayCount.set(0);
     todayCountAggregated.set(0);
+    if (cloudSync_) {
+        cloudSync_->forceResetTodayCaches(); // before anybody can ask for the total again
+    }
     tasks_.start([self = shared_from_this(), ended = EndedDay{store_, cloudSync_, oldDay, oldPending}](
                      std::stop_token) { return finishDay(self, ended); });
     return true;
@@ -50,7 +56,6 @@ QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, EndedDay ended
     }
     if (ended.cloudSync) {
         ended.cloudSync->markDirty(ended.day, std::nullopt);
-        co_await ended.cloudSync->forceResetTodayCaches();
     }
     co_await self->refreshFromDisk();
 }
@@ -108,8 +113,8 @@ QCoro::Task<> AppModel::refreshDevices() {
         co_return;
     }
     isAskingForDevices_ = true;
+    const auto asked = qScopeGuard([self] { self->isAskingForDevices_ = false; });
     auto devices = co_await cloudSync->getConnectedDevices();
-    isAskingForDevices_ = false;
     if (cloudSync == cloudSync_) { // else they are another account's
         account_.connectedDevices.set(std::move(devices));
     }
@@ -139,7 +144,7 @@ void AppModel::showToday(std::int64_t remoteTotal) {
     if (!cloudSync_) {
         todayCount.set(localTodayCount_);
         todayCountAggregated.set(aggregated);
-    } else if (localTodayCount_ == 0 && remoteTotal >= 1) {
+    } else if (localTodayCount_ == 0 && remoteTotal >= 1 && remoteTotal <= implausibleCount) {
         todayCountAggregated.set(remoteTotal);
         todayCount.set(remoteTotal);
         debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");
@@ -160,7 +165,7 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     const Instant first = std::max(calendar_.addingDays(*today, -(historyDays - 1)).value_or(*today),
                                    AppTracker::minValidDate(clock_));
     CountsByDay local;
-    std::shared_ptr<const HistoryCache> remote;
+    auto remote = std::make_shared<const HistoryCache>();
     if (store) {
         try {
             auto rows = store->fetchCounts(DayKey(first, calendar_), day);
@@ -179,7 +184,7 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     }
     debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + currentDay_.rawValue +
              ", todayCountAggregated=" + std::to_string(todayCountAggregated.get()));
-    last30Days.set(history(first, *today, local, remote ? *remote : HistoryCache()));
+    last30Days.set(history(first, *today, local, *remote));
 }
 
 std::vector<DailyCountPoint> AppModel::history(Instant first, Instant today, const CountsByDay& local,

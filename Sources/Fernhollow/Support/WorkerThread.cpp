@@ -6,6 +6,8 @@
 #include <QDeadlineTimer>
 #include <QTimer>
 
+#include <utility>
+
 namespace fernhollow {
 namespace {
 
@@ -32,10 +34,8 @@ WorkerThread::WorkerThread(const QString& name)
 }
 
 WorkerThread::~WorkerThread() {
-    if (!finish(1s)) {
+    while (!finish(1s)) {
         debugLog("[Tasks] The thread " + thread_->objectName().toStdString() + " does not end");
-        static_cast<void>(thread_.release()); // destroying a thread that runs would end the program
-        static_cast<void>(executor_.release());
     }
 }
 
@@ -43,7 +43,9 @@ bool WorkerThread::finish(std::chrono::milliseconds limit) {
     if (thread_->isFinished()) {
         return true;
     }
-    executor_->post([this] { quitWhenIdle(); });
+    if (!std::exchange(isEnding_, true)) {
+        executor_->post([this] { quitWhenIdle(); });
+    }
     const QDeadlineTimer deadline(limit);
     while (!thread_->wait(QDeadlineTimer(endingStep))) {
         QCoreApplication::sendPostedEvents(); // what coroutines of the thread still ask this one for

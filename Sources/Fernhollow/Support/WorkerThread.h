@@ -12,7 +12,8 @@ namespace fernhollow {
 
 /// A thread with an event loop of its own, whose coroutines come to their end before it does.
 ///
-/// Made and ended by the main thread. Whoever started coroutines here asks them to stop before.
+/// Made and ended by the main thread; destroying it waits for them. Whoever started coroutines here asks them
+/// to stop before.
 class WorkerThread {
 public:
     explicit WorkerThread(const QString& name);
@@ -33,6 +34,7 @@ private:
     void quitWhenIdle();
 
     std::unique_ptr<QThread> thread_;
+    bool isEnding_ = false;
     std::unique_ptr<EventLoopExecutor> executor_; // outlives the thread: answers on their way may ask again
 };
 

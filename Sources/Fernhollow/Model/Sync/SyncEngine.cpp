@@ -8,6 +8,8 @@
 #include "Support/EventLoopExecutor.h"
 #include "Support/Sleep.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <utility>
 
@@ -111,11 +113,13 @@ QCoro::Task<> SyncEngine::performSync(Self self) {
         co_return;
     }
     self->isSyncing_ = true;
+    const auto ended = qScopeGuard([&self, &stop] {
+        if (!stop.stop_requested()) { // else it was cleared with all the rest
+            self->isSyncing_ = false;
+        }
+    });
     co_await runCycle(self, self->makeSession(std::move(*email)));
-    if (!stop.stop_requested()) {
-        self->lastSyncTime_ = self->surroundings_.clock.now();
-        self->isSyncing_ = false;
-    }
+    self->lastSyncTime_ = self->surroundings_.clock.now();
 }
 
 QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
@@ -135,6 +139,20 @@ QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
     co_await downloadAppDaily(self, session);
     co_await registerDevice(self, session);
     co_await self->publishDevices(self, session);
+    if (!session->stop.stop_requested()) {
+        self->keepLostDays(*session, days);
+    }
+}
+
+// A machine may be offline over midnight and run on for months: nothing else would send that day again.
+void SyncEngine::keepLostDays(const Session& session, std::unordered_set<DayKey> days) {
+    if (session.isWriteLost) {
+        lostDays_.merge(days);
+    }
+    if (session.failuresInARow == 0) {
+        dirtyDays_.merge(lostDays_);
+        lostDays_.clear();
+    }
 }
 
 QCoro::Task<> SyncEngine::publishDevices(Self self, Shared session) {
@@ -166,6 +184,7 @@ auto SyncEngine::pause() -> Pause {
 void SyncEngine::reset() {
     std::exchange(stop_, {}).request_stop();
     dirtyDays_.clear();
+    lostDays_.clear();
     lastScheduled_.reset();
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();
@@ -174,6 +193,10 @@ void SyncEngine::reset() {
     lastSyncTime_.reset();
     lastActivityTime_ = surroundings_.clock.now();
     debugLog("[CloudSync] Reset completed - all caches cleared");
+}
+
+void SyncEngine::Session::noteWrite(const std::optional<HttpAnswer>& answer) {
+    isWriteLost |= !answer || mayAnswerLater(answer->status);
 }
 
 QCoro::Task<std::optional<HttpAnswer>>
@@ -198,10 +221,15 @@ SyncEngine::send(Self self, Shared session, BackendRequests::Request request, st
 
 QCoro::Task<> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
                                 std::string_view failure, std::string_view refusal) {
+    if (!request) {
+        co_return;
+    }
     if (session->failuresInARow >= outOfReach) {
+        session->noteWrite(std::nullopt);
         co_return;
     }
     const auto answer = co_await send(self, session, std::move(request), failure);
+    session->noteWrite(answer);
     if (answer && !answer->isSuccess()) {
         debugLog("[CloudSync] " + std::string(refusal) + ": HTTP " + std::to_string(answer->status));
     }

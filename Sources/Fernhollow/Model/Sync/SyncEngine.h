@@ -78,7 +78,10 @@ private:
         std::string email;
         BackendRequests requests;
         std::stop_token stop;
-        int failuresInARow = 0; ///< requests that had no answer
+        int failuresInARow = 0;   ///< requests that had no answer
+        bool isWriteLost = false; ///< a write had no answer, or one that may be another later
+
+        void noteWrite(const std::optional<HttpAnswer>& answer);
     };
     using Shared = std::shared_ptr<Session>;
 
@@ -95,6 +98,7 @@ private:
     static QCoro::Task<> performSync(Self self);
     static QCoro::Task<> runCycle(Self self, Shared session);
     QCoro::Task<std::optional<std::string>> signedInEmail();
+    void keepLostDays(const Session& session, std::unordered_set<DayKey> days);
     QCoro::Task<> publishDevices(Self self, Shared session);
     Shared makeSession(std::string email) const;
     DayKey today() const { return DayKey(surroundings_.clock.now(), calendar_); }
@@ -117,7 +121,7 @@ private:
     QCoro::Task<std::shared_ptr<const Registry>> fetchRegistry();
     static QCoro::Task<> upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count);
     static QCoro::Task<> registerDevice(Self self, Shared session);
-    static QCoro::Task<std::int64_t> fetchDeviceCount(Self self, Shared session, DayKey day);
+    static QCoro::Task<std::optional<std::int64_t>> fetchDeviceCount(Self self, Shared session, DayKey day);
 
     // Downloads, in SyncDownload.cpp.
     static QCoro::Task<> downloadTotals(Self self, Shared session);
@@ -144,6 +148,7 @@ private:
     std::string deviceId_;
     std::optional<SupabaseConfig> config_;
     std::unordered_set<DayKey> dirtyDays_;
+    std::unordered_set<DayKey> lostDays_; // not all of them was taken; dirty again once the backend answers
     bool isSyncing_ = false;
     std::int64_t remoteTodayTotal_ = 0;
     std::shared_ptr<const HistoryCache> remoteHistory_ = std::make_shared<HistoryCache>();

@@ -1,7 +1,5 @@
 #include "Model/Sync/SyncRules.h"
 
-#include <limits>
-
 namespace fernhollow {
 
 using namespace std::chrono_literals;
@@ -12,17 +10,13 @@ std::chrono::seconds periodicPause(std::chrono::duration<double> idle) {
 }
 
 DayMerge DayMerge::of(std::int64_t local, std::int64_t remote) {
-    if (local >= remote) {
+    if (local >= remote || remote > implausibleCount) {
         return {Kind::uploadLocal, local};
     }
     if (local <= 0) {
         return {Kind::restore, remote};
     }
-    std::int64_t sum = 0;
-    if (__builtin_add_overflow(local, remote, &sum)) {
-        sum = std::numeric_limits<std::int64_t>::max();
-    }
-    return {Kind::add, sum};
+    return {Kind::add, local + remote};
 }
 
 } // namespace fernhollow

@@ -8,6 +8,15 @@ namespace fernhollow {
 /// How long the periodic loop pauses when nothing was counted for `idle`.
 std::chrono::seconds periodicPause(std::chrono::duration<double> idle);
 
+/// Whether a server that answered with this status may answer otherwise soon: too many requests (429), or
+/// a trouble of its own.
+constexpr bool mayAnswerLater(int status) {
+    return status == 429 || status >= 500;
+}
+
+/// More presses than an account ever has; what a backend says beyond it is not believed.
+constexpr std::int64_t implausibleCount = 1'000'000'000'000'000;
+
 /// What becomes of a day that this device counted here and that the backend knows of from this device.
 struct DayMerge {
     enum class Kind {

@@ -113,19 +113,21 @@ QCoro::Task<> SyncEngine::uploadDay(Self self, Shared session, DayKey day) {
     if (session->stop.stop_requested()) {
         co_return;
     }
-    const auto merge = DayMerge::of(local.value_or(0), remote);
+    if (!local || !remote) {
+        session->isWriteLost = true; // a guess could replace a larger count there or here
+        co_return;
+    }
+    const auto merge = DayMerge::of(*local, *remote);
     if (merge.kind == DayMerge::Kind::restore) {
-        debugLog("[CloudSync] Syncing up: local (0) -> remote (" + std::to_string(remote) + ") for " +
+        debugLog("[CloudSync] Syncing up: local (0) -> remote (" + std::to_string(*remote) + ") for " +
                  day.rawValue);
     } else if (merge.kind == DayMerge::Kind::add) {
-        debugLog("[CloudSync] Merging: remote (" + std::to_string(remote) + ") + local (" +
+        debugLog("[CloudSync] Merging: remote (" + std::to_string(*remote) + ") + local (" +
                  std::to_string(*local) + ") = " + std::to_string(merge.count) + " for " + day.rawValue);
     }
-    // Added instead of overwritten: presses that were flushed while the backend answered are kept. What
-    // could not be read is not written; and a sum that is not in the store is not sent, or the next cycle
-    // would add to it again.
-    if (merge.kind != DayMerge::Kind::uploadLocal && local &&
-        !co_await self->addToLocal(day, merge.count - *local)) {
+    // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
+    // that is not in the store is not sent, or the next cycle would add to it again.
+    if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
         co_return;
     }
     co_await upsertDayCount(self, session, day, merge.count);
@@ -245,6 +247,7 @@ QCoro::Task<> SyncEngine::upsertDayCount(Self self, Shared session, DayKey day, 
     const auto answer =
         co_await send(self, session, session->requests.upsertDayCount(session->email, day, count, now),
                       "Error uploading day count");
+    session->noteWrite(answer);
     if (answer && answer->isSuccess()) {
         debugLog("[CloudSync] Day count uploaded successfully for " + day.rawValue);
     } else if (answer) {
@@ -274,14 +277,21 @@ QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
     }
 }
 
-QCoro::Task<std::int64_t> SyncEngine::fetchDeviceCount(Self self, Shared session, DayKey day) {
+// Nothing when that cannot be told now; what the backend refuses to tell counts as 0.
+QCoro::Task<std::optional<std::int64_t>> SyncEngine::fetchDeviceCount(Self self, Shared session, DayKey day) {
     const auto answer = co_await send(self, session, session->requests.fetchDeviceCount(session->email, day),
                                       "Error fetching device count");
-    if (!answer || !answer->isSuccess()) {
+    if (!answer || mayAnswerLater(answer->status)) {
+        co_return std::nullopt;
+    }
+    if (!answer->isSuccess()) {
         co_return 0;
     }
     const auto rows = wire::decodeDeviceCounts(answer->body);
-    co_return rows && !rows->empty() ? rows->front().count : 0;
+    if (!rows) {
+        co_return std::nullopt; // not our backend's answer, such as a hotel's page
+    }
+    co_return rows->empty() ? 0 : rows->front().count;
 }
 
 } // namespace fernhollow
