@@ -4,6 +4,16 @@
 CREATE SCHEMA fernhollow;
 GRANT USAGE ON SCHEMA fernhollow TO anon;
 
+-- Whether the request is a POST to a table, which only upserts. A POST to a function is none: some hosted
+-- projects bring a function that runs whatever query it is sent, with the rights of whoever sent it.
+CREATE FUNCTION fernhollow.is_upsert() RETURNS boolean
+    LANGUAGE sql
+    STABLE
+AS $$
+    SELECT current_setting('request.method', true) = 'POST'
+        AND current_setting('request.path', true) NOT LIKE '%/rpc/%'
+$$;
+
 CREATE FUNCTION fernhollow.refuse_second_row() RETURNS boolean
     LANGUAGE plpgsql
     VOLATILE
@@ -19,7 +29,7 @@ $$;
 -- The one select asks for a single row. A request that would look at a second one is somebody listing what
 -- is not his, and ends here. Asked only of the rows that a request's own equality filters leave over,
 -- because equality tells nobody what it compares. Plain SQL without settings of its own, so that it becomes
--- part of the statement; called, it would cost more than the select.
+-- part of the statement, as the one above; called, it would cost more than the select.
 CREATE FUNCTION fernhollow.only_row_of_request() RETURNS boolean
     LANGUAGE sql
     VOLATILE
@@ -30,8 +40,10 @@ AS $$
         ELSE set_config('fernhollow.row_was_read', 'yes', true) = 'yes'
     END
 $$;
-REVOKE ALL ON FUNCTION fernhollow.refuse_second_row(), fernhollow.only_row_of_request() FROM PUBLIC;
-GRANT EXECUTE ON FUNCTION fernhollow.refuse_second_row(), fernhollow.only_row_of_request() TO anon;
+REVOKE ALL ON FUNCTION fernhollow.is_upsert(), fernhollow.refuse_second_row(), fernhollow.only_row_of_request()
+    FROM PUBLIC;
+GRANT EXECUTE ON FUNCTION fernhollow.is_upsert(), fernhollow.refuse_second_row(), fernhollow.only_row_of_request()
+    TO anon;
 
 -- Rights of tables are all or nothing for their rows, and some (TRUNCATE) ask no policy: none but these.
 REVOKE ALL ON public.device_day_counts, public.device_hour_counts, public.device_app_hour_counts,
@@ -69,40 +81,39 @@ GRANT INSERT (last_seen_at, customer_email, device_id, device_name),
     UPDATE (last_seen_at, customer_email, device_id, device_name),
     SELECT (last_seen_at, customer_email, device_id, device_name) ON public.devices TO anon;
 
--- Only a POST upserts. Without the condition a PATCH could rewrite every row of every account, and a GET
--- could list them all.
+-- Without the condition a PATCH could rewrite every row of every account, and a GET could list them all.
 CREATE POLICY upsert_inserts ON public.device_day_counts FOR INSERT TO anon
-    WITH CHECK (current_setting('request.method', true) = 'POST');
+    WITH CHECK (fernhollow.is_upsert());
 CREATE POLICY upsert_inserts ON public.device_hour_counts FOR INSERT TO anon
-    WITH CHECK (current_setting('request.method', true) = 'POST');
+    WITH CHECK (fernhollow.is_upsert());
 CREATE POLICY upsert_inserts ON public.device_app_hour_counts FOR INSERT TO anon
-    WITH CHECK (current_setting('request.method', true) = 'POST');
+    WITH CHECK (fernhollow.is_upsert());
 CREATE POLICY upsert_inserts ON public.device_app_registry FOR INSERT TO anon
-    WITH CHECK (current_setting('request.method', true) = 'POST');
+    WITH CHECK (fernhollow.is_upsert());
 CREATE POLICY upsert_inserts ON public.devices FOR INSERT TO anon
-    WITH CHECK (current_setting('request.method', true) = 'POST');
+    WITH CHECK (fernhollow.is_upsert());
 
 CREATE POLICY upsert_updates ON public.device_day_counts FOR UPDATE TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_updates ON public.device_hour_counts FOR UPDATE TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_updates ON public.device_app_hour_counts FOR UPDATE TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_updates ON public.device_app_registry FOR UPDATE TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_updates ON public.devices FOR UPDATE TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 
 CREATE POLICY upsert_or_select_sees ON public.device_day_counts FOR SELECT TO anon
-    USING (current_setting('request.method', true) = 'POST' OR fernhollow.only_row_of_request());
+    USING (fernhollow.is_upsert() OR fernhollow.only_row_of_request());
 CREATE POLICY upsert_sees ON public.device_hour_counts FOR SELECT TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_sees ON public.device_app_hour_counts FOR SELECT TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_sees ON public.device_app_registry FOR SELECT TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 CREATE POLICY upsert_sees ON public.devices FOR SELECT TO anon
-    USING (current_setting('request.method', true) = 'POST');
+    USING (fernhollow.is_upsert());
 
 -- The functions read for everybody, each for the account that it is asked about.
 GRANT SELECT ON public.device_day_counts, public.device_hour_counts, public.device_app_hour_counts,

@@ -27,7 +27,7 @@ FROM unnest(ARRAY['anon', 'fernhollow_reader']) AS role;
 SELECT is(count(*), 6::bigint, 'the functions are stable, pinned and run as a role that only reads')
 FROM pg_proc
 WHERE pronamespace = 'public'::regnamespace AND provolatile = 's' AND prosecdef
-    AND proconfig = ARRAY['search_path=pg_catalog, pg_temp'] AND proowner = 'fernhollow_reader'::regrole;
+    AND 'search_path=pg_catalog, pg_temp' = ANY (proconfig) AND proowner = 'fernhollow_reader'::regrole;
 SELECT is(string_agg(DISTINCT privilege_type, ','), 'SELECT', 'what that role may do')
 FROM information_schema.role_table_grants WHERE grantee = 'fernhollow_reader';
 SELECT is(count(*), 0::bigint, 'nobody logs in as a role of requests or of functions, and none passes by the policies')
@@ -56,6 +56,10 @@ FROM (VALUES
     ('', 'SELECT count FROM device_day_counts'),
     ('PATCH', 'UPDATE device_day_counts SET count = 0 RETURNING 1'),
     ('PATCH', 'UPDATE devices SET device_name = ''mine'' RETURNING 1')) AS t (method, statement);
+SELECT is(pg_temp.request('POST', statement, path)::text, '[]', path || ' ' || statement || ' finds nothing')
+FROM unnest(ARRAY['/rpc/any', '/rest/v1/rpc/any']) AS path,
+    unnest(ARRAY['SELECT customer_email FROM device_day_counts', 'SELECT customer_email FROM devices',
+                 'UPDATE device_hour_counts SET count = 0 RETURNING 1']) AS statement;
 SELECT is((SELECT sum(count) FROM device_day_counts), 60::numeric, 'and nothing was changed');
 SET LOCAL ROLE anon;
 DO $$ BEGIN TRUNCATE public.devices; EXCEPTION WHEN insufficient_privilege THEN NULL; END $$;

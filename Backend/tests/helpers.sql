@@ -4,13 +4,14 @@
 SET client_min_messages = warning;
 SET search_path = public, tap;
 
--- Runs a statement as a request of the given method does; its rows come back as JSON.
-CREATE FUNCTION pg_temp.request(method text, statement text) RETURNS json
+-- Runs a statement as a request of the given method and path does; its rows come back as JSON.
+CREATE FUNCTION pg_temp.request(method text, statement text, path text DEFAULT '/device_day_counts') RETURNS json
     LANGUAGE plpgsql AS $$
 DECLARE
     answer json;
 BEGIN
-    PERFORM set_config('request.method', method, true), set_config('fernhollow.row_was_read', '', true),
+    PERFORM set_config('request.method', method, true), set_config('request.path', path, true),
+        set_config('fernhollow.row_was_read', '', true),
         set_config('search_path', 'public', true), set_config('role', 'anon', true);
     EXECUTE format('WITH source AS (%s) SELECT coalesce(json_agg(source), ''[]'') FROM source', statement) INTO answer;
     PERFORM set_config('role', 'none', true), set_config('request.method', '', true),
@@ -75,4 +76,4 @@ $$;
 
 -- POST /rest/v1/rpc/CALL
 CREATE FUNCTION pg_temp.rpc(call text) RETURNS jsonb
-    LANGUAGE sql AS $$ SELECT pg_temp.request('POST', format('SELECT * FROM public.%s', $1))::jsonb $$;
+    LANGUAGE sql AS $$ SELECT pg_temp.request('POST', format('SELECT * FROM public.%s', $1), '/rpc/call')::jsonb $$;
