@@ -9,7 +9,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-using testing::Pair;
 using Json = nlohmann::json;
 using namespace std::chrono_literals;
 
