@@ -5,10 +5,8 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::SizeIs;
 using namespace std::chrono_literals;
 

@@ -10,7 +10,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::UnorderedElementsAre;
 using namespace std::chrono_literals;
 
