@@ -160,7 +160,8 @@ TEST_F(Requests, ThatAreWrongAreExplainedAndDoNoHarm) {
         headers.emplace("Prefer", "resolution=merge-duplicates");
         const auto answer = method == "GET" ? client.Get(path, headers)
                                             : client.Post(path, headers, body, "application/json");
-        const auto what = method + " " + target + " " + body.substr(0, 80);
+        auto what = method;
+        what.append(" ").append(target).append(" ").append(body, 0, 80);
         ASSERT_TRUE(answer) << what;
         EXPECT_EQ(answer->status, status) << what << answer->body;
         const auto error = json::parse(answer->body, nullptr, false);

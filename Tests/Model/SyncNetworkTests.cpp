@@ -22,7 +22,8 @@ TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
     openStore();
     await(store_->increment(today, 3, 1));
     startSync();
-    const std::string flood(10'000'000, 'x');
+    std::string flood;
+    flood.resize(10'000'000, 'x');
     const Trouble troubles[] = {
         {"too many requests", {.status = 429}},
         {"server error", {.status = 500, .body = "{}"}},
