@@ -20,10 +20,10 @@ Answer refusal(int status, const std::string& message) {
 }
 
 void expectJson(const Request& request) {
-    constexpr std::string_view json = "application/json";
+    constexpr const char* json = "application/json";
     const auto end = request.contentType.find_first_of("; ");
     const auto type = request.contentType.substr(0, end);
-    if (!type.empty() && strcasecmp(type.c_str(), json.data()) != 0) {
+    if (!type.empty() && strcasecmp(type.c_str(), json) != 0) {
         throw ApiError(415, "PGRST107", "Content-Type not acceptable: " + request.contentType);
     }
 }
@@ -79,7 +79,7 @@ Answer RestApi::route(const Request& request) const {
 Identity RestApi::authenticate(const Request& request) const {
     const auto now = std::chrono::system_clock::now();
     constexpr std::string_view scheme = "Bearer ";
-    const auto key = verifyToken(request.apiKey, secret_, now);
+    auto key = verifyToken(request.apiKey, secret_, now);
     if (strncasecmp(request.authorization.c_str(), scheme.data(), scheme.size()) != 0) {
         return key;
     }

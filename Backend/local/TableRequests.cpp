@@ -97,7 +97,7 @@ TableRead::TableRead(std::string tableName, const Request& request) : table(std:
         } else if (name == "offset") {
             offset = parseNumber(name, value);
         } else if (unsupported.contains(name)) {
-            throw notUnderstood("logic tree", name + "=" + value);
+            throw notUnderstood("logic tree", std::string(name).append("=").append(value));
         } else {
             filters.emplace_back(name, parseFilter(value));
         }

@@ -18,6 +18,7 @@ std::optional<std::string> loggedText(std::string_view body, std::size_t charact
             end = position;
         }
         UChar32 character = 0;
+        // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): so the macro is
         U8_NEXT(body.data(), position, length, character);
         if (character < 0) {
             return std::nullopt;
