@@ -2,13 +2,22 @@
 
 #include <QApplication>
 #include <QFrame>
+#include <QLabel>
 #include <QPalette>
 #include <QWidget>
 
 namespace fernhollow::Theme {
 namespace {
 
-/// The scale's sizes are those of a body text of 13 points.
+constexpr double bodyPoints = 13; // the scale's sizes are those of a body text of that many points
+
+QFont withRelativeSize(double size, QFont::Weight weight) {
+    QFont font = QApplication::font();
+    font.setPointSizeF((font.pointSizeF() > 0 ? font.pointSizeF() : 10) * size);
+    font.setWeight(weight);
+    return font;
+}
+
 double relativeSize(TextStyle style) {
     switch (style) {
     case TextStyle::largeTitle:
@@ -21,6 +30,7 @@ double relativeSize(TextStyle style) {
     case TextStyle::body:
         return 1;
     case TextStyle::callout:
+    case TextStyle::subheadline:
         return 12.0 / 13;
     case TextStyle::caption:
         return 11.0 / 13;
@@ -72,17 +82,28 @@ QPushButton[plain="true"]:hover { background: #34373d; }
 QPushButton[plain="true"]:pressed { background: #3f434a; }
 QPushButton[plain="true"]:focus { border-color: #5a9bff; }
 QFrame[popover="true"] { background: #26282c; border: 1px solid #55585f; }
+QScrollBar:vertical { background: transparent; width: 10px; margin: 0; }
+QScrollBar::handle:vertical { background: #55585f; border-radius: 3px; margin: 2px; min-height: 24px; }
+QScrollBar::handle:vertical:hover { background: #7a7e87; }
+QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
 QToolTip { background: #26282c; color: #f2f3f5; border: 1px solid #55585f; padding: 3px; }
 )";
 
 } // namespace
 
 QFont font(TextStyle style, QFont::Weight weight) {
-    QFont font = QApplication::font();
-    const double size = font.pointSizeF() > 0 ? font.pointSizeF() : 10;
-    font.setPointSizeF(size * relativeSize(style));
-    font.setWeight(style == TextStyle::headline ? std::max(weight, QFont::DemiBold) : weight);
-    return font;
+    return withRelativeSize(relativeSize(style),
+                            style == TextStyle::headline ? std::max(weight, QFont::DemiBold) : weight);
+}
+
+QFont font(double points, QFont::Weight weight) {
+    return withRelativeSize(points / bodyPoints, weight);
+}
+
+// 13 points of body text are 10 of a desktop's and 13 pixels there at 96 dots per inch.
+int scaled(double points) {
+    return qRound(points * QFontInfo(font(TextStyle::body)).pixelSize() / bodyPoints);
 }
 
 void applyDark() {
@@ -99,6 +120,22 @@ QFrame* makeDivider() {
     palette.setColor(QPalette::Window, separator);
     divider->setPalette(palette);
     return divider;
+}
+
+QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
+    auto* label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(font);
+    setTextColor(*label, color);
+    return label;
+}
+
+QFrame* makeCard(int radius) {
+    auto* card = new QFrame;
+    card->setObjectName(QStringLiteral("card"));
+    card->setStyleSheet(QStringLiteral("#card { background: %1; border-radius: %2px; }")
+                            .arg(control.name(), QString::number(radius)));
+    return card;
 }
 
 void setTextColor(QWidget& widget, const QColor& color) {

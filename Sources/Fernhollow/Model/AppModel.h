@@ -6,6 +6,7 @@
 #include "Model/CloudSyncCoordinator.h"
 #include "Model/DailyCountPoint.h"
 #include "Model/KeyPressMonitor.h"
+#include "Model/ProductivityMetrics.h"
 #include "Support/Clock.h"
 #include "Support/NumberText.h"
 #include "Support/Observable.h"
@@ -52,6 +53,7 @@ public:
     Published<std::int64_t> todayCount{*this};           ///< this device's presses today
     Published<std::int64_t> todayCountAggregated{*this}; ///< the account's presses today, over all devices
     Published<std::vector<DailyCountPoint>> last30Days{*this}; ///< oldest first, today last
+    Published<std::optional<ProductivityMetrics>> metrics{*this}; ///< absent until the first refresh
     Published<bool> isPaused{*this};                           ///< while true, presses are not counted
 
     AppTracker& appTracker() { return *appTracker_; }

@@ -2,6 +2,7 @@
 
 #include "KeypressCore/Calendar.h"
 #include "KeypressCore/Records.h"
+#include "Model/Sync/RemoteCaches.h"
 #include "Support/Clock.h"
 #include "Support/Observable.h"
 
@@ -11,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -48,10 +50,31 @@ public:
         bool operator==(const HourlyAppStats&) const = default;
     };
 
+    /// One application's presses on one day.
+    struct DailyAppStats {
+        Instant day; ///< 12:00 of the day
+        std::string bundleId;
+        std::string appName;
+        std::int64_t count = 0;
+
+        std::string id() const;
+        bool operator==(const DailyAppStats&) const = default;
+    };
+
+    /// Each component from 0 to 1.
+    struct Color {
+        double red = 0;
+        double green = 0;
+        double blue = 0;
+
+        bool operator==(const Color&) const = default;
+    };
+
     /// Starts loading what the store has of today. `store` is null while nobody is signed in.
     static std::shared_ptr<AppTracker> create(const Clock& clock, TaskScope& tasks,
                                               std::shared_ptr<DailyCountsStore> store);
 
+    Published<std::vector<DailyAppStats>> last30DaysAppDaily{*this}; ///< in no order
     Published<std::vector<HourlyAppStats>> todayHourlyByApp{*this};
     Published<std::vector<AppStats>> todayAppTotals{*this}; ///< in descending count
     Published<std::vector<AppRegistryRow>> appRegistry{*this};
@@ -60,6 +83,9 @@ public:
     /// The start of the first day of which any history is shown.
     static Instant minValidDate(const Clock& clock);
 
+    /// The application's colour, the same on every machine and in every run.
+    static Color color(std::string_view bundleId);
+
     /// One press at `now`.
     void recordKeystroke(const std::string& bundleId, const std::string& appName, Instant now);
 
@@ -67,6 +93,15 @@ public:
     QCoro::Task<> flushPending();
     QCoro::Task<> loadRegistry();
     QCoro::Task<> refreshFromDisk();
+
+    /// Publishes the last 30 days per application: of past days the larger one of what the backend and what
+    /// this machine's store know, of today what is counted here. `remote` is never null.
+    QCoro::Task<> updateLast30DaysAppDaily(std::shared_ptr<const AppDailyCache> remote);
+
+    /// What the charts show of the 30 days, in the order of the days, and of today, in the order of hours,
+    /// then identifiers.
+    std::vector<DailyAppStats> getFilteredDailyData() const;
+    std::vector<HourlyAppStats> getFilteredHourlyData() const;
 
     /// Switches to another store, or to none, and forgets everything of the one before.
     void updateStore(std::shared_ptr<DailyCountsStore> store);

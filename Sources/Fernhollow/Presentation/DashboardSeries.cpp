@@ -1,0 +1,1 @@
+#include "Presentation/DashboardSeries.h"
