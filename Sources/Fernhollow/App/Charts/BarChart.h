@@ -8,14 +8,13 @@
 #include <optional>
 #include <vector>
 
-class QCPItemRect;
 class QCustomPlot;
 
 namespace fernhollow {
 
-class BarsPlottable;
+class StackedBars;
 
-/// Bars of stacked segments over a row of columns of equal width, from column 0 on the left.
+/// Bars of stacked segments over a row of columns of equal width, column 0 on the left.
 ///
 /// Draws again only when a pixel of it would change, so that it may be given its figures with each press.
 class BarChart : public QWidget {
@@ -34,6 +33,7 @@ public:
         bool operator==(const Mark&) const = default;
     };
 
+    /// Lifts one column out: its bar is covered up to `top`.
     struct Highlight {
         int column = 0;
         std::int64_t top = 0;
@@ -43,28 +43,40 @@ public:
 
     struct Style {
         int columns = 24;
-        int height = 0; ///< of the whole chart, axis labels included
+        int height = 0; ///< of the whole chart with its labels, in points beside a body text of 13
         bool hasCountAxis = false;
-        QString columnTitle = {}; ///< under the axis; none when empty
+        QString columnTitle = {}; ///< of the axis; none when empty
         QString countTitle = {};
     };
 
     explicit BarChart(Style style, QWidget* parent = nullptr);
-    ~BarChart() override;
 
+    void setColumns(int columns);
     /// The segments of a column lie on each other in the order given.
-    void setSegments(std::vector<Segment> segments);
+    void setSegments(const std::vector<Segment>& segments);
     void setMarks(std::vector<Mark> marks);
     void setHighlight(std::optional<Highlight> highlight);
 
-    /// Where the column of that number lies in this widget's coordinates, axis labels left out.
-    QRect columnRect(int column) const;
+    int columns() const { return style_.columns; }
+    /// Where the column lies in this widget's coordinates, without the labels.
+    QRectF columnRect(int column) const;
     /// The column at `x` in this widget's coordinates; none beside the plot.
     std::optional<int> columnAt(double x) const;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void applyStyle();
+    void layOut();
+    QMargins margins() const;
+
+    Style style_;
+    QCustomPlot* plot_;
+    StackedBars* bars_;
+    std::vector<Mark> marks_;
+    double top_ = 0; // of the count axis
 };
 
 } // namespace fernhollow
