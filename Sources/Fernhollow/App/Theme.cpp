@@ -132,10 +132,14 @@ QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
 
 QFrame* makeCard(int radius) {
     auto* card = new QFrame;
-    card->setObjectName(QStringLiteral("card"));
-    card->setStyleSheet(QStringLiteral("#card { background: %1; border-radius: %2px; }")
-                            .arg(control.name(), QString::number(radius)));
+    styleAsCard(*card, radius);
     return card;
+}
+
+void styleAsCard(QFrame& frame, int radius) {
+    frame.setObjectName(QStringLiteral("card"));
+    frame.setStyleSheet(QStringLiteral("#card { background: %1; border-radius: %2px; }")
+                            .arg(control.name(), QString::number(radius)));
 }
 
 void setTextColor(QWidget& widget, const QColor& color) {

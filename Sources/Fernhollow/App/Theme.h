@@ -52,6 +52,7 @@ inline QLabel* makeLabel(const QString& text, TextStyle style, const QColor& col
 
 /// A card with rounded corners, on the colour for cards.
 QFrame* makeCard(int radius);
+void styleAsCard(QFrame& frame, int radius);
 
 /// Sets the colour of a widget's text.
 void setTextColor(QWidget& widget, const QColor& color);

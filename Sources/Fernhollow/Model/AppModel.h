@@ -57,6 +57,7 @@ public:
     Published<bool> isPaused{*this};                           ///< while true, presses are not counted
 
     AppTracker& appTracker() { return *appTracker_; }
+    const AppTracker& appTracker() const { return *appTracker_; }
 
     /// Today's count in the user's digits and grouping, for the status item.
     std::string menuBarTitle() const;

@@ -1,0 +1,122 @@
+#include "App/Dashboard/ProductivityDashboard.h"
+
+#include "App/AppBreakdownView.h"
+#include "App/Dashboard/LastDaysCard.h"
+#include "App/Dashboard/MetricsCard.h"
+#include "App/Dashboard/TodayCard.h"
+#include "App/Dashboard/WeekComparisonCard.h"
+#include "App/DayDetailWindowController.h"
+#include "Model/AppModel.h"
+
+#include <QVBoxLayout>
+
+#include <chrono>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto frame = 16ms;
+constexpr int padding = 12;
+constexpr int spacing = 12;
+
+} // namespace
+
+ProductivityDashboard::ProductivityDashboard(std::shared_ptr<AppModel> model, const Clock& clock,
+                                             QWidget* parent)
+    : QScrollArea(parent), model_(std::move(model)), clock_(clock), today_(new TodayCard(model_)),
+      weeks_(new WeekComparisonCard), lastDays_(new LastDaysCard),
+      applications_(new AppBreakdownView(model_, clock_)), metrics_(new MetricsCard) {
+    setAccessibleName(QStringLiteral("Dashboard"));
+    layOut();
+    connect(lastDays_, &LastDaysCard::selectedDateChanged, this, [this] {
+        applications_->setSelectedDate(lastDays_->selectedDate());
+        requestRefresh(Parts().set(applications));
+    });
+    connect(lastDays_, &LastDaysCard::dayClicked, this,
+            [this](Instant day) { DayDetailWindowController::shared().showWindow(day, model_, clock_); });
+    redraw_.setSingleShot(true);
+    connect(&redraw_, &QTimer::timeout, this, &ProductivityDashboard::refresh);
+    follow();
+}
+
+void ProductivityDashboard::layOut() {
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // so that nothing moves when it comes and goes
+    setWidgetResizable(true);
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setSpacing(spacing);
+    for (QWidget* card :
+         std::initializer_list<QWidget*>{today_, weeks_, lastDays_, applications_, metrics_}) {
+        layout->addWidget(card);
+    }
+    layout->addStretch();
+    setWidget(content);
+}
+
+void ProductivityDashboard::follow() {
+    const auto observe = [this](const auto& field, std::initializer_list<Part> shownBy) {
+        Parts stale;
+        for (const Part part : shownBy) {
+            stale.set(part);
+        }
+        cancellables_.push_back(field.observe([this, stale] { requestRefresh(stale); }));
+    };
+    AppTracker& tracker = model_->appTracker();
+    observe(model_->todayCountAggregated, {count});
+    observe(model_->metrics, {count, hours, days, metrics});
+    observe(model_->last30Days, {days}); // a new day begins with it
+    observe(tracker.todayHourlyByApp, {hours});
+    observe(tracker.last30DaysAppDaily, {days, applications});
+    observe(tracker.todayAppTotals, {applications});
+}
+
+void ProductivityDashboard::showEvent(QShowEvent* event) {
+    stale_.set();
+    refresh();
+    QScrollArea::showEvent(event);
+    model_->refreshFromDisk();
+}
+
+void ProductivityDashboard::requestRefresh(Parts stale) {
+    stale_ |= stale;
+    if (isVisible() && !redraw_.isActive()) {
+        redraw_.start(frame);
+    }
+}
+
+void ProductivityDashboard::refresh() {
+    const Parts stale = std::exchange(stale_, {});
+    if (stale[count]) {
+        today_->refreshCount();
+    }
+    if (stale[hours]) {
+        today_->refreshHours();
+    }
+    if (stale[days]) {
+        refreshDays();
+    }
+    if (stale[applications]) {
+        applications_->refresh();
+    }
+    if (stale[metrics]) {
+        const auto& figures = model_->metrics.get();
+        metrics_->setVisible(figures.has_value());
+        if (figures) {
+            metrics_->show(*figures);
+        }
+    }
+}
+
+void ProductivityDashboard::refreshDays() {
+    const Instant now = clock_.now();
+    const auto daily = model_->appTracker().getFilteredDailyData();
+    weeks_->show(DashboardSeries::calculateWeekTotals(daily, Calendar::autoupdatingCurrent(), now));
+    lastDays_->show(daily, model_->metrics.get(), AppTracker::minValidDate(clock_), now);
+}
+
+} // namespace fernhollow

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Support/Observable.h"
+
+#include <QScrollArea>
+#include <QTimer>
+
+#include <bitset>
+#include <memory>
+#include <vector>
+
+namespace fernhollow {
+
+class AppBreakdownView;
+class AppModel;
+class Clock;
+class LastDaysCard;
+class MetricsCard;
+class TodayCard;
+class WeekComparisonCard;
+
+/// The account's figures: a column of cards, which scrolls.
+///
+/// It follows the model: whatever changes, at most one redraw a frame, of the cards that show what changed,
+/// and none while it is hidden.
+class ProductivityDashboard : public QScrollArea {
+public:
+    ProductivityDashboard(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent = nullptr);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    enum Part { count, hours, days, applications, metrics, parts };
+    using Parts = std::bitset<parts>;
+
+    void layOut();
+    void follow();
+    void requestRefresh(Parts stale);
+    void refresh();
+    void refreshDays();
+
+    std::shared_ptr<AppModel> model_;
+    const Clock& clock_;
+    std::vector<Observation> cancellables_;
+    QTimer redraw_;
+    Parts stale_ = Parts().set();
+
+    TodayCard* today_;
+    WeekComparisonCard* weeks_;
+    LastDaysCard* lastDays_;
+    AppBreakdownView* applications_;
+    MetricsCard* metrics_;
+};
+
+} // namespace fernhollow

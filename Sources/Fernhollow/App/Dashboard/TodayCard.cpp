@@ -1,0 +1,109 @@
+#include "App/Dashboard/TodayCard.h"
+
+#include "App/AppColor.h"
+#include "App/Charts/BarChart.h"
+#include "App/FigureLabel.h"
+#include "Model/AppModel.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include <array>
+
+namespace fernhollow {
+namespace {
+
+constexpr int hours = 24;
+constexpr int hoursBetweenMarks = 4;
+constexpr int chartHeight = 60;
+constexpr int figureSpacing = 16;
+constexpr double averagePoints = 18;
+constexpr std::array countPoints{32.0, 27.0, 22.0}; // the largest one for which there is room
+constexpr float accountOpacity = 0.6F;
+
+std::vector<BarChart::Segment> hourlySegments(const AppModel& model) {
+    std::vector<BarChart::Segment> segments;
+    for (const auto& entry : model.appTracker().getFilteredHourlyData()) {
+        segments.push_back({entry.hour, entry.count, colorOf(entry.bundleId)});
+    }
+    if (!segments.empty() || !model.metrics.get()) {
+        return segments;
+    }
+    QColor color = Theme::bars;
+    color.setAlphaF(accountOpacity);
+    for (const auto& metric : model.metrics.get()->todayHourly) {
+        segments.push_back({metric.hour, metric.count, color});
+    }
+    return segments;
+}
+
+} // namespace
+
+TodayCard::TodayCard(std::shared_ptr<AppModel> model)
+    : DashboardCard(QStringLiteral("Today")), model_(std::move(model)),
+      count_(
+          new FigureLabel(Theme::font(countPoints.front(), QFont::Bold), Theme::primary, Qt::AlignTrailing)),
+      average_(
+          new FigureLabel(Theme::font(averagePoints, QFont::DemiBold), Theme::primary, Qt::AlignTrailing)),
+      chart_(new BarChart({.columns = hours, .height = chartHeight})) {
+    std::vector<BarChart::Mark> marks;
+    for (int hour = 0; hour < hours; hour += hoursBetweenMarks) {
+        marks.push_back({hour, QString::number(hour)});
+    }
+    chart_->setMarks(std::move(marks));
+    chart_->setAccessibleName(QStringLiteral("Key presses by hour"));
+    body_->addWidget(makeHeader());
+    body_->addWidget(chart_);
+}
+
+QWidget* TodayCard::makeHeader() {
+    constexpr auto style = Theme::TextStyle::caption2;
+    averageFigure_ = makeFigure(average_, QStringLiteral("avg/hour"), style, Qt::AlignRight);
+    auto* header = new QWidget;
+    auto* layout = new QHBoxLayout(header);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(figureSpacing);
+    layout->addWidget(makeTitle(QStringLiteral("Today")), 1, Qt::AlignTop);
+    layout->addWidget(makeFigure(count_, QStringLiteral("key presses"), style, Qt::AlignRight), 0,
+                      Qt::AlignBottom);
+    layout->addWidget(averageFigure_, 0, Qt::AlignBottom);
+    return header;
+}
+
+void TodayCard::refreshCount() {
+    const auto length = count_->text().size();
+    count_->setFigure(QString::fromStdString(model_->todayCountFormatted()));
+    const auto& metrics = model_->metrics.get();
+    averageFigure_->setVisible(metrics.has_value());
+    if (metrics) {
+        average_->setFigure(QString::number(static_cast<qint64>(metrics->avgPerHour)));
+    }
+    if (length != count_->text().size()) {
+        fitCount();
+    }
+}
+
+void TodayCard::refreshHours() {
+    const auto segments = hourlySegments(*model_);
+    chart_->setVisible(!segments.empty());
+    chart_->setSegments(segments);
+}
+
+void TodayCard::resizeEvent(QResizeEvent* event) {
+    DashboardCard::resizeEvent(event);
+    fitCount();
+}
+
+void TodayCard::fitCount() {
+    const int available = contentsRect().width() / 2;
+    for (const double points : countPoints) {
+        const QFont font = Theme::font(points, QFont::Bold);
+        if (QFontMetrics(font).horizontalAdvance(count_->text()) <= available ||
+            points == countPoints.back()) {
+            count_->setFont(font);
+            return;
+        }
+    }
+}
+
+} // namespace fernhollow
