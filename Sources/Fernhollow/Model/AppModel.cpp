@@ -72,6 +72,11 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
             self->announceChange();
         }
     }));
+    cancellables_.push_back(appTracker_->todayAppTotals.observe([weak] {
+        if (const auto self = weak.lock()) {
+            self->appHistoryInputs_.reset();
+        }
+    }));
     keyboardMonitor_ = makeMonitor({.onKeyPress =
                                         [weak](const ActiveAppInfo& appInfo) {
                                             if (const auto self = weak.lock()) {
@@ -165,6 +170,8 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     todayCount.set(0);
     todayCountAggregated.set(0);
     last30Days.set({});
+    metrics.set(std::nullopt);
+    appHistoryInputs_.reset();
     currentDay_ = DayKey(clock_.now(), calendar_);
     currentAccountEmail_ = newEmail;
 

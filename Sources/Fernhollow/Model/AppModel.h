@@ -7,6 +7,7 @@
 #include "Model/DailyCountPoint.h"
 #include "Model/KeyPressMonitor.h"
 #include "Model/ProductivityMetrics.h"
+#include "Model/RecentDays.h"
 #include "Support/Clock.h"
 #include "Support/NumberText.h"
 #include "Support/Observable.h"
@@ -52,9 +53,9 @@ public:
 
     Published<std::int64_t> todayCount{*this};           ///< this device's presses today
     Published<std::int64_t> todayCountAggregated{*this}; ///< the account's presses today, over all devices
-    Published<std::vector<DailyCountPoint>> last30Days{*this}; ///< oldest first, today last
+    Published<std::vector<DailyCountPoint>> last30Days{*this};    ///< oldest first, today last
     Published<std::optional<ProductivityMetrics>> metrics{*this}; ///< absent until the first refresh
-    Published<bool> isPaused{*this};                           ///< while true, presses are not counted
+    Published<bool> isPaused{*this};                              ///< while true, presses are not counted
 
     AppTracker& appTracker() { return *appTracker_; }
     const AppTracker& appTracker() const { return *appTracker_; }
@@ -95,9 +96,29 @@ private:
     void showToday(std::int64_t remoteTotal);
     QCoro::Task<> refreshLast30DaysFromDisk();
     using CountsByDay = std::unordered_map<std::string, std::int64_t>;
-    std::vector<DailyCountPoint> history(Instant first, Instant today, const CountsByDay& local,
-                                         const CountsByDay& remote) const;
+    std::vector<DailyCountPoint> history(Instant first, const CountsByDay& local, const CountsByDay& remote);
     QCoro::Task<> refreshDevices();
+
+    struct MetricsInputs {
+        DayKey day;
+        Instant noon; // of today, which also changes with the time zone
+        std::int64_t today = 0;
+        std::shared_ptr<const HistoryCache> history;
+        std::shared_ptr<const HourlyCache> hourly;
+        std::vector<HourlyCountRow> rows;
+
+        bool operator==(const MetricsInputs&) const = default;
+    };
+    struct AppHistoryInputs {
+        std::shared_ptr<const AppDailyCache> remote;
+        Instant noon;
+
+        bool operator==(const AppHistoryInputs&) const = default;
+    };
+    QCoro::Task<> recalculateMetrics(Future<std::vector<HourlyCountRow>> fetchingHours);
+    ProductivityMetrics calculateMetrics(const MetricsInputs& inputs,
+                                         const std::vector<RecentDays::Day>& days, Instant now) const;
+    QCoro::Task<> refreshAppHistory();
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
@@ -128,6 +149,9 @@ private:
     std::int64_t pending_ = 0;
     std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
+    RecentDays recentDays_;
+    MetricsInputs metricsInputs_;                      // of what is published
+    std::optional<AppHistoryInputs> appHistoryInputs_; // absent once today's totals changed
     std::optional<std::string> currentAccountEmail_;
     std::string deviceId_;
     CloudSyncCoordinator::Factory makeSync_;

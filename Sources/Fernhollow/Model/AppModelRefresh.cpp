@@ -22,8 +22,6 @@ using namespace std::chrono_literals;
 // A clock or time zone that was set is seen within this time even when nobody types.
 constexpr auto refreshInterval = 1s;
 
-constexpr int historyDays = 30;
-
 } // namespace
 
 // Any other day is a new day, also an earlier one: the clock or the time zone was set back.
@@ -97,9 +95,12 @@ QCoro::Task<> AppModel::refreshFromDisk() {
     const auto today = refreshTodayFromDisk();
     const auto history = refreshLast30DaysFromDisk();
     const auto applications = appTracker_->refreshFromDisk();
+    auto hours = store_->fetchHourlyCounts(currentDay_);
     co_await today;
     co_await history;
     co_await applications;
+    co_await recalculateMetrics(std::move(hours));
+    co_await refreshAppHistory();
     if (cloudSync_ && !isAskingForDevices_) {
         tasks_.start([self](std::stop_token) { return self->refreshDevices(); });
     }
@@ -157,13 +158,8 @@ void AppModel::showToday(std::int64_t remoteTotal) {
 QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     const auto store = store_;
     const DayKey day = currentDay_;
-    const auto today = day.date(calendar_);
-    if (!today) {
-        last30Days.set({});
-        co_return;
-    }
-    const Instant first = std::max(calendar_.addingDays(*today, -(historyDays - 1)).value_or(*today),
-                                   AppTracker::minValidDate(clock_));
+    const Instant first =
+        std::max(recentDays_.upTo(clock_.now(), calendar_).front().noon, AppTracker::minValidDate(clock_));
     CountsByDay local;
     auto remote = std::make_shared<const HistoryCache>();
     if (store) {
@@ -184,36 +180,29 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     }
     debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + currentDay_.rawValue +
              ", todayCountAggregated=" + std::to_string(todayCountAggregated.get()));
-    last30Days.set(history(first, *today, local, *remote));
+    last30Days.set(history(first, local, *remote));
 }
 
-std::vector<DailyCountPoint> AppModel::history(Instant first, Instant today, const CountsByDay& local,
-                                               const CountsByDay& remote) const {
+std::vector<DailyCountPoint> AppModel::history(Instant first, const CountsByDay& local,
+                                               const CountsByDay& remote) {
     const auto countIn = [](const CountsByDay& counts, const DayKey& day) {
         const auto found = counts.find(day.rawValue);
         return found != counts.end() ? found->second : 0;
     };
-    const Calendar calendar = calendar_.snapshot();
     std::vector<DailyCountPoint> points;
-    if (first > today) {
-        return points; // the clock stands before the first day of any history
-    }
-    const int lastOffset = calendar.wholeDays(first, today);
-    for (int offset = 0; offset <= lastOffset; ++offset) {
-        const auto date = calendar.addingDays(first, offset);
-        if (!date) {
+    for (const RecentDays::Day& day : recentDays_.upTo(clock_.now(), calendar_)) {
+        if (day.noon < first) {
             continue;
         }
-        const DayKey key(*date, calendar);
         std::int64_t count = 0;
-        if (key == currentDay_) {
+        if (day.key == currentDay_) {
             count = todayCountAggregated.get();
-            debugLog("[AppModel] Today (" + key.rawValue +
+            debugLog("[AppModel] Today (" + day.key.rawValue +
                      "): using local todayCountAggregated=" + std::to_string(count));
         } else {
-            count = std::max({countIn(local, key), countIn(remote, key), std::int64_t{0}});
+            count = std::max({countIn(local, day.key), countIn(remote, day.key), std::int64_t{0}});
         }
-        points.push_back({calendar.noon(*date).value_or(*date), count});
+        points.push_back({day.noon, count});
     }
     return points;
 }

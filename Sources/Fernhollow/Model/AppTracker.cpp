@@ -255,7 +255,9 @@ void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
     pending_ = {};
     todayHourlyByApp.set({});
     todayAppTotals.set({});
+    last30DaysAppDaily.set({});
     appRegistry.set({});
+    pastDays_ = {};
     currentDay_ = DayKey(clock_.now(), calendar_);
     debugLog("[AppTracker] Store updated, all caches cleared");
     tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });

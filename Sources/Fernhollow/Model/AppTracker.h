@@ -2,6 +2,7 @@
 
 #include "KeypressCore/Calendar.h"
 #include "KeypressCore/Records.h"
+#include "Model/RecentDays.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Support/Clock.h"
 #include "Support/Observable.h"
@@ -119,10 +120,20 @@ private:
                                std::int64_t now);
     static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
 
+    /// This machine's totals of the last 29 past days; nothing of a day that cannot be read.
+    QCoro::Task<AppDailyCache> buildLocalDailyAppTotals(std::shared_ptr<DailyCountsStore> store, Instant now);
+    QCoro::Task<> readPastDays(std::shared_ptr<DailyCountsStore> store, Instant now);
+
     void rolloverIfNeeded(Instant now);
     void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                            std::int64_t delta);
     void publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry);
+
+    struct PastDays {
+        std::weak_ptr<DailyCountsStore> store; // expired when they have to be read again
+        Instant lastNoon;                      // today's, when they were read
+        std::unordered_map<std::string, CountsByApp> counts;
+    };
 
     const Clock& clock_;
     TaskScope& tasks_;
@@ -131,6 +142,8 @@ private:
     Buffer pending_;
     std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
     DayKey currentDay_;
+    RecentDays recentDays_;
+    PastDays pastDays_;
 };
 
 } // namespace fernhollow

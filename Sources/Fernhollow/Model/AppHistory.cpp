@@ -1,0 +1,82 @@
+#include "Model/AppHistory.h"
+
+#include "KeypressCore/DayKey.h"
+#include "Support/DebugLog.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace fernhollow::AppHistory {
+
+using DailyAppStats = AppTracker::DailyAppStats;
+
+std::optional<Instant> normalizedDayDate(std::string_view text, const Calendar& calendar) {
+    const auto date = DayKey(normalizedDay(text)).date(calendar);
+    return date ? calendar.noon(*date) : std::nullopt;
+}
+
+AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, const Calendar& calendar,
+                     Instant now) {
+    const DayKey today(now, calendar);
+    const auto isToday = [&](const std::string& day) {
+        const auto date = normalizedDayDate(day, calendar);
+        return day == today.rawValue || (date && DayKey(*date, calendar) == today);
+    };
+    AppDailyCache result;
+    for (const auto& [day, apps] : remote) {
+        if (!isToday(day)) {
+            result.emplace(day, apps);
+        }
+    }
+    for (const auto& [day, apps] : local) {
+        if (isToday(day)) {
+            continue;
+        }
+        for (const auto& [bundleId, here] : apps) {
+            const auto known = result.find(day);
+            const bool isKnown = known != result.end() && known->second.contains(bundleId);
+            if (here.count > (isKnown ? known->second.at(bundleId).count : 0)) {
+                result[day][bundleId] = here;
+            }
+        }
+    }
+    return result;
+}
+
+std::vector<DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidDate, const Calendar& calendar,
+                                    Instant now) {
+    const Instant today = calendar.startOfDay(now);
+    const Instant first = calendar.startOfDay(minValidDate);
+    std::vector<DailyAppStats> records;
+    for (const auto& [text, apps] : days) {
+        const auto noon = normalizedDayDate(text, calendar);
+        if (!noon) {
+            debugLog("[AppTracker] Skipping invalid dayString: " + text);
+            continue;
+        }
+        const Instant start = calendar.startOfDay(*noon);
+        if (start >= today || start < first) {
+            continue;
+        }
+        for (const auto& [bundleId, app] : apps) {
+            records.push_back({*noon, bundleId, app.appName, app.count});
+        }
+    }
+    return records;
+}
+
+bool showsTheSame(std::vector<DailyAppStats> a, std::vector<DailyAppStats> b, const Calendar& calendar) {
+    if (a.size() != b.size()) {
+        return false;
+    }
+    for (auto* records : {&a, &b}) {
+        std::ranges::sort(*records, {},
+                          [](const DailyAppStats& record) { return std::tie(record.day, record.bundleId); });
+    }
+    return std::ranges::equal(a, b, [&](const DailyAppStats& x, const DailyAppStats& y) {
+        return x.bundleId == y.bundleId && x.count == y.count &&
+               (x.day == y.day || calendar.startOfDay(x.day) == calendar.startOfDay(y.day));
+    });
+}
+
+} // namespace fernhollow::AppHistory
