@@ -68,12 +68,13 @@ struct RelativeTime::Formatter {
     UErrorCode status = U_ZERO_ERROR;
     icu::RelativeDateTimeFormatter words;
 
-    explicit Formatter(const icu::Locale& locale)
-        : words(locale, nullptr, UDAT_STYLE_SHORT, UDISPCTX_CAPITALIZATION_NONE, status) {}
+    Formatter(const icu::Locale& locale, UDateRelativeDateTimeFormatterStyle style)
+        : words(locale, nullptr, style, UDISPCTX_CAPITALIZATION_NONE, status) {}
 };
 
-RelativeTime::RelativeTime(std::string_view locale)
-    : formatter_(std::make_unique<Formatter>(spoken(std::string(locale)))) {}
+RelativeTime::RelativeTime(std::string_view locale, Units units)
+    : formatter_(std::make_unique<Formatter>(spoken(std::string(locale)),
+                                             units == Units::full ? UDAT_STYLE_LONG : UDAT_STYLE_SHORT)) {}
 
 RelativeTime::~RelativeTime() = default;
 

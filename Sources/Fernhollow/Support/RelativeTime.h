@@ -9,13 +9,15 @@
 
 namespace fernhollow {
 
-/// How long ago something was, in a locale's words with abbreviated units: "3 days ago", "5 min. ago".
+/// How long ago something was, in a locale's words: "3 days ago", and "5 min. ago" or "5 minutes ago".
 ///
 /// The largest unit that has passed in full is the only one named. Months and years are those of the
 /// calendar in UTC, so that the answer hangs on the two instants alone. One thread only.
 class RelativeTime {
 public:
-    explicit RelativeTime(std::string_view locale = userLocale("LC_TIME"));
+    enum class Units { abbreviated, full };
+
+    explicit RelativeTime(std::string_view locale = userLocale("LC_TIME"), Units units = Units::abbreviated);
     ~RelativeTime();
 
     std::string operator()(Instant then, Instant now) const;
