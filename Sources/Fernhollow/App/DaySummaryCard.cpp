@@ -1,0 +1,53 @@
+#include "App/DaySummaryCard.h"
+
+#include "App/FigureLabel.h"
+#include "App/Theme.h"
+#include "Presentation/AppList.h"
+
+#include <QGridLayout>
+#include <QVBoxLayout>
+
+namespace fernhollow {
+namespace {
+
+constexpr int radius = 10;
+constexpr int padding = 12;
+constexpr int spacing = 8;
+constexpr double valuePoints = 20;
+
+FigureLabel* addMetricBox(QGridLayout& row, const QString& label) {
+    auto* value = new FigureLabel(Theme::font(valuePoints, QFont::DemiBold), Theme::primary);
+    value->setAccessibleDescription(label);
+    const int column = row.count() / 2;
+    row.addWidget(value, 0, column, Qt::AlignLeft);
+    row.addWidget(Theme::makeLabel(label, Theme::TextStyle::caption, Theme::secondary), 1, column);
+    row.setColumnStretch(column, 1);
+    return value;
+}
+
+} // namespace
+
+DaySummaryCard::DaySummaryCard(QWidget* parent) : QFrame(parent) {
+    Theme::styleAsCard(*this, radius);
+    setAccessibleName(u"Summary"_qs);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setSpacing(spacing);
+    layout->addWidget(
+        Theme::makeLabel(u"Summary"_qs, Theme::font(Theme::TextStyle::headline), Theme::primary));
+    auto* row = new QGridLayout;
+    row->setHorizontalSpacing(spacing);
+    row->setVerticalSpacing(0);
+    average_ = addMetricBox(*row, u"Avg/Hour"_qs);
+    peak_ = addMetricBox(*row, u"Peak Hour"_qs);
+    active_ = addMetricBox(*row, u"Active Hours"_qs);
+    layout->addLayout(row);
+}
+
+void DaySummaryCard::show(const DayFigures& figures) {
+    average_->setFigure(QString::asprintf("%.0f", figures.averagePerHour()));
+    peak_->setFigure(figures.peakHour ? QString::asprintf("%02d:00", *figures.peakHour) : u"—"_qs);
+    active_->setFigure(QString::number(figures.activeHours));
+}
+
+} // namespace fernhollow
