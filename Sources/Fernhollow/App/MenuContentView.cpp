@@ -1,9 +1,10 @@
 #include "App/MenuContentView.h"
 
 #include "App/AccountButton.h"
+#include "App/Dashboard/ProductivityDashboard.h"
+#include "App/Onboarding/OnboardingView.h"
 #include "App/SignInView.h"
 #include "App/Theme.h"
-#include "App/TodayView.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Support/ApplicationIdentity.h"
@@ -57,12 +58,11 @@ QLabel* makeVersion() {
 
 MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
                                  const Clock& clock)
-    : model_(std::move(model)), account_(std::move(account)), mainArea_(new QStackedLayout),
-      signIn_(new SignInView(account_)), today_(new TodayView), signInPage_(centred(signIn_)),
+    : model_(std::move(model)), account_(std::move(account)), clock_(clock), mainArea_(new QStackedLayout),
+      signIn_(new SignInView(account_)), signInPage_(centred(signIn_)),
       accountButton_(new AccountButton(account_, clock)),
       signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     mainArea_->addWidget(signInPage_);
-    mainArea_->addWidget(today_);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -73,7 +73,6 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
 
     redraw_.setSingleShot(true);
     connect(&redraw_, &QTimer::timeout, this, &MenuContentView::refresh);
-    cancellables_.push_back(model_->observe([this] { requestRefresh(); }));
     cancellables_.push_back(account_->observe([this] { requestRefresh(); }));
     addShortcuts();
 }
@@ -121,15 +120,11 @@ void MenuContentView::refresh() {
     if (!isVisible()) {
         return;
     }
-    const auto address = account_->email();
+    const bool isSignedIn = account_->email().has_value();
     accountButton_->refresh();
-    signOut_->setVisible(address.has_value());
-    if (address) {
-        today_->setCount(QString::fromStdString(model_->todayCountFormatted()));
-        if (mainArea_->currentWidget() != today_) {
-            mainArea_->setCurrentWidget(today_);
-            today_->setFocus();
-        }
+    signOut_->setVisible(isSignedIn);
+    if (isSignedIn) {
+        showSignedIn();
         return;
     }
     signIn_->refresh();
@@ -137,6 +132,34 @@ void MenuContentView::refresh() {
         mainArea_->setCurrentWidget(signInPage_);
         signIn_->focusEmail();
     }
+}
+
+void MenuContentView::showSignedIn() {
+    QWidget* page = account_->hasSeenOnboarding.get() ? dashboard() : onboarding();
+    if (page != mainArea_->currentWidget()) {
+        mainArea_->setCurrentWidget(page);
+        page->setFocus();
+    }
+    if (onboarding_ != nullptr && page != onboarding_) {
+        onboarding_->deleteLater(); // who comes next begins at its first step
+        onboarding_ = nullptr;
+    }
+}
+
+QWidget* MenuContentView::onboarding() {
+    if (onboarding_ == nullptr) {
+        onboarding_ = new OnboardingView([this] { account_->markOnboardingSeen(); });
+        mainArea_->addWidget(onboarding_);
+    }
+    return onboarding_;
+}
+
+QWidget* MenuContentView::dashboard() {
+    if (dashboard_ == nullptr) {
+        dashboard_ = new ProductivityDashboard(model_, clock_);
+        mainArea_->addWidget(dashboard_);
+    }
+    return dashboard_;
 }
 
 } // namespace fernhollow

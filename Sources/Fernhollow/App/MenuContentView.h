@@ -18,13 +18,14 @@ class AccountButton;
 class AccountManager;
 class AppModel;
 class Clock;
+class OnboardingView;
 class SignInView;
-class TodayView;
 
 /// The main window's content: what the account's state asks for, over the footer.
 ///
-/// It follows the models: any number of changes ask for one redraw, at most one a frame, and none
-/// while the window is hidden. What was typed survives hiding the window.
+/// It follows the account: any number of changes ask for one redraw, at most one a frame, and none while the
+/// window is hidden. What was typed survives hiding the window; what shows an account is made when it is
+/// first needed.
 class MenuContentView : public QWidget {
 public:
     MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
@@ -38,16 +39,21 @@ private:
     void addShortcuts();
     void requestRefresh();
     void refresh();
+    void showSignedIn();
+    QWidget* onboarding();
+    QWidget* dashboard();
 
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<AccountManager> account_;
+    const Clock& clock_;
     std::vector<Observation> cancellables_;
     QTimer redraw_;
 
     QStackedLayout* mainArea_;
     SignInView* signIn_;
-    TodayView* today_;
     QWidget* signInPage_;
+    OnboardingView* onboarding_ = nullptr; // while it is shown
+    QWidget* dashboard_ = nullptr;         // once somebody got as far
     AccountButton* accountButton_;
     QPushButton* signOut_;
 };

@@ -71,6 +71,7 @@ QLineEdit:focus { border: 2px solid #5a9bff; padding: 5px 7px; }
 QPushButton[prominent="true"] {
     background: #1f6feb; color: white; border: 2px solid transparent; border-radius: 8px; padding: 8px;
 }
+QPushButton[prominent="true"][wide="true"] { padding: 8px 24px; }
 QPushButton[prominent="true"]:hover { background: #2b7bf6; }
 QPushButton[prominent="true"]:pressed { background: #1a5fcc; }
 QPushButton[prominent="true"]:focus { border-color: #a8ccff; }

@@ -9,4 +9,8 @@ namespace fernhollow {
 /// and group no digits, stand for "en".
 std::string userLocale(const char* category);
 
+/// The language that the user prefers, as a locale such as "pt_BR": the first of LANGUAGE, which GNU gettext
+/// puts before the locale of messages unless that is "C", else that locale.
+std::string preferredLanguage();
+
 } // namespace fernhollow

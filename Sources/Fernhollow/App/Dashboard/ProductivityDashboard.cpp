@@ -59,7 +59,7 @@ void ProductivityDashboard::layOut() {
 }
 
 void ProductivityDashboard::follow() {
-    const auto observe = [this](const auto& field, std::initializer_list<Part> shownBy) {
+    const auto observe = [this](auto& field, std::initializer_list<Part> shownBy) {
         Parts stale;
         for (const Part part : shownBy) {
             stale.set(part);
