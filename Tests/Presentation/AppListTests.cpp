@@ -1,4 +1,5 @@
 #include "Presentation/AppList.h"
+#include "Presentation/FixedDecimals.h"
 #include "Presentation/TextSearch.h"
 #include "Support/FakeClock.h"
 
@@ -85,6 +86,17 @@ TEST(FiguresOfADay, ComeFromItsApplicationsAndHours) {
     for (const auto& [name, apps, hourly, figures, average] : cases) {
         EXPECT_EQ(DayFigures::of(apps, hourly), figures) << name;
         EXPECT_EQ(figures.averagePerHour(), average) << name;
+    }
+}
+
+TEST(FixedDecimals, RoundLikeC) {
+    const std::vector<std::tuple<double, int, const char*>> cases{
+        {0, 0, "0"},         {0.5, 0, "0"},       {1.5, 0, "2"},
+        {1000.5, 0, "1000"}, {99.96, 1, "100.0"}, {6.25, 1, "6.2"},
+        {0.04, 1, "0.0"},    {33.35, 1, "33.4"},  {1e18, 0, "1000000000000000000"},
+    };
+    for (const auto& [number, decimals, text] : cases) {
+        EXPECT_EQ(fixedDecimals(number, decimals), text);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "App/AppListModel.h"
 
 #include "App/AppColor.h"
+#include "Presentation/FixedDecimals.h"
 
 #include <algorithm>
 
@@ -43,7 +44,8 @@ bool AppListModel::update(Row& row, const AppDisplayItem& item) const {
         row.countText = QString::fromStdString(numberText_(item.count));
         hasChanged = true;
     }
-    const QString percentage = item.percentage ? QString::asprintf("%.1f%%", *item.percentage) : QString();
+    const QString percentage =
+        item.percentage ? QString::fromStdString(fixedDecimals(*item.percentage, 1)) + u'%' : QString();
     if (row.percentageText != percentage) {
         row.percentageText = percentage;
         hasChanged = true;

@@ -28,7 +28,7 @@ void DayDetailWindowController::createWindow() {
     auto* layout = new QVBoxLayout(window_);
     layout->setContentsMargins(0, 0, 0, 0);
     placeCentred(*window_, initialSize, minimumSize);
-    for (const QKeySequence& key : {QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)}) {
+    for (const QKeySequence& key : {QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)}) {
         QObject::connect(new QShortcut(key, window_), &QShortcut::activated, window_, &QWidget::close);
     }
 }

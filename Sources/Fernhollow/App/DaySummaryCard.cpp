@@ -3,6 +3,7 @@
 #include "App/FigureLabel.h"
 #include "App/Theme.h"
 #include "Presentation/AppList.h"
+#include "Presentation/FixedDecimals.h"
 
 #include <QGridLayout>
 #include <QVBoxLayout>
@@ -45,7 +46,7 @@ DaySummaryCard::DaySummaryCard(QWidget* parent) : QFrame(parent) {
 }
 
 void DaySummaryCard::show(const DayFigures& figures) {
-    average_->setFigure(QString::asprintf("%.0f", figures.averagePerHour()));
+    average_->setFigure(QString::fromStdString(fixedDecimals(figures.averagePerHour(), 0)));
     peak_->setFigure(figures.peakHour ? QString::asprintf("%02d:00", *figures.peakHour) : u"—"_qs);
     active_->setFigure(QString::number(figures.activeHours));
 }

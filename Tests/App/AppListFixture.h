@@ -1,0 +1,65 @@
+#pragma once
+
+#include "../Model/ModelFixture.h"
+#include "App/AppListView.h"
+
+#include <QRegion>
+#include <QTest>
+
+#include <string>
+#include <vector>
+
+namespace fernhollow::tests {
+
+/// Somebody who typed on 2026-03-02, in two applications, and types today from nine o'clock.
+class AppListFixture : public ModelFixture {
+protected:
+    AppListFixture() {
+        DailyCountsStore store(DailyCountsStore::urlForAccount("ana@example.com"));
+        await(store.registerApp("org.mail", "Mail", 0));
+        await(store.incrementAppHourly(DayKey("2026-03-02"), 9, "org.mail", 1500, 0));
+        await(store.incrementAppHourly(DayKey("2026-03-02"), 17, "org.b", 500, 0));
+        start();
+        signIn("ana@example.com");
+        refreshHistory();
+    }
+
+    /// As after a download of nothing.
+    void refreshHistory() {
+        refresh();
+        tasks_.beginWaiting();
+        await(model_->appTracker().updateLast30DaysAppDaily(std::make_shared<AppDailyCache>()));
+    }
+
+    static Instant march(int day, int hour = 12) {
+        return at("UTC", {.year = 2026, .month = 3, .day = day, .hour = hour});
+    }
+
+    /// What a screen reader reads of the rows.
+    static std::vector<std::string> rows(const QWidget& view) {
+        const auto* model = view.findChild<AppListView*>()->model();
+        std::vector<std::string> rows;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            rows.push_back(model->index(row, 0).data(Qt::AccessibleTextRole).toString().toStdString());
+        }
+        return rows;
+    }
+};
+
+/// What is drawn of a widget.
+class PaintedRegion : public QObject {
+public:
+    explicit PaintedRegion(QWidget* widget) { widget->installEventFilter(this); }
+
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            region += static_cast<QPaintEvent*>(event)->region();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+} // namespace fernhollow::tests
