@@ -1,6 +1,7 @@
 #include "App/FernhollowApp.h"
 
 #include "App/AppStateHolder.h"
+#include "App/DayDetailWindowController.h"
 #include "App/KeyboardMonitor.h"
 #include "App/MainWindowController.h"
 #include "App/TrustPrompt.h"
@@ -92,6 +93,7 @@ FernhollowApp::~FernhollowApp() {
     }
     tasks_.stop();
     AppStateHolder::shared() = {};
+    DayDetailWindowController::shared().close();
     MainWindowController::shared().close();
 }
 
