@@ -24,9 +24,10 @@ class Desktop:
     or when this process dies.
     """
 
-    def __init__(self, host="watcher", time_zone="Europe/Berlin"):
+    def __init__(self, host="watcher", time_zone="Europe/Berlin", size="1600x900"):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-desktop-"))
         self._children = []
+        self._size = size
         self.environment = self._bare_environment(time_zone)
         try:
             self._start_display()
@@ -128,9 +129,15 @@ class Desktop:
                 return icons[-1]
         return None
 
-    def picture(self, area):
-        """What an area of the screen shows, to be compared with itself."""
-        path = self.folder / "picture.png"
+    def window_area(self, window):
+        """Where a window's content lies on the screen: x, y, width, height."""
+        answer = self.run("xwininfo", "-id", window)
+        fields = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+        return tuple(int(re.search(rf"{field}: +(-?\d+)", answer)[1]) for field in fields)
+
+    def picture(self, area, path=None):
+        """What an area of the screen shows, to be compared with itself or, in a file, looked at."""
+        path = path or self.folder / "picture.png"
         self.run("scrot", "--overwrite", "--autoselect", ",".join(map(str, area)), path)
         return path.read_bytes()
 
@@ -186,7 +193,7 @@ class Desktop:
             writing,
             "-screen",
             "0",
-            "1600x900x24",
+            f"{self._size}x24",
             "-noreset",
             "-nolisten",
             "tcp",

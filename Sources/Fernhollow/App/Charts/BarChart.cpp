@@ -42,7 +42,7 @@ BarChart::BarChart(Style style, QWidget* parent)
       bars_(new StackedBars(plot_->xAxis, plot_->yAxis)) {
     plot_->setAttribute(Qt::WA_TransparentForMouseEvents); // it would keep the wheel for itself
     plot_->setFocusPolicy(Qt::NoFocus);
-    plot_->setBackground(Qt::NoBrush);
+    plot_->setBackground(QBrush(Theme::control)); // it paints all of itself
     plot_->axisRect()->setAutoMargins(QCP::msNone);
     setUp(*plot_->xAxis, style_.columnTitle);
     setUp(*plot_->yAxis, style_.countTitle);
@@ -114,7 +114,8 @@ void BarChart::setSegments(const std::vector<Segment>& segments) {
             pieces[top].isTop = true;
         }
     }
-    const double newTop = roundTop(heights.empty() ? 0 : *std::ranges::max_element(heights));
+    const double highest = heights.empty() ? 0 : *std::ranges::max_element(heights);
+    const double newTop = style_.hasCountAxis ? roundTop(highest) : closeTop(highest);
     const bool hasNewTop = std::exchange(top_, newTop) != newTop;
     const double pixels = columnRect(0).height() * devicePixelRatioF() / newTop;
     if (bars_->setPieces(std::move(pieces), pixels) || hasNewTop) {

@@ -23,6 +23,11 @@ double roundTop(double highest) {
     return 10 * magnitude;
 }
 
+double closeTop(double highest) {
+    constexpr double step = 1.04;
+    return highest <= 1 ? 1 : std::pow(step, std::ceil(std::log(highest) / std::log(step)));
+}
+
 CountTicker::CountTicker() {
     setTickCount(ticks);
 }

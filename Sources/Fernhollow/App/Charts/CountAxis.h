@@ -5,8 +5,10 @@
 
 namespace fernhollow {
 
-/// The end of an axis for counts up to `highest`: a round number, so that it stays while a count grows.
+/// The end of an axis with labels for counts up to `highest`: a round number.
 double roundTop(double highest);
+/// That of an axis without labels: little more than the highest count, so that it stays while that grows.
+double closeTop(double highest);
 
 /// Few ticks at round counts, in the user's digits and grouping.
 class CountTicker : public QCPAxisTicker {

@@ -44,7 +44,6 @@ ProductivityDashboard::ProductivityDashboard(std::shared_ptr<AppModel> model, co
 void ProductivityDashboard::layOut() {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // so that nothing moves when it comes and goes
     setWidgetResizable(true);
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
