@@ -22,7 +22,8 @@ constexpr const char* smallField =
 AppBreakdownView::AppBreakdownView(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent)
     : DashboardCard(u"Apps Breakdown"_qs, parent), model_(std::move(model)), clock_(clock),
       date_(Theme::makeLabel({}, Theme::TextStyle::subheadline, Theme::secondary)),
-      searchField_(new QLineEdit), list_(new AppListView({.points = rowPoints, .background = Theme::row})) {
+      searchField_(new QLineEdit),
+      list_(new AppListView({.points = rowPoints, .verticalPadding = 3, .background = Theme::row})) {
     searchField_->setPlaceholderText(u"Search apps..."_qs);
     searchField_->setAccessibleName(u"Search apps"_qs);
     searchField_->setFont(Theme::font(rowPoints));

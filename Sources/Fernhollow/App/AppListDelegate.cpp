@@ -15,12 +15,12 @@ namespace {
 
 constexpr int radius = 6;
 constexpr int horizontalPadding = 8;
-constexpr int verticalPadding = 4;
 constexpr int rowGap = 4;
 constexpr int circlePoints = 10;
 constexpr int circleGap = 8;
 constexpr int columnGap = 12;
 constexpr double percentagePoints = 12;
+constexpr int leastNameLines = 3; // the least width of a name, in heights of a line
 
 QFont fixedWidthFont(double points) {
     QFont font = Theme::font(points);
@@ -46,7 +46,8 @@ int widestDigit(const QFontMetrics& metrics, const QString& text) {
 AppListDelegate::AppListDelegate(const Style& style, QObject* parent)
     : QAbstractItemDelegate(parent), nameFont_(Theme::font(style.points)),
       percentageFont_(fixedWidthFont(percentagePoints)),
-      countFont_(Theme::font(style.points, style.countWeight)), background_(style.background),
+      countFont_(Theme::font(style.points, style.countWeight)), verticalPadding_(style.verticalPadding),
+      background_(style.background),
       percentageWidth_(QFontMetrics(percentageFont_).horizontalAdvance(u"100.0%"_qs)) {}
 
 bool AppListDelegate::reserve(const QString& widestCount) {
@@ -69,17 +70,16 @@ AppListDelegate::Places AppListDelegate::places(const QStyleOptionViewItem& opti
     places.count = content;
     places.count.setLeft(content.right() + 1 -
                          std::max(countWidth_, QFontMetrics(countFont_).horizontalAdvance(row.countText)));
-    places.percentage = content;
-    places.percentage.setRight(places.count.left() - 1);
-    if (!row.percentageText.isEmpty()) {
-        places.percentage.setRight(places.count.left() - columnGap - 1);
-        places.percentage.setLeft(places.percentage.right() + 1 - percentageWidth_);
-    } else {
-        places.percentage.setLeft(places.count.left());
-    }
     places.name = content;
     places.name.setLeft(places.circle.right() + 1 + circleGap);
-    places.name.setRight(places.percentage.left() - columnGap - 1);
+    places.name.setRight(places.count.left() - 1 - columnGap);
+    // In a narrow list a large font leaves room for the name or for the share.
+    const int least = leastNameLines * QFontMetrics(nameFont_).height();
+    if (!row.percentageText.isEmpty() && places.name.width() - percentageWidth_ - columnGap >= least) {
+        places.percentage = places.name;
+        places.percentage.setLeft(places.name.right() + 1 - percentageWidth_);
+        places.name.setRight(places.percentage.left() - 1 - columnGap);
+    }
     for (QRect* rect : {&places.circle, &places.name, &places.percentage, &places.count}) {
         *rect = QStyle::visualRect(option.direction, places.background, *rect);
     }
@@ -111,14 +111,16 @@ void AppListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     painter->setLayoutDirection(Qt::LayoutDirectionAuto); // a name is written as its own script is
     draw(at.name, nameFont_, Theme::primary,
          QFontMetrics(nameFont_).elidedText(row.name, Qt::ElideRight, at.name.width()), Qt::AlignLeft);
-    draw(at.percentage, percentageFont_, Theme::tertiary, row.percentageText, Qt::AlignRight);
+    if (!at.percentage.isEmpty()) {
+        draw(at.percentage, percentageFont_, Theme::tertiary, row.percentageText, Qt::AlignRight);
+    }
     draw(at.count, countFont_, Theme::secondary, row.countText, Qt::AlignRight);
     painter->restore();
 }
 
 QSize AppListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
     const int text = std::max(QFontMetrics(nameFont_).height(), QFontMetrics(percentageFont_).height());
-    return {0, text + 2 * verticalPadding + rowGap};
+    return {0, text + 2 * verticalPadding_ + rowGap};
 }
 
 bool AppListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,

@@ -15,6 +15,7 @@ public:
     struct Style {
         double points = 13; ///< of the texts
         QFont::Weight countWeight = QFont::Normal;
+        int verticalPadding = 4;
         QColor background;
     };
 
@@ -43,6 +44,7 @@ private:
     QFont nameFont_;
     QFont percentageFont_;
     QFont countFont_;
+    int verticalPadding_;
     QColor background_;
     int countWidth_ = 0;
     int percentageWidth_;

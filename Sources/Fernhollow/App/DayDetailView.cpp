@@ -85,6 +85,9 @@ QWidget* DayDetailView::makeHeader() {
     const QString caption = u"key presses"_qs;
     total_->setAccessibleDescription(caption);
     date_->setWordWrap(true); // a long date in a large font
+    for (QLabel* label : {date_, relativeDate_}) {
+        label->setAlignment(Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter); // in any script
+    }
     auto* header = new QWidget;
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(padding, headerPadding, padding, headerPadding);
