@@ -1,0 +1,115 @@
+#include "KeypressCore/Calendar.h"
+#include "Model/ProductivityMetrics.h"
+#include "Support/FakeClock.h"
+
+#include <gmock/gmock.h>
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const DayKey today("2026-03-05");
+
+ProductivityMetrics calculate(std::int64_t todayTotal, const std::vector<HourlyCountRow>& hours,
+                              const std::vector<DailyCountRow>& month, const char* zone = "UTC",
+                              Calendar::Components now = {.year = 2026, .month = 3, .day = 5, .hour = 18}) {
+    const Calendar calendar(zone);
+    return ProductivityMetrics::calculate(todayTotal, hours, {}, {}, month, calendar,
+                                          calendar.date(now).value());
+}
+
+std::vector<HourlyCountRow> hours(const std::vector<std::pair<int, std::int64_t>>& counts) {
+    std::vector<HourlyCountRow> rows;
+    for (const auto& [hour, count] : counts) {
+        rows.push_back({today, hour, count});
+    }
+    return rows;
+}
+
+/// `count` days with one press each, the last one of them today; the newest first.
+std::vector<DailyCountRow> month(int count, const char* zone = "UTC",
+                                 Calendar::Components now = {.year = 2026, .month = 3, .day = 5}) {
+    const Calendar calendar(zone);
+    std::vector<DailyCountRow> rows;
+    for (int age = 0; age < count; ++age) {
+        const Instant day = calendar.noon(calendar.date(now).value()).value();
+        rows.push_back({DayKey(calendar.addingDays(day, -age).value(), calendar), 1});
+    }
+    return rows;
+}
+
+TEST(Metrics, FindTheFirstOfTheBusiestHours) {
+    const auto metrics = calculate(300, hours({{9, 120}, {14, 120}, {10, 30}, {11, 0}}), {});
+    EXPECT_EQ(metrics.peakHour, 9);
+    EXPECT_EQ(metrics.activeHours, 3);
+    EXPECT_DOUBLE_EQ(metrics.avgPerHour, 100);
+    ASSERT_THAT(metrics.todayHourly, SizeIs(24));
+    EXPECT_EQ(metrics.todayHourly[2], (ProductivityMetrics::HourlyMetric{10, 30}));
+    EXPECT_EQ(metrics.todayHourly[4], (ProductivityMetrics::HourlyMetric{4, 0}));
+    EXPECT_EQ(metrics.todayHourly[23], (ProductivityMetrics::HourlyMetric{23, 0}));
+}
+
+TEST(Metrics, AreNothingWithoutAPress) {
+    const auto metrics = calculate(0, hours({{9, 0}}), {});
+    EXPECT_EQ(metrics.peakHour, std::nullopt);
+    EXPECT_EQ(metrics.activeHours, 0);
+    EXPECT_EQ(metrics.avgPerHour, 0);
+    EXPECT_EQ(metrics.avgPerDay, 0);
+    EXPECT_EQ(metrics.monthTotal, 0);
+    EXPECT_THAT(metrics.monthDaily, IsEmpty());
+}
+
+TEST(Metrics, AddUpWeeksAndMonthWithTodaysOwnTotal) {
+    const auto metrics = calculate(50, {}, month(30));
+    EXPECT_EQ(metrics.monthTotal, 79);
+    EXPECT_EQ(metrics.weekTotal, 56);
+    EXPECT_EQ(metrics.lastWeekTotal, 7);
+    EXPECT_DOUBLE_EQ(metrics.avgPerDay, 79.0 / 30);
+    ASSERT_THAT(metrics.monthDaily, SizeIs(30));
+    EXPECT_EQ(metrics.monthDaily.front().count, 50) << "in the order given";
+
+    const auto shorter = calculate(50, {}, month(5));
+    EXPECT_EQ(shorter.weekTotal, 54);
+    EXPECT_EQ(shorter.lastWeekTotal, 0);
+    EXPECT_EQ(calculate(50, {}, month(9)).lastWeekTotal, 2);
+}
+
+TEST(Metrics, AddUpDaysWhoseTextIsNoneAndShowNothingOfThem) {
+    const auto metrics = calculate(50, {}, {{DayKey("someday"), 7}, {today, 1}});
+    EXPECT_EQ(metrics.weekTotal, 57);
+    EXPECT_EQ(metrics.monthTotal, 57);
+    ASSERT_THAT(metrics.monthDaily, SizeIs(1));
+    EXPECT_EQ(metrics.monthDaily[0].day, at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12}));
+}
+
+struct Day {
+    const char* zone;
+    int year, month, day;
+};
+
+class MetricsOn : public testing::TestWithParam<Day> {};
+
+// Days on which a clock change skips or repeats midnight, the day after one, and a zone that is odd.
+INSTANTIATE_TEST_SUITE_P(Days, MetricsOn,
+                         testing::Values(Day{"America/Sao_Paulo", 2018, 11, 4},
+                                         Day{"America/Sao_Paulo", 2018, 2, 18},
+                                         Day{"Africa/Cairo", 2026, 4, 24}, Day{"Africa/Cairo", 2026, 10, 30},
+                                         Day{"Asia/Beirut", 2026, 3, 29}, Day{"Asia/Beirut", 2026, 10, 26},
+                                         Day{"Asia/Kathmandu", 2026, 3, 5}));
+
+TEST_P(MetricsOn, KnowTodayInEachOfItsHours) {
+    const auto& [zone, year, monthOfYear, day] = GetParam();
+    for (const int hour : {0, 1, 12, 23}) {
+        const Calendar::Components now{.year = year, .month = monthOfYear, .day = day, .hour = hour};
+        const auto metrics = calculate(50, {}, month(30, zone, now), zone, now);
+        EXPECT_EQ(metrics.monthTotal, 79) << hour;
+        EXPECT_EQ(metrics.weekTotal, 56) << hour;
+        EXPECT_THAT(metrics.monthDaily, SizeIs(30));
+    }
+}
+
+} // namespace
+} // namespace fernhollow::tests
