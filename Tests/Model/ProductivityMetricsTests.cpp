@@ -1,8 +1,12 @@
 #include "KeypressCore/Calendar.h"
 #include "Model/ProductivityMetrics.h"
+#include "Model/RecentDays.h"
 #include "Support/FakeClock.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
 
 namespace fernhollow::tests {
 namespace {
@@ -30,13 +34,12 @@ std::vector<HourlyCountRow> hours(const std::vector<std::pair<int, std::int64_t>
 }
 
 /// `count` days with one press each, the last one of them today; the newest first.
-std::vector<DailyCountRow> month(int count, const char* zone = "UTC",
-                                 Calendar::Components now = {.year = 2026, .month = 3, .day = 5}) {
-    const Calendar calendar(zone);
+std::vector<DailyCountRow> month(int count) {
+    const Calendar calendar("UTC");
+    const Instant noon = at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12});
     std::vector<DailyCountRow> rows;
     for (int age = 0; age < count; ++age) {
-        const Instant day = calendar.noon(calendar.date(now).value()).value();
-        rows.push_back({DayKey(calendar.addingDays(day, -age).value(), calendar), 1});
+        rows.push_back({DayKey(calendar.addingDays(noon, -age).value(), calendar), 1});
     }
     return rows;
 }
@@ -90,12 +93,29 @@ struct Day {
     int year, month, day;
 };
 
+/// The 30 days up to `now` with one press each.
+std::vector<DailyCountRow> recentDays(const char* zone, Calendar::Components now) {
+    const Calendar calendar(zone);
+    std::vector<DailyCountRow> rows;
+    RecentDays days;
+    for (const RecentDays::Day& day : days.upTo(calendar.date(now).value(), calendar)) {
+        EXPECT_EQ(DayKey(day.noon, calendar), day.key);
+        EXPECT_EQ(calendar.hour(day.noon), 12);
+        rows.push_back({day.key, 1});
+    }
+    EXPECT_EQ(std::ranges::adjacent_find(rows, std::ranges::greater_equal(), &DailyCountRow::day),
+              rows.end());
+    return rows;
+}
+
 class MetricsOn : public testing::TestWithParam<Day> {};
 
 // Days on which a clock change skips or repeats midnight, the day after one, and a zone that is odd.
 INSTANTIATE_TEST_SUITE_P(Days, MetricsOn,
                          testing::Values(Day{"America/Sao_Paulo", 2018, 11, 4},
                                          Day{"America/Sao_Paulo", 2018, 2, 18},
+                                         Day{"Pacific/Auckland", 1970, 1, 1}, // its noon is the epoch
+
                                          Day{"Africa/Cairo", 2026, 4, 24}, Day{"Africa/Cairo", 2026, 10, 30},
                                          Day{"Asia/Beirut", 2026, 3, 29}, Day{"Asia/Beirut", 2026, 10, 26},
                                          Day{"Asia/Kathmandu", 2026, 3, 5}));
@@ -104,7 +124,7 @@ TEST_P(MetricsOn, KnowTodayInEachOfItsHours) {
     const auto& [zone, year, monthOfYear, day] = GetParam();
     for (const int hour : {0, 1, 12, 23}) {
         const Calendar::Components now{.year = year, .month = monthOfYear, .day = day, .hour = hour};
-        const auto metrics = calculate(50, {}, month(30, zone, now), zone, now);
+        const auto metrics = calculate(50, {}, recentDays(zone, now), zone, now);
         EXPECT_EQ(metrics.monthTotal, 79) << hour;
         EXPECT_EQ(metrics.weekTotal, 56) << hour;
         EXPECT_THAT(metrics.monthDaily, SizeIs(30));

@@ -4,6 +4,7 @@
 #include "Support/DebugLog.h"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 namespace fernhollow::AppHistory {
@@ -65,17 +66,23 @@ std::vector<DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidD
     return records;
 }
 
-bool showsTheSame(std::vector<DailyAppStats> a, std::vector<DailyAppStats> b, const Calendar& calendar) {
+bool showsTheSame(const std::vector<DailyAppStats>& a, const std::vector<DailyAppStats>& b,
+                  const Calendar& calendar) {
     if (a.size() != b.size()) {
         return false;
     }
-    for (auto* records : {&a, &b}) {
-        std::ranges::sort(*records, {},
-                          [](const DailyAppStats& record) { return std::tie(record.day, record.bundleId); });
-    }
-    return std::ranges::equal(a, b, [&](const DailyAppStats& x, const DailyAppStats& y) {
-        return x.bundleId == y.bundleId && x.count == y.count &&
-               (x.day == y.day || calendar.startOfDay(x.day) == calendar.startOfDay(y.day));
+    const auto sorted = [](const std::vector<DailyAppStats>& records) {
+        std::vector<const DailyAppStats*> order;
+        order.reserve(records.size());
+        std::ranges::transform(records, std::back_inserter(order),
+                               [](const auto& record) { return &record; });
+        std::ranges::sort(
+            order, {}, [](const DailyAppStats* record) { return std::tie(record->day, record->bundleId); });
+        return order;
+    };
+    return std::ranges::equal(sorted(a), sorted(b), [&](const DailyAppStats* x, const DailyAppStats* y) {
+        return x->bundleId == y->bundleId && x->count == y->count &&
+               (x->day == y->day || calendar.startOfDay(x->day) == calendar.startOfDay(y->day));
     });
 }
 

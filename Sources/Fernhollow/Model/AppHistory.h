@@ -25,8 +25,8 @@ std::vector<AppTracker::DailyAppStats> pastDays(const AppDailyCache& days, Insta
                                                 const Calendar& calendar, Instant now);
 
 /// Whether both hold the same counts of the same applications on the same days, in whatever order.
-bool showsTheSame(std::vector<AppTracker::DailyAppStats> a, std::vector<AppTracker::DailyAppStats> b,
-                  const Calendar& calendar);
+bool showsTheSame(const std::vector<AppTracker::DailyAppStats>& a,
+                  const std::vector<AppTracker::DailyAppStats>& b, const Calendar& calendar);
 
 } // namespace AppHistory
 } // namespace fernhollow

@@ -20,7 +20,6 @@
 #include <optional>
 #include <stop_token>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace fernhollow {
@@ -95,13 +94,22 @@ private:
     QCoro::Task<> refreshTodayFromDisk();
     void showToday(std::int64_t remoteTotal);
     QCoro::Task<> refreshLast30DaysFromDisk();
-    using CountsByDay = std::unordered_map<std::string, std::int64_t>;
-    std::vector<DailyCountPoint> history(Instant first, const CountsByDay& local, const CountsByDay& remote);
+    struct HistoryInputs {
+        DayKey day;
+        Instant noon;  // of today, which also changes with the time zone
+        Instant first; // no earlier day is shown
+        std::int64_t today = 0;
+        std::vector<DailyCountRow> rows;
+        std::shared_ptr<const HistoryCache> remote; // null without a sync engine, here and below
+
+        bool operator==(const HistoryInputs&) const = default;
+    };
+    std::vector<DailyCountPoint> history(const HistoryInputs& inputs);
     QCoro::Task<> refreshDevices();
 
     struct MetricsInputs {
         DayKey day;
-        Instant noon; // of today, which also changes with the time zone
+        Instant noon;
         std::int64_t today = 0;
         std::shared_ptr<const HistoryCache> history;
         std::shared_ptr<const HourlyCache> hourly;
@@ -115,10 +123,21 @@ private:
 
         bool operator==(const AppHistoryInputs&) const = default;
     };
-    QCoro::Task<> recalculateMetrics(Future<std::vector<HourlyCountRow>> fetchingHours);
+    /// What a refresh asks for beside today's count, all of it before it waits.
+    struct Reads {
+        std::shared_ptr<DailyCountsStore> store;
+        std::shared_ptr<CloudSyncCoordinator> cloudSync;
+        DayKey day;
+        Future<std::vector<HourlyCountRow>> hours;
+        std::optional<Future<std::shared_ptr<const HistoryCache>>> history;
+        std::optional<Future<std::shared_ptr<const HourlyCache>>> hourly;
+        std::optional<Future<std::shared_ptr<const AppDailyCache>>> appDaily;
+    };
+    Reads askForFigures() const;
+    QCoro::Task<> recalculateMetrics(Reads reads);
     ProductivityMetrics calculateMetrics(const MetricsInputs& inputs,
                                          const std::vector<RecentDays::Day>& days, Instant now) const;
-    QCoro::Task<> refreshAppHistory();
+    QCoro::Task<> refreshAppHistory(Reads reads);
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
@@ -150,7 +169,8 @@ private:
     std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
     RecentDays recentDays_;
-    MetricsInputs metricsInputs_;                      // of what is published
+    std::optional<HistoryInputs> historyInputs_;       // of what is published
+    MetricsInputs metricsInputs_;                      // likewise
     std::optional<AppHistoryInputs> appHistoryInputs_; // absent once today's totals changed
     std::optional<std::string> currentAccountEmail_;
     std::string deviceId_;

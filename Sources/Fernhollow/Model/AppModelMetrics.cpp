@@ -3,32 +3,73 @@
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AppModel.h"
+#include "Support/DebugLog.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace fernhollow {
+namespace {
 
-QCoro::Task<> AppModel::recalculateMetrics(Future<std::vector<HourlyCountRow>> fetchingHours) {
+constexpr std::ptrdiff_t week = 7;
+
+std::int64_t countOf(const HistoryCache& counts, const std::string& day) {
+    const auto found = counts.find(day);
+    return found != counts.end() ? found->second : 0;
+}
+
+} // namespace
+
+AppModel::Reads AppModel::askForFigures() const {
+    Reads reads{store_, cloudSync_, currentDay_, store_->fetchHourlyCounts(currentDay_), {}, {}, {}};
+    if (cloudSync_) {
+        reads.history = cloudSync_->getAggregatedHistory();
+        reads.hourly = cloudSync_->getAggregatedHourly();
+        reads.appDaily = cloudSync_->getAggregatedAppDaily();
+    }
+    return reads;
+}
+
+std::vector<DailyCountPoint> AppModel::history(const HistoryInputs& inputs) {
+    HistoryCache local;
+    for (const DailyCountRow& row : inputs.rows) {
+        local.emplace(row.day.rawValue, row.count);
+    }
+    debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + inputs.day.rawValue +
+             ", todayCountAggregated=" + std::to_string(inputs.today));
+    std::vector<DailyCountPoint> points;
+    for (const RecentDays::Day& day : recentDays_.upTo(clock_.now(), calendar_)) {
+        if (day.noon < inputs.first) {
+            continue;
+        }
+        std::int64_t count = inputs.today;
+        if (day.key == inputs.day) {
+            debugLog("[AppModel] Today (" + day.key.rawValue +
+                     "): using local todayCountAggregated=" + std::to_string(count));
+        } else {
+            const std::int64_t there = inputs.remote ? countOf(*inputs.remote, day.key.rawValue) : 0;
+            count = std::max({countOf(local, day.key.rawValue), there, std::int64_t{0}});
+        }
+        points.push_back({day.noon, count});
+    }
+    return points;
+}
+
+QCoro::Task<> AppModel::recalculateMetrics(Reads reads) {
     const auto self = shared_from_this();
-    const auto store = store_;
-    const auto cloudSync = cloudSync_;
     MetricsInputs inputs;
-    inputs.day = currentDay_;
-    inputs.history = std::make_shared<const HistoryCache>();
-    inputs.hourly = std::make_shared<const HourlyCache>();
-    if (cloudSync) {
-        auto history = cloudSync->getAggregatedHistory();
-        auto hourly = cloudSync->getAggregatedHourly();
-        inputs.history = co_await history;
-        inputs.hourly = co_await hourly;
+    inputs.day = reads.day;
+    if (reads.cloudSync) {
+        inputs.history = co_await reads.history.value();
+        inputs.hourly = co_await reads.hourly.value();
     }
     try {
-        inputs.rows = co_await fetchingHours;
+        inputs.rows = co_await reads.hours;
     } catch (const DailyCountsStoreError&) {
         inputs.rows.clear(); // the backend's hours are left
     }
-    if (store != store_ || inputs.day != currentDay_) {
-        co_return;
+    if (reads.store != store_ || reads.day != currentDay_) {
+        co_return; // another account's or day's
     }
     const Instant now = clock_.now();
     const auto& days = recentDays_.upTo(now, calendar_);
@@ -43,7 +84,7 @@ QCoro::Task<> AppModel::recalculateMetrics(Future<std::vector<HourlyCountRow>> f
 
 ProductivityMetrics AppModel::calculateMetrics(const MetricsInputs& inputs,
                                                const std::vector<RecentDays::Day>& days, Instant now) const {
-    HourlyCache hours = *inputs.hourly;
+    HourlyCache hours = inputs.hourly ? *inputs.hourly : HourlyCache();
     for (const HourlyCountRow& row : inputs.rows) {
         std::int64_t& count = hours[row.hour];
         count = std::max(count, row.count);
@@ -54,27 +95,26 @@ ProductivityMetrics AppModel::calculateMetrics(const MetricsInputs& inputs,
     }
     std::vector<DailyCountRow> month;
     for (const RecentDays::Day& day : days) {
-        const auto known = inputs.history->find(day.key.rawValue);
-        const std::int64_t past = known != inputs.history->end() ? known->second : 0;
+        const std::int64_t past = inputs.history ? countOf(*inputs.history, day.key.rawValue) : 0;
         month.push_back({day.key, day.key == inputs.day ? inputs.today : past});
     }
-    constexpr std::ptrdiff_t week = 7;
-    const std::vector<DailyCountRow> thisWeek(month.end() - week, month.end());
-    const std::vector<DailyCountRow> lastWeek(month.end() - 2 * week, month.end() - week);
+    const auto end = month.end();
+    const auto size = std::ssize(month); // shorter where the calendar cannot tell a day
+    const std::vector<DailyCountRow> thisWeek(end - std::min(size, week), end);
+    const std::vector<DailyCountRow> lastWeek(end - std::min(size, 2 * week), end - std::min(size, week));
     return ProductivityMetrics::calculate(inputs.today, hourly, thisWeek, lastWeek, month, calendar_, now);
 }
 
 // Only when something of it changed: the history logs what it is given, which each second would fill the log.
-QCoro::Task<> AppModel::refreshAppHistory() {
+QCoro::Task<> AppModel::refreshAppHistory(Reads reads) {
     const auto self = shared_from_this();
-    const auto cloudSync = cloudSync_;
-    if (!cloudSync) {
+    if (!reads.cloudSync) {
         co_return;
     }
-    auto remote = co_await cloudSync->getAggregatedAppDaily();
+    auto remote = co_await reads.appDaily.value();
     const Instant noon = calendar_.noon(clock_.now()).value_or(clock_.now());
     const AppHistoryInputs inputs{remote, noon};
-    if (cloudSync != cloudSync_ || inputs == appHistoryInputs_) {
+    if (reads.cloudSync != cloudSync_ || inputs == appHistoryInputs_) {
         co_return;
     }
     appHistoryInputs_ = inputs;

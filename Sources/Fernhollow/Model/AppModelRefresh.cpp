@@ -95,12 +95,12 @@ QCoro::Task<> AppModel::refreshFromDisk() {
     const auto today = refreshTodayFromDisk();
     const auto history = refreshLast30DaysFromDisk();
     const auto applications = appTracker_->refreshFromDisk();
-    auto hours = store_->fetchHourlyCounts(currentDay_);
+    const auto figures = askForFigures();
     co_await today;
     co_await history;
     co_await applications;
-    co_await recalculateMetrics(std::move(hours));
-    co_await refreshAppHistory();
+    co_await recalculateMetrics(figures);
+    co_await refreshAppHistory(figures);
     if (cloudSync_ && !isAskingForDevices_) {
         tasks_.start([self](std::stop_token) { return self->refreshDevices(); });
     }
@@ -156,55 +156,31 @@ void AppModel::showToday(std::int64_t remoteTotal) {
 }
 
 QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
+    const auto self = shared_from_this();
     const auto store = store_;
-    const DayKey day = currentDay_;
-    const Instant first =
-        std::max(recentDays_.upTo(clock_.now(), calendar_).front().noon, AppTracker::minValidDate(clock_));
-    CountsByDay local;
-    auto remote = std::make_shared<const HistoryCache>();
+    const Instant now = clock_.now();
+    HistoryInputs inputs;
+    inputs.day = currentDay_;
+    const auto& days = recentDays_.upTo(now, calendar_);
+    inputs.noon = days.back().noon;
+    inputs.first = std::max(days.front().noon, AppTracker::minValidDate(clock_));
     if (store) {
         try {
-            auto rows = store->fetchCounts(DayKey(first, calendar_), day);
+            auto rows = store->fetchCounts(DayKey(inputs.first, calendar_), inputs.day);
             if (const auto cloudSync = cloudSync_) {
-                remote = co_await cloudSync->getAggregatedHistory();
+                inputs.remote = co_await cloudSync->getAggregatedHistory();
             }
-            for (auto& row : co_await rows) {
-                local.emplace(std::move(row.day.rawValue), row.count);
-            }
+            inputs.rows = co_await rows;
         } catch (const DailyCountsStoreError&) {
-            local.clear(); // the history then shows what the backend knows
+            inputs.rows.clear(); // the history then shows what the backend knows
         }
     }
-    if (store != store_ || day != currentDay_) {
+    inputs.today = todayCountAggregated.get();
+    if (store != store_ || inputs.day != currentDay_ || inputs == historyInputs_) {
         co_return;
     }
-    debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + currentDay_.rawValue +
-             ", todayCountAggregated=" + std::to_string(todayCountAggregated.get()));
-    last30Days.set(history(first, local, *remote));
-}
-
-std::vector<DailyCountPoint> AppModel::history(Instant first, const CountsByDay& local,
-                                               const CountsByDay& remote) {
-    const auto countIn = [](const CountsByDay& counts, const DayKey& day) {
-        const auto found = counts.find(day.rawValue);
-        return found != counts.end() ? found->second : 0;
-    };
-    std::vector<DailyCountPoint> points;
-    for (const RecentDays::Day& day : recentDays_.upTo(clock_.now(), calendar_)) {
-        if (day.noon < first) {
-            continue;
-        }
-        std::int64_t count = 0;
-        if (day.key == currentDay_) {
-            count = todayCountAggregated.get();
-            debugLog("[AppModel] Today (" + day.key.rawValue +
-                     "): using local todayCountAggregated=" + std::to_string(count));
-        } else {
-            count = std::max({countIn(local, day.key), countIn(remote, day.key), std::int64_t{0}});
-        }
-        points.push_back({day.noon, count});
-    }
-    return points;
+    last30Days.set(history(inputs));
+    historyInputs_ = std::move(inputs);
 }
 
 } // namespace fernhollow

@@ -85,6 +85,7 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
 
 void AppTracker::updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                                    std::int64_t delta) {
+    shownRows_.reset();
     todayHourlyByApp.change([&](std::vector<HourlyAppStats>& entries) {
         const auto entry = std::ranges::find_if(entries, [&](const auto& candidate) {
             return candidate.hour == hour && candidate.bundleId == bundleId;
@@ -175,10 +176,13 @@ void AppTracker::rolloverIfNeeded(Instant now) {
     const DayKey oldDay = std::exchange(currentDay_, std::move(today));
     todayHourlyByApp.set({});
     todayAppTotals.set({});
+    shownRows_.reset();
     Buffer old = std::exchange(pending_, {});
     if (store_ && !old.counts.empty()) {
-        tasks_.start([store = store_, old = std::move(old), oldDay, updatedAt = unixSeconds(now)](
-                         std::stop_token) { return write(store, old, oldDay, updatedAt); });
+        // Asked for here, so that whoever reads the old day from now on finds its last presses there.
+        const auto writing =
+            std::make_shared<QCoro::Task<>>(write(store_, std::move(old), oldDay, unixSeconds(now)));
+        tasks_.start([writing](std::stop_token) { return std::move(*writing); });
     }
 }
 
@@ -194,27 +198,30 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
         const std::int64_t flushes = flushes_;
         auto fetchingRows = store->fetchAppHourlyCounts(day);
         auto fetchingRegistry = store->fetchAppRegistry();
-        const auto rows = co_await fetchingRows;
-        const auto registry = co_await fetchingRegistry;
+        TodayRows rows;
+        rows.counts = co_await fetchingRows;
+        rows.registry = co_await fetchingRegistry;
         // Else the rows are another account's or day's, or lack what a flush took from the buffer meanwhile.
         if (store == store_ && day == currentDay_ && flushes == flushes_) {
-            publish(rows, registry);
+            publish(std::move(rows));
         }
     } catch (const DailyCountsStoreError& error) {
         debugLog(std::string("[AppTracker] Failed to refresh from disk: ") + error.what());
     }
 }
 
-void AppTracker::publish(const std::vector<AppHourlyCountRow>& rows,
-                         const std::vector<AppRegistryRow>& registry) {
+void AppTracker::publish(TodayRows rows) {
+    if (pending_.counts.empty() && rows == shownRows_) {
+        return; // each second, most of the time
+    }
     std::unordered_map<std::string, std::string> names = pending_.names;
     std::unordered_map<std::string, bool> hidden;
-    for (const AppRegistryRow& app : registry) {
+    for (const AppRegistryRow& app : rows.registry) {
         names.try_emplace(app.bundleId, app.appName);
         hidden.try_emplace(app.bundleId, app.isHidden);
     }
     std::map<int, std::map<std::string, std::int64_t>> counts;
-    for (const AppHourlyCountRow& row : rows) {
+    for (const AppHourlyCountRow& row : rows.counts) {
         if (row.hour >= 0 && row.hour < 24) {
             counts[row.hour][row.bundleId] += row.count;
         }
@@ -248,6 +255,9 @@ void AppTracker::publish(const std::vector<AppHourlyCountRow>& rows,
     if (!showsTheSame(totals, todayAppTotals.get())) {
         todayAppTotals.set(std::move(totals));
     }
+    if (pending_.counts.empty()) {
+        shownRows_ = std::move(rows);
+    }
 }
 
 void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
@@ -257,6 +267,7 @@ void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
     todayAppTotals.set({});
     last30DaysAppDaily.set({});
     appRegistry.set({});
+    shownRows_.reset();
     pastDays_ = {};
     currentDay_ = DayKey(clock_.now(), calendar_);
     debugLog("[AppTracker] Store updated, all caches cleared");

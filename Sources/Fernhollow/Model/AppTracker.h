@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -127,13 +128,18 @@ private:
     void rolloverIfNeeded(Instant now);
     void updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                            std::int64_t delta);
-    void publish(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry);
+    struct TodayRows {
+        std::vector<AppHourlyCountRow> counts;
+        std::vector<AppRegistryRow> registry;
 
+        bool operator==(const TodayRows&) const = default;
+    };
     struct PastDays {
         std::weak_ptr<DailyCountsStore> store; // expired when they have to be read again
         Instant lastNoon;                      // today's, when they were read
         std::unordered_map<std::string, CountsByApp> counts;
     };
+    void publish(TodayRows rows);
 
     const Clock& clock_;
     TaskScope& tasks_;
@@ -142,6 +148,7 @@ private:
     Buffer pending_;
     std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
     DayKey currentDay_;
+    std::optional<TodayRows> shownRows_; // absent once a press or another day changed what is shown
     RecentDays recentDays_;
     PastDays pastDays_;
 };

@@ -125,7 +125,7 @@ QCoro::Task<AppDailyCache> AppTracker::buildLocalDailyAppTotals(std::shared_ptr<
     co_return totals;
 }
 
-// Presses only go to today's rows, so that those of the other days are read once a day.
+// Presses go to today's rows and, when a day ends, to that day's: those of the past are read once a day.
 QCoro::Task<> AppTracker::readPastDays(std::shared_ptr<DailyCountsStore> store, Instant now) {
     const auto& days = recentDays_.upTo(now, calendar_);
     if (pastDays_.store.lock() == store && pastDays_.lastNoon == days.back().noon) {

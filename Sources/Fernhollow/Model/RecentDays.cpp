@@ -4,7 +4,7 @@ namespace fernhollow {
 
 const std::vector<RecentDays::Day>& RecentDays::upTo(Instant now, const Calendar& calendar) {
     const Instant noon = calendar.noon(now).value_or(now);
-    if (noon == lastNoon_) {
+    if (!days_.empty() && noon == lastNoon_) {
         return days_;
     }
     lastNoon_ = noon;

@@ -22,7 +22,7 @@ public:
     const std::vector<Day>& upTo(Instant now, const Calendar& calendar);
 
 private:
-    Instant lastNoon_;
+    Instant lastNoon_; // of the last one
     std::vector<Day> days_;
 };
 
