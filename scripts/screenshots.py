@@ -36,7 +36,7 @@ class Scene:
         self._server = None
 
     def account(self, history):
-        self._server = AccountServer(history, DEVICES)
+        self._server = AccountServer(ADDRESS, history, DEVICES)
         self.program.backend = self._server
         self.program.prepare(ADDRESS, history)
         self.program.start()

@@ -57,7 +57,7 @@ TEST_F(MainWindow, SignsInWithTheKeyboardAlone) {
 
     signInByTyping(QStringLiteral(" Ana@Example.com "));
     EXPECT_TRUE(appears(QStringLiteral("ana@example.com")));
-    EXPECT_TRUE(appears(QStringLiteral("0")));
+    EXPECT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
     EXPECT_EQ(shown<QLineEdit>(QStringLiteral("Email")), nullptr);
 }
 
@@ -70,9 +70,30 @@ TEST_F(MainWindow, SaysWhyASignInWasRefusedAndKeepsWhatWasTyped) {
     EXPECT_EQ(shown<QLabel>(QStringLiteral("Invalid email address")), nullptr);
 }
 
+TEST_F(MainWindow, IntroducesItselfToEachAccountOnce) {
+    signInByTyping(QStringLiteral("ana@example.com"));
+    ASSERT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
+    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Next")), Qt::LeftButton);
+    EXPECT_TRUE(appears(QStringLiteral("Today is Day 1")));
+
+    account_->signOut();
+    ASSERT_TRUE(waitUntil([&] { return shown<QLineEdit>(QStringLiteral("Email")) != nullptr; }));
+    QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return); // it kept the address
+    ASSERT_TRUE(waitUntil([&] { return shown<QPushButton>(QStringLiteral("Skip")) != nullptr; }));
+    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Skip")), Qt::LeftButton);
+    EXPECT_TRUE(appears(QStringLiteral("Week Comparison")));
+
+    account_->signOut();
+    await(account_->verifyEmail("ana@example.com"));
+    EXPECT_TRUE(appears(QStringLiteral("Week Comparison")));
+    await(account_->verifyEmail("bea@example.com"));
+    EXPECT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
+}
+
 TEST_F(MainWindow, FollowsTheCountWhileItIsVisible) {
     signInByTyping(QStringLiteral("ana@example.com"));
-    ASSERT_TRUE(appears(QStringLiteral("0")));
+    ASSERT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
+    account_->markOnboardingSeen();
     press(1234);
     EXPECT_TRUE(appears(QStringLiteral("1,234")));
 

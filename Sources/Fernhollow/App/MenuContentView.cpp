@@ -62,6 +62,7 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
       signIn_(new SignInView(account_)), signInPage_(centred(signIn_)),
       accountButton_(new AccountButton(account_, clock)),
       signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
+    signInPage_->setFocusProxy(signIn_);
     mainArea_->addWidget(signInPage_);
 
     auto* layout = new QVBoxLayout(this);
@@ -123,20 +124,16 @@ void MenuContentView::refresh() {
     const bool isSignedIn = account_->email().has_value();
     accountButton_->refresh();
     signOut_->setVisible(isSignedIn);
-    if (isSignedIn) {
-        showSignedIn();
-        return;
-    }
     signIn_->refresh();
-    if (mainArea_->currentWidget() != signInPage_ || !focusWidget()) {
-        mainArea_->setCurrentWidget(signInPage_);
-        signIn_->focusEmail();
+    QWidget* page = signInPage_;
+    if (isSignedIn) {
+        page = account_->hasSeenOnboarding.get() ? dashboard() : onboarding();
     }
+    showPage(page);
 }
 
-void MenuContentView::showSignedIn() {
-    QWidget* page = account_->hasSeenOnboarding.get() ? dashboard() : onboarding();
-    if (page != mainArea_->currentWidget()) {
+void MenuContentView::showPage(QWidget* page) {
+    if (page != mainArea_->currentWidget() || !focusWidget()) {
         mainArea_->setCurrentWidget(page);
         page->setFocus();
     }

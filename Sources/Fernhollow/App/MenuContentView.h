@@ -39,7 +39,7 @@ private:
     void addShortcuts();
     void requestRefresh();
     void refresh();
-    void showSignedIn();
+    void showPage(QWidget* page);
     QWidget* onboarding();
     QWidget* dashboard();
 

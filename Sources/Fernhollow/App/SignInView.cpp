@@ -35,6 +35,7 @@ SignInView::SignInView(std::shared_ptr<AccountManager> account, QWidget* parent)
                       Qt::AlignHCenter);
     layout->addWidget(name);
     layout->addWidget(makeFields());
+    setFocusProxy(email_);
     layout->addWidget(makeButton());
     layout->addStretch();
 
@@ -77,10 +78,6 @@ QPushButton* SignInView::makeButton() {
     button_->setAutoDefault(true);
     connect(button_, &QPushButton::clicked, this, &SignInView::submit);
     return button_;
-}
-
-void SignInView::focusEmail() {
-    email_->setFocus();
 }
 
 void SignInView::refresh() {

@@ -20,8 +20,6 @@ class SignInView : public QWidget {
 public:
     explicit SignInView(std::shared_ptr<AccountManager> account, QWidget* parent = nullptr);
 
-    void focusEmail();
-
     /// Shows what the account says of the sign-in now.
     void refresh();
 

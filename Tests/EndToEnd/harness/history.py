@@ -95,7 +95,7 @@ class History:
 class AccountServer:
     """A backend that knows an account's days and machines, and takes whatever it is sent."""
 
-    def __init__(self, history, devices=()):
+    def __init__(self, address, history, devices=()):
         days = [{"day": day, "total_count": total} for day, total in history.days().items()]
         answers = {"get_account_daily_totals": days, "get_account_devices": list(devices)}
 
@@ -103,8 +103,10 @@ class AccountServer:
             protocol_version = "HTTP/1.1"
 
             def answer(self):
-                self.rfile.read(int(self.headers.get("Content-Length", 0)))
-                body = json.dumps(answers.get(self.path.rsplit("/", 1)[-1].split("?")[0], [])).encode()
+                request = json.loads(self.rfile.read(int(self.headers.get("Content-Length", 0))) or "{}")
+                is_asked = isinstance(request, dict) and request.get("p_email") == address
+                procedure = self.path.rsplit("/", 1)[-1]
+                body = json.dumps(answers.get(procedure, []) if is_asked else []).encode()
                 self.send_response(200)
                 self.send_header("Content-Type", "application/json")
                 self.send_header("Content-Length", str(len(body)))

@@ -222,6 +222,7 @@ class Program:
         """Opens the window and types into the e-mail field."""
         self.desktop.focus(self.open_window())
         self.click("text")
+        self.desktop.press("ctrl+a")  # it keeps the address of who was here before
         self.desktop.type(address, 20)
 
     def sign_in(self, address):

@@ -39,24 +39,30 @@ ChartClickOverlay::ChartClickOverlay(BarChart* chart) : QWidget(chart), chart_(c
     setCursor(Qt::PointingHandCursor);
     chart_->installEventFilter(this);
     setGeometry(chart_->rect());
+    setButtons(static_cast<std::size_t>(chart_->columns())); // now: their turn by Tab is that of their making
 }
 
 void ChartClickOverlay::setDays(ChartProxy proxy, std::vector<Day> days) {
     proxy_ = std::move(proxy);
     days_ = std::move(days);
-    while (buttons_.size() > days_.size()) {
+    setButtons(days_.size());
+    for (std::size_t i = 0; i < days_.size(); ++i) {
+        buttons_[i]->setAccessibleName(days_[i].name);
+    }
+    placeButtons();
+}
+
+void ChartClickOverlay::setButtons(std::size_t count) {
+    while (buttons_.size() > count) {
         delete buttons_.back();
         buttons_.pop_back();
     }
-    while (buttons_.size() < days_.size()) {
+    while (buttons_.size() < count) {
         buttons_.push_back(addButton());
     }
-    for (std::size_t i = 0; i < days_.size(); ++i) {
-        buttons_[i]->setAccessibleName(days_[i].name);
-        const bool isEntry = i + 1 == days_.size(); // the way in by Tab
-        buttons_[i]->setFocusPolicy(isEntry ? Qt::TabFocus : Qt::NoFocus);
+    for (QAbstractButton* button : buttons_) {
+        button->setFocusPolicy(button == buttons_.back() ? Qt::TabFocus : Qt::NoFocus);
     }
-    placeButtons();
 }
 
 QAbstractButton* ChartClickOverlay::addButton() {

@@ -47,6 +47,7 @@ private:
     void handleHover(double x);
     void handleTap(double x);
     std::optional<Instant> dateAtLocation(double x) const;
+    void setButtons(std::size_t count);
     QAbstractButton* addButton();
     void placeButtons();
     bool moveFocus(int from, int key);

@@ -184,7 +184,7 @@ QWidget* makeHowItWorksStep(OnboardingLabels& labels) {
                           [](const OnboardingTexts& texts) { return texts.howItWorksTitle; }));
     auto* features = new QWidget;
     auto* layout = new QVBoxLayout(features);
-    layout->setContentsMargins(stepMargin, 0, stepMargin, 0);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(featureSpacing);
     std::size_t feature = 0;
     for (const auto& symbol :

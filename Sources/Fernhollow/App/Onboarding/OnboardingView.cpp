@@ -5,9 +5,14 @@
 #include "App/Theme.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
+
+#include <array>
+#include <utility>
 
 namespace fernhollow {
 namespace {
@@ -78,7 +83,8 @@ QWidget* OnboardingView::makeNavigationBar() {
 }
 
 void OnboardingView::goTo(int step) {
-    const bool isAnimated = isVisible() && step != currentStep_;
+    const bool wantsAnimation = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
+    const bool isAnimated = wantsAnimation && isVisible() && step != currentStep_;
     currentStep_ = step;
     const bool hadFocus = previous_->hasFocus();
     skip_->setVisible(step == 0);
@@ -100,15 +106,21 @@ void OnboardingView::showTexts() {
     previous_->setText(texts.previous);
     next_->setText(currentStep_ < totalSteps - 1 ? texts.next : texts.getStarted);
 
-    // The keyboard stays on the button, so that is where a screen reader hears of the step.
+    QString features = texts.howItWorksTitle;
+    for (const auto& [title, description] : texts.features) {
+        features += QStringLiteral(". %1: %2").arg(title, description);
+    }
+    // The keyboard stays on a button, so that is where a screen reader hears of the step.
     const std::array<QString, totalSteps> steps{
         texts.welcomeTitle + QStringLiteral(". ") + texts.welcomeSubtitle,
         texts.dayOneTitle + QStringLiteral(". ") + texts.dayOneExplanation + QLatin1Char(' ') +
             texts.dayOneHighlight,
-        texts.howItWorksTitle,
+        features,
         texts.readyTitle + QLatin1Char(' ') + texts.readySubtitle + QStringLiteral(". ") + texts.privacyNote,
     };
-    next_->setAccessibleDescription(steps.at(static_cast<std::size_t>(currentStep_)));
+    for (QPushButton* button : {previous_, next_}) {
+        button->setAccessibleDescription(steps.at(static_cast<std::size_t>(currentStep_)));
+    }
 }
 
 void OnboardingView::complete() {
@@ -120,6 +132,20 @@ void OnboardingView::complete() {
 void OnboardingView::showEvent(QShowEvent* event) {
     showTexts();
     QWidget::showEvent(event);
+}
+
+// Nothing in a step takes the keyboard, so its keys for scrolling arrive here.
+void OnboardingView::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_PageUp:
+        steps_->scroll(QAbstractSlider::SliderPageStepSub);
+        break;
+    case Qt::Key_PageDown:
+        steps_->scroll(QAbstractSlider::SliderPageStepAdd);
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
 }
 
 } // namespace fernhollow

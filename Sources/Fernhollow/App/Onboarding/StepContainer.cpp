@@ -1,6 +1,7 @@
 #include "App/Onboarding/StepContainer.h"
 
 #include <QScrollArea>
+#include <QScrollBar>
 
 namespace fernhollow {
 namespace {
@@ -33,10 +34,15 @@ void StepContainer::setCurrent(int step, bool isAnimated) {
     slide_.stop();
     previous_ = isAnimated && isVisible() ? current_ : step;
     current_ = step;
+    scroll(QAbstractSlider::SliderToMinimum);
     if (previous_ != current_) {
         slide_.start();
     }
     place();
+}
+
+void StepContainer::scroll(QAbstractSlider::SliderAction action) {
+    steps_.at(static_cast<std::size_t>(current_))->verticalScrollBar()->triggerAction(action);
 }
 
 void StepContainer::place() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractSlider>
 #include <QVariantAnimation>
 #include <QWidget>
 
@@ -16,6 +17,9 @@ public:
 
     void addStep(QWidget* step);
     void setCurrent(int step, bool isAnimated);
+
+    /// Moves what is seen of a step that is higher than its room.
+    void scroll(QAbstractSlider::SliderAction action);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

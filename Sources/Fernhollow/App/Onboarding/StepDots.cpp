@@ -64,4 +64,9 @@ void StepDots::paintEvent(QPaintEvent*) {
     }
 }
 
+void StepDots::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    change_.stop(); // nobody sees it
+}
+
 } // namespace fernhollow
