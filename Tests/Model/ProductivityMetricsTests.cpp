@@ -11,7 +11,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -55,7 +55,7 @@ AppTracker::Color AppTracker::color(std::string_view bundleId) {
     const auto length = static_cast<std::int32_t>(bundleId.size());
     for (std::int32_t position = 0; position < length;) {
         UChar32 character = 0;
-        // NOLINTNEXTLINE(bugprone-assignment-in-if-condition): the macro's
+        // NOLINTNEXTLINE(bugprone-assignment-in-if-condition,bugprone-inc-dec-in-conditions): the macro's
         U8_NEXT_OR_FFFD(bundleId.data(), position, length, character);
         hash = hash * 33 + static_cast<std::uint64_t>(character);
     }
