@@ -139,6 +139,35 @@ TEST_F(SyncCycle, UploadsThirtyDaysOfApplicationsUpToYesterday) {
     EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] uploadAllAppHistory completed: 2 entries uploaded\n"));
 }
 
+TEST_F(SyncCycle, SendsARowAgainOnlyWhenItChangedOrWasRefusedOrAnHourIsOver) {
+    openStore();
+    const auto count = [this](const char* app) {
+        await(store_->registerApp(app, "A", 1));
+        await(store_->incrementAppHourly(today, 9, app, 1, 1));
+    };
+    const auto cycle = [this](std::chrono::milliseconds after = 1s) {
+        server_.requests.clear();
+        coordinator_->markDirty(today, 9);
+        pass(after);
+        return sentCounts("device_app_hour_counts");
+    };
+    count("org.a");
+    count("org.b");
+    startSync();
+    pass(2s);
+    EXPECT_THAT(cycle(), ElementsAre(1, 1));
+    EXPECT_THAT(cycle(), IsEmpty());
+    EXPECT_THAT(server_.to("device_app_registry"), IsEmpty());
+    count("org.b");
+    EXPECT_THAT(cycle(), ElementsAre(2));
+    count("org.a");
+    answers_["device_app_hour_counts"].status = 500;
+    EXPECT_THAT(cycle(), ElementsAre(2));
+    answers_.erase("device_app_hour_counts");
+    EXPECT_THAT(cycle(), ElementsAre(2));
+    EXPECT_THAT(cycle(1h), ElementsAre(2, 2));
+}
+
 TEST_F(SyncCycle, TakesTheBackendsCountOfADayThatIsGoneHere) {
     openStore();
     await(store_->overwrite(today, 0, 1));

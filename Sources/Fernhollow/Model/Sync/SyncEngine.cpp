@@ -185,6 +185,7 @@ void SyncEngine::reset() {
     std::exchange(stop_, {}).request_stop();
     dirtyDays_.clear();
     lostDays_.clear();
+    sentRows_ = {};
     lastScheduled_.reset();
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();
@@ -219,20 +220,21 @@ SyncEngine::send(Self self, Shared session, BackendRequests::Request request, st
     co_return std::nullopt;
 }
 
-QCoro::Task<> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
-                                std::string_view failure, std::string_view refusal) {
+QCoro::Task<bool> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
+                                    std::string_view failure, std::string_view refusal) {
     if (!request) {
-        co_return;
+        co_return false;
     }
     if (session->failuresInARow >= outOfReach) {
         session->noteWrite(std::nullopt);
-        co_return;
+        co_return false;
     }
     const auto answer = co_await send(self, session, std::move(request), failure);
     session->noteWrite(answer);
     if (answer && !answer->isSuccess()) {
         debugLog("[CloudSync] " + std::string(refusal) + ": HTTP " + std::to_string(answer->status));
     }
+    co_return answer && answer->isSuccess();
 }
 
 } // namespace fernhollow

@@ -6,6 +6,7 @@
 #include "Model/DeviceInfo.h"
 #include "Model/Sync/BackendRequests.h"
 #include "Model/Sync/RemoteCaches.h"
+#include "Model/Sync/SentRows.h"
 #include "Support/Clock.h"
 #include "Support/HttpSession.h"
 #include "Support/SupabaseConfig.h"
@@ -136,10 +137,10 @@ private:
     /// or when the engine was stopped meanwhile.
     static QCoro::Task<std::optional<HttpAnswer>>
     send(Self self, Shared session, BackendRequests::Request request, std::string_view failure);
-    /// Sends one of many writes, whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}". Sends
-    /// nothing once the backend is out of reach.
-    static QCoro::Task<> write(Self self, Shared session, BackendRequests::Request request,
-                               std::string_view failure, std::string_view refusal);
+    /// Sends one of many writes, whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}"; true when
+    /// the backend took it. Sends nothing once the backend is out of reach.
+    static QCoro::Task<bool> write(Self self, Shared session, BackendRequests::Request request,
+                                   std::string_view failure, std::string_view refusal);
 
     SyncSurroundings surroundings_;
     Calendar calendar_ = Calendar::autoupdatingCurrent();
@@ -149,6 +150,7 @@ private:
     std::optional<SupabaseConfig> config_;
     std::unordered_set<DayKey> dirtyDays_;
     std::unordered_set<DayKey> lostDays_; // not all of them was taken; dirty again once the backend answers
+    SentRows sentRows_;
     bool isSyncing_ = false;
     std::int64_t remoteTodayTotal_ = 0;
     std::shared_ptr<const HistoryCache> remoteHistory_ = std::make_shared<HistoryCache>();

@@ -71,6 +71,7 @@ QCoro::Task<> SyncEngine::uploadAllAppHistory(Self self) {
     const auto registry = co_await self->fetchRegistry();
     debugLog("[CloudSync] App registry has " + std::to_string(registry->size()) + " apps");
     co_await uploadRegistry(self, session, registry);
+    self->sentRows_ = {}; // the first cycle says all of today
 
     std::size_t entries = 0;
     for (int offset = 0; start && offset < appHistoryDays && !stop.stop_requested(); ++offset) {
@@ -140,11 +141,15 @@ QCoro::Task<> SyncEngine::uploadHours(Self self, Shared session, DayKey day) {
     } catch (const DailyCountsStoreError&) {
         co_return; // the next cycle with a press in it reads them again
     }
+    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& row : rows) {
         const Instant now = self->surroundings_.clock.now();
-        co_await write(self, session,
-                       session->requests.upsertHourCount(session->email, day, row.hour, row.count, now),
-                       "Error uploading hour count", "Failed to upsert hour count");
+        if (!self->sentRows_.hold(row) &&
+            co_await write(self, session,
+                           session->requests.upsertHourCount(session->email, day, row.hour, row.count, now),
+                           "Error uploading hour count", "Failed to upsert hour count")) {
+            self->sentRows_.note(row);
+        }
     }
 }
 
@@ -181,29 +186,37 @@ QCoro::Task<> SyncEngine::uploadAppCounts(Self self, Shared session, std::unorde
 
 QCoro::Task<> SyncEngine::uploadAppHours(Self self, Shared session, DayKey day,
                                          std::vector<AppHourlyCountRow> rows) {
+    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& row : rows) {
         if (session->stop.stop_requested()) {
             co_return;
         }
         const Instant now = self->surroundings_.clock.now();
-        co_await write(
-            self, session,
-            session->requests.upsertAppHourCount(session->email, day, row.hour, row.bundleId, row.count, now),
-            "Error uploading app hour count", "Failed to upsert app hour count");
+        if (!self->sentRows_.hold(row) &&
+            co_await write(self, session,
+                           session->requests.upsertAppHourCount(session->email, day, row.hour, row.bundleId,
+                                                                row.count, now),
+                           "Error uploading app hour count", "Failed to upsert app hour count")) {
+            self->sentRows_.note(row);
+        }
     }
 }
 
 QCoro::Task<> SyncEngine::uploadRegistry(Self self, Shared session,
                                          std::shared_ptr<const Registry> registry) {
+    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& app : *registry) {
         if (session->stop.stop_requested()) {
             co_return;
         }
         const Instant now = self->surroundings_.clock.now();
-        co_await write(
-            self, session,
-            session->requests.upsertAppRegistry(session->email, app.bundleId, app.appName, app.isHidden, now),
-            "Error uploading app registry", "Failed to upsert app registry");
+        if (!self->sentRows_.hold(app) &&
+            co_await write(self, session,
+                           session->requests.upsertAppRegistry(session->email, app.bundleId, app.appName,
+                                                               app.isHidden, now),
+                           "Error uploading app registry", "Failed to upsert app registry")) {
+            self->sentRows_.note(app);
+        }
     }
 }
 
