@@ -9,13 +9,14 @@ import re
 import subprocess
 import sys
 
-from measuring import footprint, idle, presses, store, traffic
+from measuring import footprint, idle, presses, store, traffic, typing
 from measuring.figures import table
 from measuring.stage import TOP, Stage
 
 PARTS = {
     "press": lambda stage, options: presses.measure(stage, options.runs),
     "idle": lambda stage, options: idle.measure(stage, options.seconds),
+    "typing": lambda stage, options: typing.measure(stage, options.seconds / 2),
     "traffic": lambda stage, options: traffic.measure(stage, options.seconds),
     "memory": lambda stage, options: footprint.measure_memory(stage, options.runs),
     "start": lambda stage, options: footprint.measure_start(stage),

@@ -68,9 +68,7 @@ class Dashboard(DesktopTest):
         self.desktop.type(text, 20)
         self.expect_shown(f"{before + len(text):,}")
         self.program.expect_count(before + len(text))
-        self.expect_shown(f"{terminal.name}, {len(text)} key presses")
-
-        self.program.click("text")
+        self.program.click("text")  # the list has no room for an application with so few presses
         self.desktop.type("XTE", 30)
         rows = lambda: [node.name for node in self.accessible.shown("list item")]
         wait_until(lambda: rows() == [f"{terminal.name}, {len(text)} key presses"], "the row searched for")

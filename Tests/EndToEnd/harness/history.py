@@ -68,6 +68,13 @@ class History:
             totals[day] = totals.get(day, 0) + count
         return totals
 
+    def replace(self, file):
+        """Puts all of it in the place of what a database holds."""
+        with contextlib.closing(sqlite3.connect(file)) as database, database:
+            for table in ("app_registry", "app_hour_counts", "hourly_counts", "daily_counts"):
+                database.execute(f"DELETE FROM {table}")
+        self.fill(file)
+
     def fill(self, file):
         """Adds all of it to a database that the program made."""
         with contextlib.closing(sqlite3.connect(file)) as database, database:
@@ -118,7 +125,11 @@ class AccountServer:
             def log_message(self, *_):
                 pass
 
-        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        class Server(http.server.ThreadingHTTPServer):
+            def handle_error(self, *_):
+                pass  # a client that has ended
+
+        self._server = Server(("127.0.0.1", 0), Handler)
         self.port = self._server.server_port
         threading.Thread(target=self._server.serve_forever, daemon=True).start()
 
