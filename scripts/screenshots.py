@@ -180,7 +180,7 @@ def nothing_yet(scene):
 
 def day_detail(column, **options):
     def take(scene):
-        scene.account(month(**options)).open()
+        scene.account(month(**options)).open(420, 1300)
         scene.shoot(scene.open_day(column))
 
     return take

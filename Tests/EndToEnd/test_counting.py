@@ -55,6 +55,7 @@ class Counting(DesktopTest):
         self.program.type_address(TYPED)
         self.program.expect_count(len(TYPED))  # signed out, presses are shown but belong to nobody
         self.program.submit_address()
+        self.program.skip_introduction()
         self.ledger.add(self.program.first_count(), TUESDAY, 13)
         self.assertIn(f"Email verified successfully: {ADDRESS}\n", self.program.log())
 

@@ -151,7 +151,7 @@ QRectF BarChart::columnRect(int column) const {
 std::optional<int> BarChart::columnAt(double x) const {
     const QRectF first = columnRect(0);
     const double column = std::floor((x - first.left()) / first.width());
-    if (!(column >= 0 && column < style_.columns)) {
+    if (std::isnan(column) || column < 0 || column >= style_.columns) {
         return std::nullopt;
     }
     return static_cast<int>(column);
