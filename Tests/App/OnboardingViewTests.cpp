@@ -93,6 +93,31 @@ TEST_F(Onboarding, IsOperatedByTheKeyboardAlone) {
     EXPECT_EQ(completions_, 1);
 }
 
+TEST_F(Onboarding, ScrollsWithTheKeyboardWhereAStepIsHigherThanItsRoom) {
+    view_.resize(380, 260);
+    view_.show();
+    click("Next");
+    const char* last = "Your numbers will grow starting today!";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !shows("Welcome to Fernhollow"); }));
+    EXPECT_FALSE(shows(last));
+    for (int page = 0; page < 4; ++page) {
+        QTest::keyClick(button("Next"), Qt::Key_PageDown);
+    }
+    EXPECT_TRUE(comesToShow(last));
+    click("Next");
+    click("Previous");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !shows("How it works"); }));
+    EXPECT_FALSE(shows(last)) << "a step begins at its top";
+}
+
+TEST_F(Onboarding, ChangesAtOnceForWhoWantsNothingToMove) {
+    view_.setStyleSheet(QStringLiteral("* { widget-animation-duration: 0; }"));
+    view_.show();
+    click("Next");
+    EXPECT_TRUE(shows("Today is Day 1"));
+    EXPECT_FALSE(shows("Welcome to Fernhollow"));
+}
+
 TEST_F(Onboarding, SpeaksThePersonsLanguage) {
     const EnvironmentGuard portuguese("LANGUAGE", "pt_BR:en");
     view_.show();

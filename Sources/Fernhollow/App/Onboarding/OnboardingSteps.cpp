@@ -8,6 +8,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace fernhollow {
 namespace {
 
@@ -15,6 +17,7 @@ using Text = std::function<QString(const OnboardingTexts&)>;
 
 constexpr int sideMargin = 24;
 constexpr int stepMargin = 16;
+constexpr int columnWidth = 372;
 constexpr int partSpacing = 24;
 constexpr int textSpacing = 12;
 constexpr QSize largeSymbol{80, 80};
@@ -32,7 +35,7 @@ constexpr int noteRadius = 8;
 constexpr int noteSpacing = 8;
 constexpr int noteSymbol = 18;
 
-/// A step's parts from top to bottom, in the middle of the room that there is.
+/// A step's parts from top to bottom, in the middle of the room that there is, no wider than is easily read.
 class Step : public QWidget {
 public:
     Step() : layout_(new QVBoxLayout(this)) {
@@ -43,6 +46,13 @@ public:
 
     void add(QWidget* part, Qt::Alignment alignment = {}) { layout_->addWidget(part, 0, alignment); }
     void end() { layout_->addStretch(); }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QWidget::resizeEvent(event);
+        const int side = std::max(sideMargin, (width() - Theme::scaled(columnWidth)) / 2);
+        layout_->setContentsMargins(side, stepMargin, side, stepMargin);
+    }
 
 private:
     QVBoxLayout* layout_;
