@@ -14,6 +14,11 @@ struct Preference {
     AppLanguage expected;
 };
 
+void PrintTo(const Preference& preference, std::ostream* out) {
+    const auto& [all, messages, lang, languages, expected] = preference;
+    *out << "LC_ALL=" << all << " LC_MESSAGES=" << messages << " LANG=" << lang << " LANGUAGE=" << languages;
+}
+
 class Language : public testing::TestWithParam<Preference> {};
 
 TEST_P(Language, IsTheOneThatThePersonPrefers) {
@@ -31,6 +36,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Preference{"", "en_PT.UTF-8", "pt_BR.UTF-8", "", AppLanguage::english},
                     Preference{"pt_BR.UTF-8", "de_DE.UTF-8", "en_US.UTF-8", "", AppLanguage::portuguese},
                     Preference{"", "", "en_US.UTF-8", "pt:en", AppLanguage::portuguese},
+                    Preference{"", "", "en_US.UTF-8", ":pt_PT:en", AppLanguage::portuguese},
                     Preference{"", "", "pt_BR.UTF-8", "en_US:pt_BR", AppLanguage::english},
                     Preference{"C.UTF-8", "", "pt_BR.UTF-8", "pt_BR", AppLanguage::english}));
 

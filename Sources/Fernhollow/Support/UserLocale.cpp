@@ -1,5 +1,6 @@
 #include "Support/UserLocale.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -8,19 +9,21 @@ namespace {
 
 /// Empty for the locales without a language.
 std::string spokenLocale(const char* category) {
-    for (const char* variable : {"LC_ALL", category, "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (value == nullptr || *value == '\0') {
-            continue;
-        }
-        std::string_view locale = value;
-        locale = locale.substr(0, locale.find_first_of(".@"));
-        return locale == "C" || locale == "POSIX" ? "" : std::string(locale);
-    }
-    return {};
+    std::string locale = localeSetting(category);
+    locale.resize(std::min(locale.find_first_of(".@"), locale.size()));
+    return locale == "C" || locale == "POSIX" ? "" : locale;
 }
 
 } // namespace
+
+std::string localeSetting(const char* category) {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
+            return value;
+        }
+    }
+    return {};
+}
 
 std::string userLocale(const char* category) {
     const std::string locale = spokenLocale(category);
@@ -29,13 +32,13 @@ std::string userLocale(const char* category) {
 
 std::string preferredLanguage() {
     const std::string locale = spokenLocale("LC_MESSAGES");
-    const char* languages = std::getenv("LANGUAGE");
-    if (locale.empty() || languages == nullptr || *languages == '\0') {
-        return locale.empty() ? "en" : locale;
+    if (locale.empty()) {
+        return "en";
     }
-    const std::string_view list = languages;
-    const std::string_view first = list.substr(0, list.find(':'));
-    return first.empty() ? locale : std::string(first);
+    const char* languages = std::getenv("LANGUAGE");
+    std::string_view list = languages != nullptr ? languages : "";
+    list.remove_prefix(std::min(list.find_first_not_of(':'), list.size())); // gettext passes over empty ones
+    return list.empty() ? locale : std::string(list.substr(0, list.find(':')));
 }
 
 } // namespace fernhollow

@@ -1,16 +1,11 @@
 #include "Platform/X11/MessageLocale.h"
 
-#include <cstdlib>
+#include "Support/UserLocale.h"
 
 namespace fernhollow {
 
 std::string messageLocale() {
-    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
-            return value;
-        }
-    }
-    return {};
+    return localeSetting("LC_MESSAGES");
 }
 
 // lang_COUNTRY.ENCODING@MODIFIER, of which all but the language may be absent
