@@ -93,7 +93,10 @@ class Person:
     def _sign_in(self, preferences):
         session = json.dumps({"email": ADDRESS, "verifiedAt": 800000000.0}).replace('"', '\\"')
         preferences.parent.mkdir(parents=True, mode=0o700)
-        preferences.write_text(f'[General]\n{IDENTIFIER}.accountSession="@ByteArray({session})"\n')
+        preferences.write_text(
+            f'[General]\n{IDENTIFIER}.accountSession="@ByteArray({session})"\n'
+            f"{IDENTIFIER}.hasSeenOnboarding_{ADDRESS}=true\n"
+        )
 
     @contextlib.contextmanager
     def program(self):
