@@ -2,6 +2,8 @@
 
 import contextlib
 import datetime
+import json
+import subprocess
 import time
 
 from harness.backend import Backend
@@ -47,4 +49,26 @@ def measure(stage, seconds):
             Figure("typing, no window: CPU", share(backend, False), None),
             Figure("typing, dashboard open: CPU", share(backend, True), None, at_most(5, "% of a core")),
         ]
-    return figures
+    return figures + _redraws(stage)
+
+
+def _redraws(stage):
+    """Of the dashboard, with 25 applications: the main thread's CPU time."""
+    done = subprocess.run(
+        [stage.tool("dashboard_benchmark"), "--benchmark_format=json", "--benchmark_repetitions=5"],
+        env=stage.desktop.environment,
+        check=True,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.DEVNULL,
+        timeout=300,
+        text=True,
+    )
+    runs = [run for run in json.loads(done.stdout)["benchmarks"] if run["run_type"] == "iteration"]
+
+    def samples(name):
+        return Samples("ms", [run["real_time"] for run in runs if run["run_name"].startswith(name)])
+
+    return [
+        Figure("redraw of the dashboard after a press", samples("afterAPress"), None, at_most(4, "ms")),
+        Figure("redraw after another history", samples("afterAnotherHistory"), None, at_most(4, "ms")),
+    ]

@@ -29,7 +29,7 @@ QColor dotColor(double share) {
 } // namespace
 
 StepDots::StepDots(int count, QWidget* parent) : QWidget(parent), count_(count) {
-    setFixedSize(sizeHint());
+    setFixedSize(count_ * diameter + (count_ - 1) * spacing, diameter);
     change_.setStartValue(0.0);
     change_.setEndValue(1.0);
     change_.setDuration(changeDuration);
@@ -45,10 +45,6 @@ void StepDots::setCurrent(int step, bool isAnimated) {
         change_.start();
     }
     update();
-}
-
-QSize StepDots::sizeHint() const {
-    return {count_ * diameter + (count_ - 1) * spacing, diameter};
 }
 
 void StepDots::paintEvent(QPaintEvent*) {

@@ -12,8 +12,6 @@ public:
 
     void setCurrent(int step, bool isAnimated);
 
-    QSize sizeHint() const override;
-
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
