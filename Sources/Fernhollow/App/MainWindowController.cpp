@@ -1,17 +1,15 @@
 #include "App/MainWindowController.h"
 
 #include "App/MenuContentView.h"
+#include "App/WindowPlacement.h"
 
-#include <QGuiApplication>
 #include <QIcon>
-#include <QScreen>
 
 namespace fernhollow {
 namespace {
 
 constexpr QSize initialSize{420, 750};
 constexpr QSize minimumSize{380, 500};
-constexpr int titleBarHeight = 40; // about what a window manager adds; on a low screen it must stay in reach
 
 } // namespace
 
@@ -26,12 +24,7 @@ void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
     window_ = window;
     window->setWindowTitle(QStringLiteral("Fernhollow"));
     window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
-    window->setMinimumSize(minimumSize);
-
-    const QRect available = window->screen()->availableGeometry().adjusted(0, titleBarHeight, 0, 0);
-    QRect frame(QPoint(), initialSize.boundedTo(available.size()).expandedTo(minimumSize));
-    frame.moveCenter(available.center());
-    window->setGeometry(frame);
+    placeCentred(*window, initialSize, minimumSize);
 }
 
 void MainWindowController::toggle(const std::shared_ptr<AppModel>& model,

@@ -74,7 +74,7 @@ QMargins BarChart::margins() const {
     }
     left += style_.countTitle.isEmpty() ? 0 : line;
     // The upper half of the topmost label lies above the plot.
-    const int above = style_.hasCountAxis ? metrics.height() / 2 : edge;
+    const int above = style_.hasCountAxis ? metrics.height() / 2 + edge : edge;
     return {left, above, edge, style_.columnTitle.isEmpty() ? line : 2 * line};
 }
 

@@ -40,6 +40,10 @@ LastDaysCard::LastDaysCard()
     connect(overlay_, &ChartClickOverlay::dayClicked, this, &LastDaysCard::dayClicked);
 }
 
+LastDaysCard::~LastDaysCard() {
+    disconnect(overlay_, nullptr, this, nullptr); // which may still hear of the pointer
+}
+
 void LastDaysCard::show(const std::vector<AppTracker::DailyAppStats>& daily,
                         const std::optional<ProductivityMetrics>& metrics, Instant minValidDate,
                         Instant now) {

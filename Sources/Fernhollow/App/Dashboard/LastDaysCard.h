@@ -23,6 +23,7 @@ class LastDaysCard : public DashboardCard {
 
 public:
     LastDaysCard();
+    ~LastDaysCard() override;
 
     /// `daily` is the tracker's history, `minValidDate` where it begins at the earliest.
     void show(const std::vector<AppTracker::DailyAppStats>& daily,

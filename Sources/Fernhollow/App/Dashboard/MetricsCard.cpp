@@ -1,6 +1,7 @@
 #include "App/Dashboard/MetricsCard.h"
 
 #include "App/FigureLabel.h"
+#include "Presentation/FixedDecimals.h"
 
 #include <QHBoxLayout>
 
@@ -34,7 +35,7 @@ MetricsCard::Box MetricsCard::metricBox(const QString& label, bool isLarge) {
 }
 
 void MetricsCard::show(const ProductivityMetrics& metrics) {
-    average_.value->setFigure(QString::asprintf("%.0f", metrics.avgPerDay));
+    average_.value->setFigure(QString::fromStdString(fixedDecimals(metrics.avgPerDay, 0)));
     peak_.value->setFigure(metrics.peakHour ? QString::number(*metrics.peakHour) : QStringLiteral("—"));
     active_.value->setFigure(QString::number(metrics.activeHours));
 }

@@ -41,6 +41,11 @@ ProductivityDashboard::ProductivityDashboard(std::shared_ptr<AppModel> model, co
     follow();
 }
 
+// While the cards are destroyed after this, the pointer leaves them and the selection ends.
+ProductivityDashboard::~ProductivityDashboard() {
+    disconnect(lastDays_, nullptr, this, nullptr);
+}
+
 void ProductivityDashboard::layOut() {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

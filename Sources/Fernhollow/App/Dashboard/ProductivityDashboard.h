@@ -26,6 +26,7 @@ class WeekComparisonCard;
 class ProductivityDashboard : public QScrollArea {
 public:
     ProductivityDashboard(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent = nullptr);
+    ~ProductivityDashboard() override;
 
 protected:
     void showEvent(QShowEvent* event) override;

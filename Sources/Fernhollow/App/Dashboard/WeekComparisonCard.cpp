@@ -1,8 +1,11 @@
 #include "App/Dashboard/WeekComparisonCard.h"
 
 #include "App/FigureLabel.h"
+#include "Presentation/FixedDecimals.h"
 
 #include <QHBoxLayout>
+
+#include <cmath>
 
 namespace fernhollow {
 namespace {
@@ -27,7 +30,9 @@ WeekComparisonCard::WeekComparisonCard()
 
 void WeekComparisonCard::show(const DashboardSeries::WeekTotals& totals) {
     thisWeek_->setFigure(QString::fromStdString(numberText_(totals.thisWeek)));
-    change_->setFigure(QString::asprintf("%+.0f%%", totals.change()));
+    const double change = totals.change();
+    const std::string sign = std::signbit(change) ? "" : "+"; // a minus is part of the number
+    change_->setFigure(QString::fromStdString(sign + fixedDecimals(change, 0) + "%"));
     const bool isLess = totals.thisWeek < totals.lastWeek;
     Theme::setTextColor(*change_, isLess ? Theme::failure : Theme::success);
 }
