@@ -196,7 +196,8 @@ def day_detail_search(scene):
 
 
 PORTUGUESE = {"LANG": "pt_BR.UTF-8"}
-LARGE_FONTS = {"QT_FONT_DPI": "144"}
+# Without the second one it would be the scale that grows.
+LARGE_FONTS = {"QT_FONT_DPI": "144", "QT_ENABLE_HIGHDPI_SCALING": "0"}
 PICTURES = {
     "sign-in": (sign_in, {}),
     "sign-in-refused": (refused, {}),

@@ -18,7 +18,7 @@ class Dashboard : public ModelFixture {
 protected:
     Dashboard() {
         DailyCountsStore store(DailyCountsStore::urlForAccount("ana@example.com"));
-        for (int day = 1; day <= 5; ++day) { // day d of March has d hundred presses
+        for (std::int64_t day = 1; day <= 5; ++day) { // day d of March has d hundred presses
             await(store.incrementAppHourly(DayKey("2026-03-0" + std::to_string(day)), 9, "org.a", day * 100,
                                            0));
         }
