@@ -32,6 +32,7 @@ AppBreakdownView::AppBreakdownView(std::shared_ptr<AppModel> model, const Clock&
         search_.setText(text.toStdString());
         refresh();
     });
+    Theme::setGround(*list_->viewport(), Theme::control);
     list_->setFixedHeight(Theme::scaled(listHeight));
     body_->addWidget(makeHeader());
     body_->addWidget(searchField_);

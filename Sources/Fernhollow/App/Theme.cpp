@@ -143,6 +143,14 @@ void styleAsCard(QFrame& frame, int radius) {
                             .arg(control.name(), QString::number(radius)));
 }
 
+void setGround(QWidget& widget, const QColor& color) {
+    QPalette palette = widget.palette();
+    palette.setColor(QPalette::Window, color);
+    palette.setColor(QPalette::Base, color);
+    widget.setPalette(palette);
+    widget.setAutoFillBackground(true);
+}
+
 void setTextColor(QWidget& widget, const QColor& color) {
     QPalette palette = widget.palette();
     palette.setColor(QPalette::WindowText, color);

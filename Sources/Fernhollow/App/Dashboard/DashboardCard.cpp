@@ -34,6 +34,7 @@ QWidget* DashboardCard::makeFigure(QLabel* value, const QString& caption, Theme:
     layout->addWidget(value, 0, alignment);
     layout->addWidget(Theme::makeLabel(caption, captionStyle, Theme::secondary), 0, alignment);
     value->setAccessibleDescription(caption);
+    Theme::setGround(*value, Theme::control);
     return figure;
 }
 

@@ -10,7 +10,7 @@
 
 #include <QVBoxLayout>
 
-#include <chrono>
+#include <algorithm>
 
 namespace fernhollow {
 namespace {
@@ -18,6 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto frame = 16ms;
+constexpr std::chrono::milliseconds pause = 100ms; // between redraws, while somebody types fast
 constexpr int padding = 12;
 constexpr int spacing = 12;
 
@@ -32,7 +33,8 @@ ProductivityDashboard::ProductivityDashboard(std::shared_ptr<AppModel> model, co
     layOut();
     connect(lastDays_, &LastDaysCard::selectedDateChanged, this, [this] {
         applications_->setSelectedDate(lastDays_->selectedDate());
-        requestRefresh(Parts().set(applications));
+        stale_.set(applications);
+        redrawWithin(frame); // the pointer does not wait
     });
     connect(lastDays_, &LastDaysCard::dayClicked, this,
             [this](Instant day) { DayDetailWindowController::shared().showWindow(day, model_, clock_); });
@@ -88,13 +90,19 @@ void ProductivityDashboard::showEvent(QShowEvent* event) {
 
 void ProductivityDashboard::requestRefresh(Parts stale) {
     stale_ |= stale;
-    if (isVisible() && !redraw_.isActive()) {
-        redraw_.start(frame);
+    const std::chrono::milliseconds passed(sinceRedraw_.isValid() ? sinceRedraw_.elapsed() : pause.count());
+    redrawWithin(std::max<std::chrono::milliseconds>(frame, pause - passed));
+}
+
+void ProductivityDashboard::redrawWithin(std::chrono::milliseconds time) {
+    if (isVisible() && (!redraw_.isActive() || redraw_.remainingTimeAsDuration() > time)) {
+        redraw_.start(time);
     }
 }
 
 void ProductivityDashboard::refresh() {
     const Parts stale = std::exchange(stale_, {});
+    sinceRedraw_.start();
     if (stale[count]) {
         today_->refreshCount();
     }

@@ -2,10 +2,12 @@
 
 #include "Support/Observable.h"
 
+#include <QElapsedTimer>
 #include <QScrollArea>
 #include <QTimer>
 
 #include <bitset>
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -21,8 +23,8 @@ class WeekComparisonCard;
 
 /// The account's figures: a column of cards, which scrolls.
 ///
-/// It follows the model: whatever changes, at most one redraw a frame, of the cards that show what changed,
-/// and none while it is hidden.
+/// It follows the model: whatever changes, the cards that show it are drawn again in the next frame, or some
+/// ten times a second when changes come faster than anybody reads; not at all while it is hidden.
 class ProductivityDashboard : public QScrollArea {
 public:
     ProductivityDashboard(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent = nullptr);
@@ -38,6 +40,7 @@ private:
     void layOut();
     void follow();
     void requestRefresh(Parts stale);
+    void redrawWithin(std::chrono::milliseconds time);
     void refresh();
     void refreshDays();
 
@@ -45,6 +48,7 @@ private:
     const Clock& clock_;
     std::vector<Observation> cancellables_;
     QTimer redraw_;
+    QElapsedTimer sinceRedraw_;
     Parts stale_ = Parts().set();
 
     TodayCard* today_;

@@ -1,14 +1,16 @@
 #include "App/Dashboard/TodayCard.h"
 
 #include "App/AppColor.h"
-#include "App/Charts/BarChart.h"
 #include "App/FigureLabel.h"
 #include "Model/AppModel.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
+#include <numeric>
+#include <tuple>
 
 namespace fernhollow {
 namespace {
@@ -20,22 +22,6 @@ constexpr int figureSpacing = 16;
 constexpr double averagePoints = 18;
 constexpr std::array countPoints{32.0, 27.0, 22.0}; // the largest one for which there is room
 constexpr float accountOpacity = 0.6F;
-
-std::vector<BarChart::Segment> hourlySegments(const AppModel& model) {
-    std::vector<BarChart::Segment> segments;
-    for (const auto& entry : model.appTracker().getFilteredHourlyData()) {
-        segments.push_back({entry.hour, entry.count, colorOf(entry.bundleId)});
-    }
-    if (!segments.empty() || !model.metrics.get()) {
-        return segments;
-    }
-    QColor color = Theme::bars;
-    color.setAlphaF(accountOpacity);
-    for (const auto& metric : model.metrics.get()->todayHourly) {
-        segments.push_back({metric.hour, metric.count, color});
-    }
-    return segments;
-}
 
 } // namespace
 
@@ -83,8 +69,32 @@ void TodayCard::refreshCount() {
     }
 }
 
+// As the tracker's series for charts has it, but with each press, so without a copy of its texts.
+std::vector<BarChart::Segment> TodayCard::hourlySegments() {
+    const auto& entries = model_->appTracker().todayHourlyByApp.get();
+    const auto place = [&](std::size_t i) { return std::tie(entries[i].hour, entries[i].bundleId); };
+    if (order_.size() != entries.size() || !std::ranges::is_sorted(order_, {}, place)) {
+        order_.resize(entries.size());
+        std::iota(order_.begin(), order_.end(), std::size_t{0});
+        std::ranges::sort(order_, {}, place);
+    }
+    std::vector<BarChart::Segment> segments;
+    segments.reserve(order_.size());
+    for (const std::size_t i : order_) {
+        segments.push_back({entries[i].hour, entries[i].count, colorOf(entries[i].bundleId)});
+    }
+    if (segments.empty() && model_->metrics.get()) {
+        QColor color = Theme::bars;
+        color.setAlphaF(accountOpacity);
+        for (const auto& metric : model_->metrics.get()->todayHourly) {
+            segments.push_back({metric.hour, metric.count, color});
+        }
+    }
+    return segments;
+}
+
 void TodayCard::refreshHours() {
-    const auto segments = hourlySegments(*model_);
+    const auto segments = hourlySegments();
     chart_->setVisible(!segments.empty());
     chart_->setSegments(segments);
 }

@@ -23,8 +23,9 @@ constexpr auto changeDelay = 1s;
 
 constexpr auto firstPeriodicSync = 1s;
 
-// A held key repeats thirty times a second; a cycle for each repeat would serve nobody.
-constexpr auto closestSchedules = 200ms;
+// A held key repeats thirty times a second; a cycle for each repeat would serve nobody. Half of the delay, so
+// that what was pressed last is in the store long before its cycle.
+constexpr auto closestSchedules = 500ms;
 
 // Of the rows of an upload, the last that are tried where there is no backend: hundreds may follow.
 constexpr int outOfReach = 3;
@@ -200,6 +201,16 @@ void SyncEngine::Session::noteWrite(const std::optional<HttpAnswer>& answer) {
     isWriteLost |= !answer || mayAnswerLater(answer->status);
 }
 
+// Asked before a row becomes a request: there may be a thousand of them.
+bool SyncEngine::Session::mayWrite() {
+    if (stop.stop_requested()) {
+        return false;
+    }
+    const bool isOutOfReach = failuresInARow >= outOfReach;
+    isWriteLost |= isOutOfReach;
+    return !isOutOfReach;
+}
+
 QCoro::Task<std::optional<HttpAnswer>>
 SyncEngine::send(Self self, Shared session, BackendRequests::Request request, std::string_view failure) {
     if (!request || session->stop.stop_requested()) {
@@ -223,10 +234,6 @@ SyncEngine::send(Self self, Shared session, BackendRequests::Request request, st
 QCoro::Task<bool> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
                                     std::string_view failure, std::string_view refusal) {
     if (!request) {
-        co_return false;
-    }
-    if (session->failuresInARow >= outOfReach) {
-        session->noteWrite(std::nullopt);
         co_return false;
     }
     const auto answer = co_await send(self, session, std::move(request), failure);

@@ -83,6 +83,8 @@ private:
         bool isWriteLost = false; ///< a write had no answer, or one that may be another later
 
         void noteWrite(const std::optional<HttpAnswer>& answer);
+        /// Whether one of many writes is worth a try; false once the backend is out of reach.
+        bool mayWrite();
     };
     using Shared = std::shared_ptr<Session>;
 
@@ -138,7 +140,7 @@ private:
     static QCoro::Task<std::optional<HttpAnswer>>
     send(Self self, Shared session, BackendRequests::Request request, std::string_view failure);
     /// Sends one of many writes, whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}"; true when
-    /// the backend took it. Sends nothing once the backend is out of reach.
+    /// the backend took it.
     static QCoro::Task<bool> write(Self self, Shared session, BackendRequests::Request request,
                                    std::string_view failure, std::string_view refusal);
 

@@ -143,6 +143,9 @@ QCoro::Task<> SyncEngine::uploadHours(Self self, Shared session, DayKey day) {
     }
     self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& row : rows) {
+        if (!session->mayWrite()) {
+            co_return;
+        }
         const Instant now = self->surroundings_.clock.now();
         if (!self->sentRows_.hold(row) &&
             co_await write(self, session,
@@ -188,7 +191,7 @@ QCoro::Task<> SyncEngine::uploadAppHours(Self self, Shared session, DayKey day,
                                          std::vector<AppHourlyCountRow> rows) {
     self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& row : rows) {
-        if (session->stop.stop_requested()) {
+        if (!session->mayWrite()) {
             co_return;
         }
         const Instant now = self->surroundings_.clock.now();
@@ -206,7 +209,7 @@ QCoro::Task<> SyncEngine::uploadRegistry(Self self, Shared session,
                                          std::shared_ptr<const Registry> registry) {
     self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
     for (const auto& app : *registry) {
-        if (session->stop.stop_requested()) {
+        if (!session->mayWrite()) {
             co_return;
         }
         const Instant now = self->surroundings_.clock.now();
