@@ -107,7 +107,7 @@ TEST_F(AppModelSync, ListsTheDevicesOfTheAccountThatIsSignedIn) {
         }
         return answer(request);
     };
-    refresh();
+    clock_.advance(15s);
     settle();
     syncAndRefresh();
     EXPECT_THAT(account_->connectedDevices.get(), IsEmpty());

@@ -57,6 +57,9 @@ TEST(WireRecords, TakesOneBareWholeNumberAsTheTodayTotal) {
 // A million brackets would become a million nested values.
 TEST(WireRecords, RefusesDepth) {
     EXPECT_FALSE(wire::decodeDaily(std::string(1'000'000, '[')));
+    const auto rows = wire::decodeDaily(R"([{"day":"[[[[[[[[[[ \" [[[[[[[[[[ \\","total_count":1}])");
+    ASSERT_TRUE(rows) << "brackets in texts nest nothing";
+    EXPECT_EQ(rows->at(0).total_count, 1);
 }
 
 TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {

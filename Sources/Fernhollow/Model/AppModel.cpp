@@ -151,6 +151,7 @@ bool AppModel::openStore(const std::string& email) {
 }
 
 void AppModel::closeStore() {
+    devicesAsked_.reset();
     if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
         cloudSync->reset();
     }

@@ -105,6 +105,7 @@ private:
         bool operator==(const HistoryInputs&) const = default;
     };
     std::vector<DailyCountPoint> history(const HistoryInputs& inputs);
+    bool isTimeForDevices() const;
     QCoro::Task<> refreshDevices();
 
     struct MetricsInputs {
@@ -162,6 +163,7 @@ private:
     std::shared_ptr<DailyCountsStore> store_;
     std::shared_ptr<CloudSyncCoordinator> cloudSync_; // present while a store is, unless there is no factory
     bool isAskingForDevices_ = false;
+    std::optional<Instant> devicesAsked_; // of this engine
     std::unique_ptr<KeyPressMonitor> keyboardMonitor_;
     bool isKeyboardMonitorRunning_ = false;
     DayKey currentDay_;

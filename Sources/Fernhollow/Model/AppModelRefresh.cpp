@@ -22,6 +22,9 @@ using namespace std::chrono_literals;
 // A clock or time zone that was set is seen within this time even when nobody types.
 constexpr auto refreshInterval = 1s;
 
+// Each cycle of the engine publishes the devices too.
+constexpr auto devicesInterval = 15s;
+
 } // namespace
 
 // Any other day is a new day, also an earlier one: the clock or the time zone was set back.
@@ -101,9 +104,14 @@ QCoro::Task<> AppModel::refreshFromDisk() {
     co_await applications;
     co_await recalculateMetrics(figures);
     co_await refreshAppHistory(figures);
-    if (cloudSync_ && !isAskingForDevices_) {
+    if (cloudSync_ && !isAskingForDevices_ && isTimeForDevices()) {
         tasks_.start([self](std::stop_token) { return self->refreshDevices(); });
     }
+}
+
+bool AppModel::isTimeForDevices() const {
+    const Instant now = clock_.now();
+    return !devicesAsked_ || now < *devicesAsked_ || now >= *devicesAsked_ + devicesInterval;
 }
 
 // Apart from the refresh, which has to go on each second also where the backend answers after a minute.
@@ -114,6 +122,7 @@ QCoro::Task<> AppModel::refreshDevices() {
         co_return;
     }
     isAskingForDevices_ = true;
+    devicesAsked_ = clock_.now();
     const auto asked = qScopeGuard([self] { self->isAskingForDevices_ = false; });
     auto devices = co_await cloudSync->getConnectedDevices();
     if (cloudSync == cloudSync_) { // else they are another account's

@@ -24,7 +24,7 @@ class WeekComparisonCard;
 /// The account's figures: a column of cards, which scrolls.
 ///
 /// It follows the model: whatever changes, the cards that show it are drawn again in the next frame, or some
-/// ten times a second when changes come faster than anybody reads; not at all while it is hidden.
+/// seven times a second when changes come faster than anybody reads; not at all while it is hidden.
 class ProductivityDashboard : public QScrollArea {
 public:
     ProductivityDashboard(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent = nullptr);

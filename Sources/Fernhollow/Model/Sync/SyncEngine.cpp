@@ -23,10 +23,6 @@ constexpr auto changeDelay = 1s;
 
 constexpr auto firstPeriodicSync = 1s;
 
-// A held key repeats thirty times a second; a cycle for each repeat would serve nobody. Half of the delay, so
-// that what was pressed last is in the store long before its cycle.
-constexpr auto closestSchedules = 500ms;
-
 // Of the rows of an upload, the last that are tried where there is no backend: hundreds may follow.
 constexpr int outOfReach = 3;
 
@@ -56,17 +52,16 @@ void SyncEngine::notifyFlushCompleted() {
 }
 
 void SyncEngine::scheduleSync(std::chrono::milliseconds delay) {
-    const Instant now = surroundings_.clock.now();
-    if (lastScheduled_ && now >= *lastScheduled_ && now < *lastScheduled_ + closestSchedules) {
+    if (std::exchange(isScheduled_, true)) {
         return; // that cycle has not begun yet and takes this change along
     }
-    lastScheduled_ = now;
     surroundings_.executor.post([pause = pause(), delay] { return scheduledSync(pause, delay); });
 }
 
 QCoro::Task<> SyncEngine::scheduledSync(Pause pause, std::chrono::milliseconds delay) {
     if (co_await Sleep(pause.clock, delay, pause.stop)) {
         if (const auto self = pause.engine.lock()) {
+            self->isScheduled_ = false;
             co_await performSync(self);
         }
     }
@@ -83,12 +78,25 @@ QCoro::Task<> SyncEngine::periodicLoop(Pause pause) {
         if (!self) {
             co_return;
         }
+        // Another cycle may have come in between: while somebody types, each change asks for one.
+        if (const auto early = self->timeSinceLastSync(); early && *early < length) {
+            length -= *early;
+            continue;
+        }
         co_await performSync(self);
         const Instant now = pause.clock.now();
         // A clock set back would otherwise look like activity until it is what it was.
         self->lastActivityTime_ = std::min(self->lastActivityTime_, now);
         length = periodicPause(now - self->lastActivityTime_);
     }
+}
+
+std::optional<std::chrono::milliseconds> SyncEngine::timeSinceLastSync() const {
+    const Instant now = surroundings_.clock.now();
+    if (!lastSyncTime_ || now < *lastSyncTime_) { // the clock was set back
+        return std::nullopt;
+    }
+    return std::chrono::floor<std::chrono::milliseconds>(now - *lastSyncTime_);
 }
 
 QCoro::Task<> SyncEngine::performSync(Self self) {
@@ -187,7 +195,7 @@ void SyncEngine::reset() {
     dirtyDays_.clear();
     lostDays_.clear();
     sentRows_ = {};
-    lastScheduled_.reset();
+    isScheduled_ = false;
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();
     remoteAppDaily_ = std::make_shared<AppDailyCache>();

@@ -104,6 +104,8 @@ private:
     void keepLostDays(const Session& session, std::unordered_set<DayKey> days);
     QCoro::Task<> publishDevices(Self self, Shared session);
     Shared makeSession(std::string email) const;
+    /// Absent before the first cycle, and where the clock cannot tell.
+    std::optional<std::chrono::milliseconds> timeSinceLastSync() const;
     DayKey today() const { return DayKey(surroundings_.clock.now(), calendar_); }
     Pause pause();
 
@@ -162,7 +164,7 @@ private:
     std::optional<Instant> lastSyncTime_;
     Instant lastActivityTime_;
     DayKey cachedDay_;
-    std::optional<Instant> lastScheduled_;
+    bool isScheduled_ = false; // a cycle waits for its delay
     std::stop_source stop_;
 };
 
