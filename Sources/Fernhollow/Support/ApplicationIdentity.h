@@ -9,7 +9,8 @@ inline constexpr std::string_view applicationIdentifier = "app.fernhollow.Fernho
 
 inline constexpr std::string_view applicationName = "Fernhollow";
 
-/// The version of this build, for example "0.1.0".
+/// The version of this build as people read it, for example "0.1.0"; "0.0.0" when the information dictionary
+/// does not tell it.
 std::string_view applicationVersion();
 
 } // namespace fernhollow
