@@ -14,8 +14,8 @@ class UpdateInstaller {
 public:
     /// What follows an installation.
     enum class Outcome {
-        relaunch,    ///< the new program is in place: relaunch() starts it once this one has ended
-        handedOver,  ///< somebody else goes on from here: the system's installer, or the person in the folder
+        relaunch,   ///< the new program is in place: relaunch() starts it once this one has ended
+        handedOver, ///< somebody else goes on from here: the system's installer, or the person in the folder
     };
 
     virtual ~UpdateInstaller() = default;
@@ -25,8 +25,8 @@ public:
 
     bool canInstall() const { return !packageType().empty(); }
 
-    /// Throws UpdateError (install); the old program is then in place and works. Interrupted at any point, it is
-    /// too.
+    /// Throws UpdateError (install); the old program is then in place and works. Interrupted at any point, it
+    /// is too.
     virtual QCoro::Task<Outcome> install(std::shared_ptr<DownloadedUpdate> update) = 0;
 
     /// What the person has to know after a hand-over, one sentence; empty when nothing.

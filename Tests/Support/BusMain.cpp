@@ -1,0 +1,22 @@
+#include "Support/TemporaryHome.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <gmock/gmock.h>
+
+using fernhollow::tests::EnvironmentGuard;
+
+int main(int argc, char** argv) {
+    testing::InitGoogleMock(&argc, argv);
+    const fernhollow::tests::TemporaryHome home;
+    // A session bus for this program alone. libdbus reads the address once, so it lasts as long as we do.
+    QProcess bus;
+    bus.start(u"dbus-daemon"_qs, {u"--session"_qs, u"--nofork"_qs, u"--print-address"_qs});
+    bus.waitForReadyRead();
+    const EnvironmentGuard address("DBUS_SESSION_BUS_ADDRESS", bus.readLine().trimmed().toStdString());
+    const QCoreApplication application(argc, argv);
+    const int result = RUN_ALL_TESTS();
+    bus.kill();
+    bus.waitForFinished();
+    return result;
+}
