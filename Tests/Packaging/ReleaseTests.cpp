@@ -1,0 +1,172 @@
+#include "AppcastWriter.h"
+#include "Platform/Updates/Appcast.h"
+#include "Platform/Updates/UpdateError.h"
+#include "Release.h"
+#include "Support/TemporaryHome.h"
+
+#include <QProcess>
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace fernhollow {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using tests::contents;
+
+/// A maker at their desk, with the command.
+class ReleaseCommand : public testing::Test {
+protected:
+    struct Done {
+        int status;
+        std::string output, error;
+    };
+
+    Done run(const QStringList& arguments) {
+        QProcess process;
+        process.start(QStringLiteral(RELEASE_TOOL), arguments);
+        process.waitForFinished();
+        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+                process.readAllStandardOutput().toStdString(), process.readAllStandardError().toStdString()};
+    }
+
+    QString path(const char* name) const { return QString::fromStdString((home_.path() / name).native()); }
+    void write(const char* name, const std::string& text) const {
+        std::ofstream(home_.path() / name, std::ios::binary) << text;
+    }
+    std::string read(const char* name) const { return contents(home_.path() / name); }
+
+    std::string makeKeys(const char* name = "key") {
+        return run({u"keys"_qs, path(name)}).output.substr(0, 44);
+    }
+
+    void tellProgram(const std::string& publicKey) const {
+        write("fernhollow.json", R"({"CFBundleVersion": "0.2.0", "CFBundleShortVersionString": "0.2",
+                                     "UpdateFeedURL": ")" +
+                                     feedUrl + R"(", "UpdatePublicKey": ")" + publicKey + "\"}");
+    }
+
+    Done publish(const QStringList& more = {}, const char* url = "https://example.org/F.AppImage",
+                 const char* type = "appimage") {
+        return run(QStringList{u"feed"_qs, u"--key"_qs, path("key"), u"--program"_qs, path("fernhollow.json"),
+                               u"--package-type"_qs, QString::fromLatin1(type), u"--url"_qs,
+                               QString::fromLatin1(url)} +
+                   more + QStringList{path("package"), path("appcast.xml")});
+    }
+
+    UpdateHost host(const std::string& publicKey) const {
+        return {"0.1.0", "6.1.0", "appimage", feedUrl, publicKey};
+    }
+
+    const std::string feedUrl = "https://example.org/appcast.xml";
+    const tests::TemporaryHome home_;
+};
+
+TEST_F(ReleaseCommand, MakesKeysForTheirOwnerAloneAndNeverTwice) {
+    const Done made = run({u"keys"_qs, path("key")});
+    EXPECT_EQ(made.status, 0) << made.error;
+    EXPECT_THAT(made.output, MatchesRegex("[A-Za-z0-9+/]{43}=\n"));
+    EXPECT_EQ(fs::status(home_.path() / "key").permissions(), fs::perms(0600));
+    EXPECT_THAT(read("key"), testing::Not(HasSubstr(made.output)));
+
+    const std::string key = read("key");
+    EXPECT_THAT(run({u"keys"_qs, path("key")}).error, HasSubstr("File exists"));
+    EXPECT_EQ(read("key"), key);
+    EXPECT_NE(run({u"keys"_qs, path("other")}).output, made.output);
+}
+
+TEST_F(ReleaseCommand, SignsPackages) {
+    const std::string publicKey = makeKeys();
+    write("package", std::string("p\0ckage", 7));
+    const Done done = run({u"sign"_qs, u"--key"_qs, path("key"), path("package")});
+    ASSERT_THAT(done.output, MatchesRegex("fernhollow:edSignature=\"[^\"]{88}\" length=\"7\"\n"));
+    EXPECT_TRUE(isSignedBy(publicKey, done.output.substr(24, 88), std::string_view("p\0ckage", 7)));
+
+    fs::permissions(home_.path() / "key", fs::perms(0640));
+    const Done refused = run({u"sign"_qs, u"--key"_qs, path("key"), path("package")});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.error, HasSubstr("others can read this key"));
+    EXPECT_THAT(refused.output, IsEmpty());
+}
+
+TEST_F(ReleaseCommand, WritesAFeedThatProgramsTakeAndThatNobodyElseCanChange) {
+    const std::string publicKey = makeKeys();
+    tellProgram(publicKey);
+    write("package", "package");
+    write("notes", "Faster & smaller: <b> is no tag here.\r\n- \"quotes\"\n- Ünïcode\n");
+    const Done done = publish({u"--notes"_qs, path("notes"), u"--minimum-system-version"_qs, u"5.10"_qs,
+                               u"--link"_qs, u"https://example.org/0.2"_qs});
+    ASSERT_EQ(done.status, 0) << done.error;
+
+    const auto found = newestUpdate(parseAppcast(read("appcast.xml")), host(publicKey));
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->version, "0.2.0");
+    EXPECT_EQ(found->displayVersion, "0.2");
+    EXPECT_EQ(found->title, "Fernhollow 0.2");
+    EXPECT_EQ(found->releaseNotes, "Faster & smaller: <b> is no tag here.\n- \"quotes\"\n- Ünïcode");
+    EXPECT_EQ(found->length, 7U);
+    EXPECT_TRUE(isSignedBy(publicKey, found->edSignature, "package"));
+    EXPECT_FALSE(isSignedBy(publicKey, found->edSignature, "pAckage"));
+
+    for (const auto& [from, to] :
+         {std::pair("version=\"0.2.0\"", "version=\"0.3.0\""), std::pair("Faster", "Slower"),
+          std::pair("length=\"7\"", "length=\"8\""), std::pair("/F.App", "/E.App")}) {
+        std::string changed = read("appcast.xml");
+        ASSERT_NE(changed.find(from), std::string::npos) << from;
+        changed.replace(changed.find(from), std::string_view(from).size(), to);
+        EXPECT_THROW(newestUpdate(parseAppcast(changed), host(publicKey)), UpdateError) << to;
+    }
+}
+
+TEST_F(ReleaseCommand, KeepsOtherReleasesAndReplacesItsOwn) {
+    const std::string publicKey = makeKeys();
+    tellProgram(publicKey);
+    write("package", "first");
+    ASSERT_EQ(publish({u"--version"_qs, u"0.1.5"_qs}).status, 0);
+    ASSERT_EQ(publish({}, "https://example.org/f.deb", "deb").status, 0);
+    ASSERT_EQ(publish().status, 0);
+    write("package", "second");
+    ASSERT_EQ(publish().status, 0);
+
+    const auto items = parseAppcast(read("appcast.xml"));
+    ASSERT_EQ(items.size(), 3U);
+    EXPECT_EQ(items[0].packageType, "appimage");
+    EXPECT_TRUE(isSignedBy(publicKey, items[0].edSignature, "second"));
+    EXPECT_EQ(items[1].packageType, "deb");
+    EXPECT_EQ(items[2].version, "0.1.5");
+}
+
+TEST_F(ReleaseCommand, WritesNothingThatProgramsWouldRefuse) {
+    const std::string publicKey = makeKeys();
+    tellProgram(publicKey);
+    write("package", "package");
+    ASSERT_EQ(publish().status, 0);
+    const std::string feed = read("appcast.xml");
+
+    const auto expectRefused = [&](const Done& done, const char* what) {
+        EXPECT_EQ(done.status, 1) << what;
+        EXPECT_THAT(done.error, HasSubstr("fernhollow-release: ")) << what;
+        EXPECT_EQ(read("appcast.xml"), feed) << what;
+    };
+    expectRefused(publish({}, "https://elsewhere.org/F.AppImage"), "another host");
+    expectRefused(publish({}, "http://example.org/F.AppImage"), "plain HTTP");
+    expectRefused(publish({}, "https://example.org/F.AppImage", "rpm"), "a kind that nobody installs");
+    expectRefused(publish({u"--notes"_qs, path("missing")}), "notes that are not there");
+    write("package", "");
+    expectRefused(publish(), "an empty package");
+    write("package", "package");
+    tellProgram(makeKeys("other"));
+    expectRefused(publish(), "another key than the program's");
+    EXPECT_THAT(publish().error, HasSubstr("another public key"));
+    tellProgram(publicKey);
+    write("appcast.xml", feed + "<");
+    EXPECT_EQ(publish().status, 1) << "a feed that cannot be read is not replaced";
+    EXPECT_EQ(read("appcast.xml"), feed + "<");
+}
+
+} // namespace
+} // namespace fernhollow
