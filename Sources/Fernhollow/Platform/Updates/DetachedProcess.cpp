@@ -10,8 +10,6 @@
 #include <system_error>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace fernhollow {
 namespace fs = std::filesystem;
 namespace {

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <utility>
@@ -49,14 +50,10 @@ bool lists(const fs::path& list, const std::string& path) {
 
 // A version may hold anything that its maker could sign; a file's name may not.
 std::string fileName(const AppcastItem& item) {
+    constexpr std::string_view harmless =
+        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.+-~";
     std::string version = item.version;
-    std::ranges::replace_if(
-        version,
-        [](char c) {
-            return !(('0' <= c && c <= '9') || ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || c == '.' ||
-                     c == '+' || c == '-' || c == '~');
-        },
-        '_');
+    std::ranges::replace_if(version, [&](char c) { return harmless.find(c) == std::string_view::npos; }, '_');
     return std::string(packageName) + "_" + version.substr(0, 64) + ".deb";
 }
 
