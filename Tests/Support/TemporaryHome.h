@@ -44,6 +44,11 @@ inline std::string contents(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+/// The permission bits of a file, as chmod(2) takes them.
+inline unsigned modeOf(const std::filesystem::path& file) {
+    return static_cast<unsigned>(std::filesystem::status(file).permissions());
+}
+
 /// An empty home folder with nothing of the real user's in it.
 class TemporaryHome {
 public:

@@ -2,7 +2,6 @@
 
 #include "Platform/Updates/UpdateError.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -12,7 +11,6 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace fernhollow {
 namespace fs = std::filesystem;
@@ -133,9 +131,10 @@ bool isLeftover(const fs::path& path) {
 }
 
 void removeLeftovers(const fs::path& folder) {
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        if (isLeftover(entry.path())) {
-            ::unlink(entry.path().c_str());
+    std::error_code error; // a folder that cannot be listed may still be written to
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        if (isLeftover(entry->path())) {
+            ::unlink(entry->path().c_str());
         }
     }
 }
