@@ -101,16 +101,22 @@ class Updates(DesktopTest):
         self.assertEqual(found, [])
 
     def end_successors(self):
-        """Ends what the program started when it ended, and waits until it has cleared up behind itself."""
-        ours = (os.fsencode(self.program.home) + b"/", os.fsencode(self.installed))
+        """Ends what the program started when it ended, and waits until that has cleared up behind itself."""
+        wait_until(self.no_successor, "the end of all programs and of what they unpacked", PATIENCE)
+
+    def no_successor(self):
+        unpacked = os.fsencode(self.program.home / "tmp")
+        quiet = not os.listdir(unpacked)
         for line in pathlib.Path("/proc").glob("[0-9]*/cmdline"):
             try:
-                if any(path in line.read_bytes() for path in ours):
+                command = line.read_bytes()
+                if command.startswith(unpacked):
                     os.kill(int(line.parent.name), signal.SIGKILL)
             except (FileNotFoundError, ProcessLookupError):
-                pass  # it ended by itself
-        unpacked = self.program.home / "tmp"
-        wait_until(lambda: not list(unpacked.iterdir()), "what was unpacked cleared away", PATIENCE)
+                continue  # it ended by itself
+            # The file itself clears up, or is about to start.
+            quiet = quiet and not command.startswith(unpacked) and os.fsencode(self.installed) not in command
+        return quiet
 
     # The tests
 
