@@ -1,9 +1,9 @@
 #include "Support/HttpSession.h"
 
 #include "Support/Clock.h"
+#include "Support/HttpManners.h"
 
 #include <QNetworkAccessManager>
-#include <QNetworkProxyFactory>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
@@ -13,17 +13,6 @@
 
 namespace fernhollow {
 namespace {
-
-class SystemProxies final : public QNetworkProxyFactory {
-public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
-        const QString host = query.peerHostName();
-        if (host == QLatin1StringView("localhost") || QHostAddress(host).isLoopback()) {
-            return {QNetworkProxy::NoProxy};
-        }
-        return systemProxyForQuery(query);
-    }
-};
 
 struct DeleteLater {
     void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
@@ -35,12 +24,7 @@ QNetworkRequest networkRequest(const HttpRequest& request) {
     for (const auto& [name, value] : request.headers) {
         result.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
     }
-    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    // One request at a time needs no multiplexing, and an aborted one then ends its connection at once.
-    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    keepNothing(result);
     return result;
 }
 
@@ -113,7 +97,7 @@ void HttpSession::close() {
 QNetworkAccessManager& HttpSession::manager() {
     if (!manager_) {
         manager_ = std::make_unique<QNetworkAccessManager>();
-        manager_->setProxyFactory(new SystemProxies);
+        useSystemProxies(*manager_);
         manager_->setAutoDeleteReplies(false);
     }
     return *manager_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Updates/AppcastItem.h"
+#include "Support/SerialExecutor.h"
 
 #include <qcorotask.h>
 
@@ -51,25 +52,29 @@ public:
 
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
-    /// Downloads go to new folders under `folder`, which is created when needed; what an earlier run left there
-    /// is removed by removeLeftovers().
+    /// Downloads go to new folders under `folder`, which is created when needed; what an earlier run left
+    /// there is removed by removeLeftovers().
     UpdateTransfer(Clock& clock, std::filesystem::path folder);
     ~UpdateTransfer();
 
     /// The body of the answer. Throws UpdateError (feed, cancelled).
     QCoro::Task<std::string> feed(std::string url, std::stop_token stop);
 
-    /// Downloads the item's package and checks its length and its signature by `publicKey`. Throws UpdateError
-    /// (download, signature, cancelled); nothing is left behind then.
+    /// Downloads the item's package and checks its length and its signature by `publicKey`. Throws
+    /// UpdateError (download, signature, cancelled); nothing is left behind then.
     QCoro::Task<std::shared_ptr<DownloadedUpdate>> package(AppcastItem item, std::string publicKey,
                                                            Progress progress, std::stop_token stop);
 
+    /// Removes what an earlier run left in the folder, those downloads that were kept included.
     void removeLeftovers();
 
 private:
+    QNetworkAccessManager& manager();
+
     Clock& clock_;
     std::filesystem::path folder_;
-    std::unique_ptr<QNetworkAccessManager> manager_;
+    std::unique_ptr<QNetworkAccessManager> manager_; // made when first needed
+    SerialExecutor verifier_;                        // a long file would hold up who asks
 };
 
 } // namespace fernhollow
