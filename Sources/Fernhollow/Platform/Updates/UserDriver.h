@@ -25,7 +25,8 @@ public:
     virtual void showChecking(std::function<void()> cancel) = 0;
 
     /// Offers the release with its notes. Without `canInstall` nothing but to read it and close. A release that a
-    /// scheduled check found, with `isGentle`, must not take the focus from what the person does.
+    /// scheduled check found, with `isGentle`, must not take the focus from what the person does: its window is
+    /// first shown by focus().
     virtual QCoro::Task<UpdateChoice> showUpdateFound(AppcastItem item, bool canInstall, bool isGentle) = 0;
 
     virtual void showDownloading(AppcastItem item, std::function<void()> cancel) = 0;
@@ -33,6 +34,9 @@ public:
 
     /// Everything is verified: install now (and relaunch), or later.
     virtual QCoro::Task<UpdateChoice> showReadyToInstall(AppcastItem item) = 0;
+
+    /// The release is being installed, which cannot be broken off.
+    virtual void showInstalling(AppcastItem item) = 0;
 
     virtual void showUpToDate(std::string currentVersion) = 0;
     virtual void showError(std::string description) = 0;
