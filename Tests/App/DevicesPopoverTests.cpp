@@ -22,7 +22,7 @@ protected:
     Devices() {
         start();
         signIn("ana@example.com");
-        view_ = std::make_unique<MenuContentView>(model_, account_, clock_);
+        view_ = std::make_unique<MenuContentView>(model_, account_, updates_.manager, clock_);
         view_->resize(380, 500);
         view_->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(view_.get()));

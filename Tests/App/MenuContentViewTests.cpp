@@ -1,6 +1,7 @@
 #include "../Model/ModelFixture.h"
 #include "App/MainWindowController.h"
 #include "App/MenuContentView.h"
+#include "App/UpdateStatusButton.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -20,7 +21,7 @@ protected:
     }
 
     void open() {
-        view_ = std::make_unique<MenuContentView>(model_, account_, clock_);
+        view_ = std::make_unique<MenuContentView>(model_, account_, updates_.manager, clock_);
         view_->resize(380, 500);
         view_->show();
     }
@@ -114,6 +115,8 @@ TEST_F(MainWindow, KeepsOneLineForALongAddress) {
     EXPECT_TRUE(waitUntil([&] { return label->text().contains(u'…'); }));
     EXPECT_EQ(label->toolTip(), address);
     EXPECT_LE(view_->width(), 400);
+    auto* version = view_->findChild<UpdateStatusButton*>();
+    EXPECT_EQ(version->width(), version->sizeHint().width()) << "the address gives way, not the version";
     EXPECT_LT(label->geometry().right(), shown<QPushButton>(QStringLiteral("Sign Out"))->geometry().left());
 }
 
@@ -137,16 +140,16 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
         }
         return found;
     };
-    controller.toggle(model_, account_, clock_);
+    controller.toggle(model_, account_, updates_.manager, clock_);
     ASSERT_EQ(windows().size(), 1);
     QWidget* window = windows().first();
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->size(), QSize(420, 750));
     EXPECT_EQ(window->minimumSize(), QSize(380, 500));
-    controller.toggle(model_, account_, clock_);
+    controller.toggle(model_, account_, updates_.manager, clock_);
     EXPECT_FALSE(window->isVisible());
-    controller.show(model_, account_, clock_);
-    controller.show(model_, account_, clock_);
+    controller.show(model_, account_, updates_.manager, clock_);
+    controller.show(model_, account_, updates_.manager, clock_);
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(windows().size(), 1);
     controller.close();

@@ -5,6 +5,7 @@
 #include "Model/AppModel.h"
 #include "Support/EventLoop.h"
 #include "Support/FakeClock.h"
+#include "Support/FakeUpdaterController.h"
 #include "Support/TaskScope.h"
 #include "Support/TemporaryHome.h"
 
@@ -90,6 +91,7 @@ protected:
     EnvironmentGuard locale_{"LC_ALL", "en_US.UTF-8"};
     FakeClock clock_{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 9})};
     TaskScope tasks_;
+    FakelyUpdated updates_;
     std::shared_ptr<AccountManager> account_ =
         std::make_shared<AccountManager>(clock_, SupabaseConfig{"http://x", "key"});
     bool isMonitorAllowed_ = true;

@@ -4,6 +4,7 @@
 #include "App/MainWindowController.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
+#include "Model/UpdateManager.h"
 #include "Platform/StatusItem/StatusItem.h"
 
 #include <chrono>
@@ -66,16 +67,17 @@ void AppDelegate::openWindowUnlessReachable() {
 
 void AppDelegate::statusItemClicked() {
     const auto& holder = AppStateHolder::shared();
-    if (!holder.model || !holder.account) {
+    if (!holder.model || !holder.account || !holder.updateManager) {
         return;
     }
-    MainWindowController::shared().toggle(holder.model, holder.account, *holder.clock);
+    MainWindowController::shared().toggle(holder.model, holder.account, holder.updateManager, *holder.clock);
 }
 
 void AppDelegate::activate() {
     const auto& holder = AppStateHolder::shared();
-    if (holder.model && holder.account) {
-        MainWindowController::shared().show(holder.model, holder.account, *holder.clock);
+    if (holder.model && holder.account && holder.updateManager) {
+        MainWindowController::shared().show(holder.model, holder.account, holder.updateManager,
+                                            *holder.clock);
     }
 }
 

@@ -7,11 +7,13 @@ namespace fernhollow {
 class AccountManager;
 class AppModel;
 class Clock;
+class UpdateManager;
 
 /// The long-lived objects, for those whom the desktop creates or calls: filled once at start.
 struct AppStateHolder {
     std::shared_ptr<AppModel> model;
     std::shared_ptr<AccountManager> account;
+    std::shared_ptr<UpdateManager> updateManager;
     const Clock* clock = nullptr; ///< present while the others are
 
     static AppStateHolder& shared();

@@ -5,8 +5,10 @@
 #include "App/KeyboardMonitor.h"
 #include "App/MainWindowController.h"
 #include "App/TrustPrompt.h"
+#include "App/Updates/StandardUpdaterController.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
+#include "Model/UpdateManager.h"
 #include "Support/DebugLog.h"
 
 #include <QGuiApplication>
@@ -66,8 +68,12 @@ FernhollowApp::FernhollowApp()
           [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId) {
               return std::make_shared<CloudSyncCoordinator>(syncThread_.surroundings(), std::move(store),
                                                             account, std::move(deviceId));
+          })),
+      updateManager_(std::make_shared<UpdateManager>(
+          [this](UpdaterDelegate& delegate, UserDriverDelegate& userDriverDelegate) {
+              return std::make_unique<StandardUpdaterController>(clock_, delegate, userDriverDelegate);
           })) {
-    AppStateHolder::shared() = {model_, account_, &clock_};
+    AppStateHolder::shared() = {model_, account_, updateManager_, &clock_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
     // The toolkit calls exit() when the display goes away, which is how many sessions end. Its lookups of

@@ -13,6 +13,7 @@ namespace fernhollow {
 
 class AccountManager;
 class AppModel;
+class UpdateManager;
 
 /// Ends the process without what remains of it: once all is written, the toolkit would only go on waiting for
 /// name servers that do not answer.
@@ -42,6 +43,7 @@ private:
     AppDelegate appDelegate_;
     std::shared_ptr<AccountManager> account_;
     std::shared_ptr<AppModel> model_;
+    std::shared_ptr<UpdateManager> updateManager_;
 };
 
 } // namespace fernhollow

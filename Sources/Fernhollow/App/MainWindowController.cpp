@@ -19,8 +19,10 @@ MainWindowController& MainWindowController::shared() {
 }
 
 void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
-                                        const std::shared_ptr<AccountManager>& account, const Clock& clock) {
-    auto* window = new MenuContentView(model, account, clock);
+                                        const std::shared_ptr<AccountManager>& account,
+                                        const std::shared_ptr<UpdateManager>& updateManager,
+                                        const Clock& clock) {
+    auto* window = new MenuContentView(model, account, updateManager, clock);
     window_ = window;
     window->setWindowTitle(QStringLiteral("Fernhollow"));
     window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
@@ -28,18 +30,20 @@ void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
 }
 
 void MainWindowController::toggle(const std::shared_ptr<AppModel>& model,
-                                  const std::shared_ptr<AccountManager>& account, const Clock& clock) {
+                                  const std::shared_ptr<AccountManager>& account,
+                                  const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock) {
     if (window_ && window_->isVisible() && !window_->isMinimized()) {
         window_->hide();
         return;
     }
-    show(model, account, clock);
+    show(model, account, updateManager, clock);
 }
 
 void MainWindowController::show(const std::shared_ptr<AppModel>& model,
-                                const std::shared_ptr<AccountManager>& account, const Clock& clock) {
+                                const std::shared_ptr<AccountManager>& account,
+                                const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock) {
     if (!window_) {
-        createWindow(model, account, clock);
+        createWindow(model, account, updateManager, clock);
     }
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->show();

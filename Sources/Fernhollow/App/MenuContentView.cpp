@@ -5,14 +5,13 @@
 #include "App/Onboarding/OnboardingView.h"
 #include "App/SignInView.h"
 #include "App/Theme.h"
+#include "App/UpdateStatusButton.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
-#include "Support/ApplicationIdentity.h"
 
 #include <QApplication>
 #include <QFrame>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStackedLayout>
@@ -47,20 +46,13 @@ QPushButton* makePlainButton(const QString& text, const QColor& color) {
     return button;
 }
 
-QLabel* makeVersion() {
-    auto* version = new QLabel(QStringLiteral("v") + QString::fromUtf8(applicationVersion().data()));
-    version->setFont(Theme::font(Theme::TextStyle::caption));
-    Theme::setTextColor(*version, Theme::secondary);
-    return version;
-}
-
 } // namespace
 
 MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
-                                 const Clock& clock)
-    : model_(std::move(model)), account_(std::move(account)), clock_(clock), mainArea_(new QStackedLayout),
-      signIn_(new SignInView(account_)), signInPage_(centred(signIn_)),
-      accountButton_(new AccountButton(account_, clock)),
+                                 std::shared_ptr<UpdateManager> updateManager, const Clock& clock)
+    : model_(std::move(model)), account_(std::move(account)), updateManager_(std::move(updateManager)),
+      clock_(clock), mainArea_(new QStackedLayout), signIn_(new SignInView(account_)),
+      signInPage_(centred(signIn_)), accountButton_(new AccountButton(account_, clock)),
       signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     signInPage_->setFocusProxy(signIn_);
     mainArea_->addWidget(signInPage_);
@@ -93,7 +85,7 @@ QWidget* MenuContentView::makeFooter() {
                                footerHorizontalMargin, footerVerticalMargin);
     layout->addWidget(accountButton_, 1);
     layout->addStretch();
-    layout->addWidget(makeVersion());
+    layout->addWidget(new UpdateStatusButton(updateManager_));
     layout->addStretch();
     layout->addWidget(signOut_);
     layout->addWidget(quit);

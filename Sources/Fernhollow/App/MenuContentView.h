@@ -20,6 +20,7 @@ class AppModel;
 class Clock;
 class OnboardingView;
 class SignInView;
+class UpdateManager;
 
 /// The main window's content: what the account's state asks for, over the footer.
 ///
@@ -29,7 +30,7 @@ class SignInView;
 class MenuContentView : public QWidget {
 public:
     MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
-                    const Clock& clock);
+                    std::shared_ptr<UpdateManager> updateManager, const Clock& clock);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -45,6 +46,7 @@ private:
 
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<AccountManager> account_;
+    std::shared_ptr<UpdateManager> updateManager_;
     const Clock& clock_;
     std::vector<Observation> cancellables_;
     QTimer redraw_;

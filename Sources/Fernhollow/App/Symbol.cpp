@@ -4,17 +4,14 @@
 #include <QPainter>
 
 namespace fernhollow {
-namespace {
 
-QByteArray coloured(const QString& name, const QColor& color) {
+QByteArray colouredSymbol(const QString& name, const QColor& color) {
     QFile file(QStringLiteral(":/symbols/%1.svg").arg(name));
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
     }
     return file.readAll().replace("currentColor", color.name().toLatin1());
 }
-
-} // namespace
 
 Symbol::Symbol(const QString& name, const QColor& color, QSize size, QWidget* parent)
     : QWidget(parent), color_(color), size_(size) {
@@ -27,7 +24,7 @@ void Symbol::setName(const QString& name) {
         return;
     }
     setObjectName(name);
-    renderer_.load(coloured(name, color_));
+    renderer_.load(colouredSymbol(name, color_));
     renderer_.setAspectRatioMode(Qt::KeepAspectRatio);
     update();
 }

@@ -8,6 +8,9 @@
 
 namespace fernhollow {
 
+/// The SVG document of a symbol in one colour, empty when there is none of that name.
+QByteArray colouredSymbol(const QString& name, const QColor& color);
+
 /// A symbol of the program's own set in one colour, crisp at any size, as large as its widget allows. Its
 /// object name is the symbol's.
 class Symbol : public QWidget {

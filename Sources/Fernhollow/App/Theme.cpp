@@ -82,6 +82,18 @@ QPushButton[plain="true"] {
 QPushButton[plain="true"]:hover { background: #34373d; }
 QPushButton[plain="true"]:pressed { background: #3f434a; }
 QPushButton[plain="true"]:focus { border-color: #5a9bff; }
+QPushButton[secondary="true"] {
+    background: #34373d; border: 2px solid transparent; border-radius: 8px; padding: 8px 12px;
+}
+QPushButton[secondary="true"]:hover { background: #3f434a; }
+QPushButton[secondary="true"]:pressed { background: #2c2f34; }
+QPushButton[secondary="true"]:focus { border-color: #5a9bff; }
+QDialog QPushButton[prominent="true"] { padding: 8px 16px; }
+QPlainTextEdit {
+    background: #26282c; border: 1px solid #55585f; border-radius: 6px; padding: 4px;
+    selection-background-color: #1f6feb;
+}
+QPlainTextEdit:focus { border-color: #5a9bff; }
 QFrame[popover="true"] { background: #26282c; border: 1px solid #55585f; }
 QScrollBar:vertical { background: transparent; width: 10px; margin: 0; }
 QScrollBar::handle:vertical { background: #55585f; border-radius: 3px; margin: 2px; min-height: 24px; }

@@ -126,7 +126,8 @@ void UpdateManager::finish() {
     }
 }
 
-void UpdateManager::standardUserDriverWillHandleShowingUpdate(bool /*handlesShowing*/, const AppcastItem& item) {
+void UpdateManager::standardUserDriverWillHandleShowingUpdate(bool /*handlesShowing*/,
+                                                              const AppcastItem& item) {
     later([version = item.displayVersion] { log("Will show update UI for " + version); });
 }
 

@@ -15,9 +15,9 @@ namespace fernhollow {
 
 /// What the program shows of its updates: one state, from the updater's many callbacks.
 ///
-/// It starts the updater and is told by it. Each callback returns at once; what it changes, it changes in a task
-/// of its own, in the order of the callbacks. An outcome stays until the next check: errors and ends of cycles
-/// count only while the state is still "checking". Main thread only.
+/// It starts the updater and is told by it. Each callback returns at once; what it changes, it changes in a
+/// task of its own, in the order of the callbacks. An outcome stays until the next check: errors and ends of
+/// cycles count only while the state is still "checking". Main thread only.
 class UpdateManager : public Observable, private UpdaterDelegate, private UserDriverDelegate {
 public:
     explicit UpdateManager(const UpdaterController::Factory& makeController);

@@ -46,8 +46,8 @@ void UpdateNotification::show(const std::string& version) {
     // The summary is plain text; a body would be read as markup.
     message << QStringLiteral("Fernhollow") << id_ << QString::fromUtf8(applicationIdentifier.data())
             << QStringLiteral("Fernhollow %1 is available").arg(QString::fromStdString(version))
-            << QStringLiteral("Click to see what is new.")
-            << QStringList{showAction, QStringLiteral("Show")} << hints << serversOwnTimeout;
+            << QStringLiteral("Click to see what is new.") << QStringList{showAction, QStringLiteral("Show")}
+            << hints << serversOwnTimeout;
     auto* pending = new QDBusPendingCallWatcher(bus_.asyncCall(message), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
         finished->deleteLater();

@@ -8,8 +8,8 @@
 
 namespace fernhollow {
 
-/// One quiet notification of the desktop (org.freedesktop.Notifications 1.2) that tells of a release. Where there
-/// is no notification server nothing comes up. Main thread only.
+/// One quiet notification of the desktop (org.freedesktop.Notifications 1.2) that tells of a release. Where
+/// there is no notification server nothing comes up. Main thread only.
 class UpdateNotification : public QObject {
     Q_OBJECT
 
@@ -23,8 +23,9 @@ public:
     void close();
 
 private Q_SLOTS:
-    void actionInvoked(uint id, const QString& action); // NOLINT(readability-identifier-length): the wire's name
-    void notificationClosed(uint id, uint reason);      // NOLINT(readability-identifier-length)
+    void actionInvoked(uint id,
+                       const QString& action);     // NOLINT(readability-identifier-length): the wire's name
+    void notificationClosed(uint id, uint reason); // NOLINT(readability-identifier-length)
 
 private:
     QDBusConnection bus_;

@@ -3,7 +3,6 @@
 #include "Platform/Updates/Appcast.h"
 
 #include <sys/utsname.h>
-
 #include <utility>
 
 namespace fernhollow {
@@ -28,8 +27,8 @@ public:
         co_return newestUpdate(parseAppcast(feed), host_);
     }
 
-    QCoro::Task<std::shared_ptr<DownloadedUpdate>> package(AppcastItem item, UpdateTransfer::Progress progress,
-                                                           std::stop_token stop) override {
+    QCoro::Task<std::shared_ptr<DownloadedUpdate>>
+    package(AppcastItem item, UpdateTransfer::Progress progress, std::stop_token stop) override {
         return transfer_.package(std::move(item), host_.publicKey, std::move(progress), std::move(stop));
     }
 

@@ -33,8 +33,9 @@ Updater::Updater(std::string currentVersion, const std::optional<UpdateConfigura
         const auto askNow = [this] {
             tasks_.start([self = shared_from_this()](const std::stop_token&) { return ask(self); });
         };
-        schedule_.emplace(surroundings_.clock, configuration->checkInterval,
-                          UpdateSchedule::Actions{.ask = askNow, .check = [this] { return beginScheduled(); }});
+        schedule_.emplace(
+            surroundings_.clock, configuration->checkInterval,
+            UpdateSchedule::Actions{.ask = askNow, .check = [this] { return beginScheduled(); }});
         canCheckForUpdates.set(true);
     }
 }
@@ -63,9 +64,11 @@ QCoro::Task<> Updater::ask(Self self) {
         co_return;
     }
     self->isAsking_ = true;
-    const bool isAllowed = co_await self->surroundings_.driver->askPermission();
-    if (!self->isStopped_ && std::exchange(self->isAsking_, false)) {
-        self->schedule_->permit(isAllowed);
+    const std::optional<bool> isAllowed = co_await self->surroundings_.driver->askPermission();
+    self->isAsking_ = false;
+    if (isAllowed && !self->isStopped_) { // without an answer the question comes back at the next start
+        self->surroundings_.driver->dismiss();
+        self->schedule_->permit(*isAllowed);
     }
 }
 
@@ -76,7 +79,7 @@ void Updater::checkForUpdates() {
     } else if (cycle_) {
         comeForward(cycle_);
     } else {
-        if (std::exchange(isAsking_, false)) { // no answer: the question comes back at the next start
+        if (isAsking_) {
             surroundings_.driver->dismiss();
         }
         begin(UpdateCheck::userInitiated);
@@ -132,7 +135,8 @@ void Updater::begin(UpdateCheck check) {
     if (check == UpdateCheck::userInitiated) {
         surroundings_.driver->showChecking(makeCancel(cycle_->stop));
     }
-    tasks_.start([self = shared_from_this(), cycle = cycle_](const std::stop_token&) { return run(self, cycle); });
+    tasks_.start(
+        [self = shared_from_this(), cycle = cycle_](const std::stop_token&) { return run(self, cycle); });
 }
 
 QCoro::Task<> Updater::run(Self self, SharedCycle cycle) {
@@ -284,7 +288,8 @@ void Updater::reportFailure(const Cycle& cycle, const UpdateError& failure) {
 
 // A person who asks is offered again what they skipped.
 bool Updater::isPassedOver(const Cycle& cycle) const {
-    return cycle.check == UpdateCheck::scheduled && UpdatePreferences::skippedVersion() == cycle.item->version;
+    return cycle.check == UpdateCheck::scheduled &&
+           UpdatePreferences::skippedVersion() == cycle.item->version;
 }
 
 bool Updater::isDownloaded(const AppcastItem& item) const {

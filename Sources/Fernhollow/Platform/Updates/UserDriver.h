@@ -6,27 +6,29 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace fernhollow {
 
 enum class UpdateChoice { install, later, skip };
 
-/// The windows of an update, as the updater sees them. One thread, that of the windows. A question whose window
-/// is closed is answered with "later" or "no"; dismiss() answers every open question so.
+/// The windows of an update, as the updater sees them. One thread, that of the windows. A question whose
+/// window is closed is answered with "later" or not at all; dismiss() answers every open question so.
 class UserDriver {
 public:
     virtual ~UserDriver() = default;
 
-    /// Whether to look for updates once a day; asked at the second start.
-    virtual QCoro::Task<bool> askPermission() = 0;
+    /// Whether to look for updates once a day; asked at the second start. Absent when the window was closed without
+    /// a choice, which the end of the program does too.
+    virtual QCoro::Task<std::optional<bool>> askPermission() = 0;
 
     /// A check that the person started is under way; `cancel` breaks it off.
     virtual void showChecking(std::function<void()> cancel) = 0;
 
-    /// Offers the release with its notes. Without `canInstall` nothing but to read it and close. A release that a
-    /// scheduled check found, with `isGentle`, must not take the focus from what the person does: its window is
-    /// first shown by focus().
+    /// Offers the release with its notes. Without `canInstall` nothing but to read it and close. A release
+    /// that a scheduled check found, with `isGentle`, must not take the focus from what the person does: its
+    /// window is first shown by focus().
     virtual QCoro::Task<UpdateChoice> showUpdateFound(AppcastItem item, bool canInstall, bool isGentle) = 0;
 
     virtual void showDownloading(AppcastItem item, std::function<void()> cancel) = 0;

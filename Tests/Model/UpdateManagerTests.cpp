@@ -1,0 +1,149 @@
+#include "Model/UpdateManager.h"
+
+#include "Support/EventLoop.h"
+#include "Support/FakeUpdaterController.h"
+#include "Support/Releases.h"
+#include "Support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class UpdateManagerTest : public testing::Test {
+protected:
+    // What a callback changes, it changes in a later turn of the event loop.
+    void deliver() {
+        bool isDelivered = false;
+        tasks_.start([&](const std::stop_token&) {
+            isDelivered = true;
+            return noTask();
+        });
+        ASSERT_TRUE(waitUntil([&] { return isDelivered; }));
+    }
+
+    const UpdateState& state() {
+        deliver();
+        return fakes_.manager->state.get();
+    }
+
+    UpdaterDelegate& delegate() { return fakes_.updater->delegate; }
+
+    void enter(const UpdateState& wanted) {
+        fakes_.manager->state.set(wanted);
+    }
+
+    TemporaryHome home_;
+    FakelyUpdated fakes_;
+    TaskScope tasks_;
+};
+
+struct Callback {
+    const char* name;
+    std::function<void(UpdaterDelegate&)> call;
+    UpdateState before;
+    UpdateState after;
+    std::string line; ///< empty: no line
+};
+
+void PrintTo(const Callback& callback, std::ostream* stream) {
+    *stream << callback.name;
+}
+
+class UpdateManagerCallback : public UpdateManagerTest, public testing::WithParamInterface<Callback> {};
+
+TEST_P(UpdateManagerCallback, ChangesTheStateLaterAndWritesItsLine) {
+    enter(GetParam().before);
+    deliver();
+    GetParam().call(delegate());
+    EXPECT_EQ(fakes_.manager->state.get(), GetParam().before) << "the updater does not wait for us";
+    EXPECT_EQ(state(), GetParam().after);
+    if (GetParam().line.empty()) {
+        EXPECT_THAT(home_.log(), Not(HasSubstr("[Sparkle]")));
+    } else {
+        EXPECT_THAT(home_.log(), HasSubstr("] [Sparkle] " + GetParam().line + "\n"));
+    }
+}
+
+const AppcastItem newRelease = release("0.3.0");
+const std::string broken = "It broke.";
+
+const auto mayPerform = [](UpdaterDelegate& d) { d.mayPerform(UpdateCheck::scheduled); };
+const auto abortIt = [](UpdaterDelegate& d) { d.didAbortWithError(broken); };
+const auto finishIt = [](UpdaterDelegate& d) {
+    d.didFinishUpdateCycleFor(UpdateCheck::scheduled, std::nullopt);
+};
+const auto finishBroken = [](UpdaterDelegate& d) { d.didFinishUpdateCycleFor(UpdateCheck::scheduled, broken); };
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, UpdateManagerCallback,
+    testing::Values(
+        Callback{"begins", mayPerform, UpdateFailed{"x"}, UpdateChecking{}, "Starting update check..."},
+        Callback{"found", [](auto& d) { d.didFindValidUpdate(newRelease); }, UpdateChecking{},
+                 UpdateAvailable{"0.3.0"}, "Update found: 0.3.0"},
+        Callback{"notFound", [](auto& d) { d.updaterDidNotFindUpdate("Nothing newer."); }, UpdateChecking{},
+                 UpdateUpToDate{}, "No update available (current: v" + UpdateManager::currentVersion() + "), reason: Nothing newer."},
+        Callback{"abort", abortIt, UpdateChecking{}, UpdateFailed{broken}, "Error: It broke."},
+        Callback{"abortOfADownload", abortIt, UpdateDownloading{}, UpdateDownloading{},
+                 "Abort error ignored (state: downloading(progress: 0.0)): It broke."},
+        Callback{"abortAfterTheOffer", abortIt, UpdateAvailable{"0.3.0"}, UpdateAvailable{"0.3.0"},
+                 "Abort error ignored (state: updateAvailable(version: \"0.3.0\")): It broke."},
+        Callback{"downloads", [](auto& d) { d.willDownloadUpdate(newRelease); }, UpdateAvailable{"0.3.0"},
+                 UpdateDownloading{0}, "Downloading update..."},
+        Callback{"downloaded", [](auto& d) { d.didDownloadUpdate(newRelease); }, UpdateDownloading{},
+                 UpdateReadyToInstall{}, "Download complete, ready to install"},
+        Callback{"installs", [](auto& d) { d.willInstallUpdate(newRelease); }, UpdateReadyToInstall{},
+                 UpdateReadyToInstall{}, "Installing update..."},
+        Callback{"endsBroken", finishBroken, UpdateChecking{}, UpdateFailed{broken},
+                 "Update cycle finished with error: It broke."},
+        Callback{"endsBrokenAfterAnOutcome", finishBroken, UpdateFailed{"Before."}, UpdateFailed{"Before."},
+                 "Update cycle error ignored (state already set): It broke."},
+        Callback{"endsWithoutOutcome", finishIt, UpdateChecking{}, UpdateIdle{},
+                 "Update cycle finished, state reset to idle"},
+        Callback{"endsAfterAnOutcome", finishIt, UpdateUpToDate{}, UpdateUpToDate{}, ""}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(UpdateManagerTest, ShowsAClickAtOnceAndHandsItOn) {
+    EXPECT_EQ(state(), UpdateState(UpdateIdle{}));
+    fakes_.manager->checkForUpdates();
+    EXPECT_EQ(fakes_.manager->state.get(), UpdateState(UpdateChecking{}));
+    EXPECT_EQ(fakes_.updater->checks, 1);
+}
+
+TEST_F(UpdateManagerTest, KeepsTheOrderOfTheCallbacks) {
+    mayPerform(delegate());
+    delegate().updaterDidNotFindUpdate("Nothing newer.");
+    finishIt(delegate());
+    EXPECT_EQ(state(), UpdateState(UpdateUpToDate{}));
+}
+
+TEST_F(UpdateManagerTest, MirrorsWhetherACheckCanBegin) {
+    EXPECT_FALSE(fakes_.manager->canCheckForUpdates.get());
+    for (const bool canCheck : {true, false}) {
+        fakes_.updater->canCheck.set(canCheck);
+        EXPECT_NE(fakes_.manager->canCheckForUpdates.get(), canCheck);
+        deliver();
+        EXPECT_EQ(fakes_.manager->canCheckForUpdates.get(), canCheck);
+    }
+    EXPECT_TRUE(fakes_.updater->userDriverDelegate.supportsGentleScheduledUpdateReminders());
+}
+
+TEST_F(UpdateManagerTest, SaysThatAWindowWillComeUp) {
+    enter(UpdateAvailable{"0.3.0"});
+    fakes_.updater->userDriverDelegate.standardUserDriverWillHandleShowingUpdate(true, release("0.3.0"));
+    EXPECT_EQ(state(), UpdateState(UpdateAvailable{"0.3.0"}));
+    EXPECT_THAT(home_.log(), HasSubstr("[Sparkle] Will show update UI for 0.3.0\n"));
+}
+
+TEST_F(UpdateManagerTest, WhatIsOnItsWayEndsWithIt) {
+    mayPerform(delegate());
+    fakes_.manager.reset();
+    deliver();
+    EXPECT_THAT(home_.log(), Not(HasSubstr("[Sparkle]")));
+}
+
+} // namespace
+} // namespace fernhollow::tests

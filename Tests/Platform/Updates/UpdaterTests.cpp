@@ -1,0 +1,215 @@
+#include "UpdaterFixture.h"
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class Cycle : public UpdaterFixture {};
+
+TEST_F(Cycle, TakesAPersonFromTheCheckToTheNewProgram) {
+    EXPECT_TRUE(updater_->canCheckForUpdates.get());
+    find();
+    EXPECT_FALSE(updater_->canCheckForUpdates.get());
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "found 0.3.0", "show"));
+    EXPECT_THAT(takeShown(), ElementsAre("checking", "found 0.3.0"));
+    EXPECT_EQ(source_->downloads, 0);
+
+    choose(UpdateChoice::install);
+    source_->progress(6'000'000, 12'000'000);
+    EXPECT_THAT(takeShown(), ElementsAre("downloading 0.3.0", "6000000/12000000"));
+    finishDownload();
+    EXPECT_THAT(takeCalls(), ElementsAre("download", "downloaded"));
+    EXPECT_THAT(takeShown(), ElementsAre("ready 0.3.0"));
+    EXPECT_EQ(installer_->installations, 0);
+
+    choose(UpdateChoice::install);
+    EXPECT_THAT(takeCalls(), ElementsAre("install", "end", "quit"));
+    EXPECT_THAT(takeShown(), ElementsAre("installing 0.3.0", "dismiss"));
+    EXPECT_EQ(installer_->relaunches, 1);
+    EXPECT_FALSE(std::filesystem::exists(package()));
+    EXPECT_TRUE(updater_->canCheckForUpdates.get());
+}
+
+TEST_F(Cycle, SaysSoWhenThereIsNothingNew) {
+    check();
+    source_->found.resolve(std::nullopt);
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "nothing", "end"));
+    EXPECT_THAT(takeShown(), ElementsAre("checking", "up to date 0.2.0"));
+}
+
+TEST_F(Cycle, ShowsAFailedCheckToWhoeverAskedForIt) {
+    check();
+    source_->found.fail(UpdateError::Reason::feed, "No answer.");
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "abort: No answer.", "end: No answer."));
+    EXPECT_THAT(takeShown(), ElementsAre("checking", "error: No answer."));
+    check();
+}
+
+TEST_F(Cycle, DownloadsNothingWhereNothingCanBeInstalled) {
+    installer_->kind.clear();
+    find();
+    EXPECT_THAT(driver_->shown.back(), "found 0.3.0 to read");
+    choose(UpdateChoice::install); // no such button, but the windows are not to be trusted with that
+    EXPECT_EQ(source_->downloads, 0);
+    EXPECT_EQ(takeCalls().back(), "end");
+}
+
+TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
+    installer_->outcome = UpdateInstaller::Outcome::handedOver;
+    find();
+    choose(UpdateChoice::install);
+    finishDownload();
+    takeCalls();
+    choose(UpdateChoice::install);
+    EXPECT_THAT(takeCalls(), ElementsAre("install", "end"));
+    EXPECT_EQ(driver_->shown.back(), "note: Open the folder.");
+    EXPECT_EQ(installer_->relaunches, 0);
+}
+
+TEST_F(Cycle, EndsWithoutErrorWhenTheCheckIsCancelled) {
+    check();
+    const auto cancel = driver_->cancel;
+    cancel();
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "end"));
+    cancel(); // the button may be pressed twice
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+// Who heard of the download takes its end for a step; it is told once more, as the outcome of a check.
+TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
+    find();
+    choose(UpdateChoice::install);
+    takeCalls();
+    source_->file.fail(UpdateError::Reason::signature, "Not signed.");
+    EXPECT_THAT(takeCalls(), ElementsAre("abort: Not signed.", "end: Not signed.", "begin", "abort: Not signed.",
+                                         "end: Not signed."));
+    EXPECT_EQ(driver_->shown.back(), "error: Not signed.");
+    EXPECT_EQ(installer_->installations, 0);
+}
+
+TEST_F(Cycle, ReportsACancelledDownloadWithoutError) {
+    find();
+    choose(UpdateChoice::install);
+    takeCalls();
+    driver_->cancel();
+    EXPECT_THAT(takeCalls(), ElementsAre("end", "begin", "end"));
+    EXPECT_EQ(driver_->shown.back(), "dismiss");
+}
+
+TEST_F(Cycle, KeepsTheOldProgramAndSaysWhyWhenTheInstallationFails) {
+    installer_->failure.emplace(UpdateError::Reason::install, "Disk full.");
+    find();
+    choose(UpdateChoice::install);
+    finishDownload();
+    choose(UpdateChoice::install);
+    EXPECT_EQ(delegate_.calls.back(), "end: Disk full.");
+    EXPECT_EQ(driver_->shown.back(), "error: Disk full.");
+    EXPECT_EQ(installer_->relaunches, 0);
+    EXPECT_FALSE(std::filesystem::exists(package()));
+}
+
+TEST_F(Cycle, OffersAKeptDownloadAtOnce) {
+    find();
+    choose(UpdateChoice::install);
+    finishDownload();
+    choose(UpdateChoice::later);
+    EXPECT_EQ(takeCalls().back(), "end");
+    EXPECT_TRUE(std::filesystem::exists(package()));
+    takeShown();
+
+    find();
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "found 0.3.0", "downloaded"));
+    EXPECT_THAT(takeShown(), ElementsAre("checking", "ready 0.3.0"));
+    choose(UpdateChoice::install);
+    EXPECT_EQ(installer_->installations, 1);
+    EXPECT_EQ(source_->downloads, 1);
+}
+
+TEST_F(Cycle, DropsAKeptDownloadForANewerReleaseOrALostFile) {
+    find();
+    choose(UpdateChoice::install);
+    finishDownload();
+    choose(UpdateChoice::later);
+
+    find("0.4.0");
+    EXPECT_EQ(driver_->shown.back(), "found 0.4.0");
+    EXPECT_FALSE(std::filesystem::exists(package()));
+    choose(UpdateChoice::install);
+    finishDownload("0.4.0");
+    choose(UpdateChoice::later);
+
+    std::filesystem::remove(package("0.4.0"));
+    find("0.4.0");
+    EXPECT_EQ(driver_->shown.back(), "found 0.4.0");
+}
+
+// The button may have announced a check of its own; it must hear again where the cycle stands.
+TEST_F(Cycle, ComesForwardAndTellsWhereItStands) {
+    check();
+    takeCalls();
+    updater_->checkForUpdates();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_EQ(driver_->shown.back(), "focus");
+    source_->found.resolve(release("0.3.0"));
+    takeCalls();
+    updater_->checkForUpdates();
+    EXPECT_THAT(takeCalls(), ElementsAre("found 0.3.0"));
+    choose(UpdateChoice::install);
+    takeCalls();
+    updater_->checkForUpdates();
+    EXPECT_THAT(takeCalls(), ElementsAre("download"));
+    finishDownload();
+    takeCalls();
+    updater_->checkForUpdates();
+    EXPECT_THAT(takeCalls(), ElementsAre("downloaded"));
+    EXPECT_EQ(driver_->shown.back(), "focus");
+    EXPECT_EQ(source_->checks, 1);
+}
+
+TEST_F(Cycle, EndsSilentlyWithTheProgram) {
+    for (int step = 0; step < 3; ++step) {
+        SCOPED_TRACE(step);
+        find();
+        if (step > 0) {
+            choose(UpdateChoice::install);
+        }
+        if (step > 1) {
+            finishDownload();
+        }
+        takeCalls();
+        updater_->stop();
+        EXPECT_THAT(takeCalls(), IsEmpty());
+        EXPECT_EQ(installer_->installations, 0);
+        EXPECT_EQ(driver_->shown.back(), "dismiss");
+        const std::weak_ptr<Updater> old = updater_;
+        restart();
+        EXPECT_TRUE(old.expired()) << "no coroutine keeps it";
+        EXPECT_FALSE(std::filesystem::exists(package()));
+    }
+}
+
+TEST_F(Cycle, NeverLooksWithoutAConfiguration) {
+    configuration_.reset();
+    source_->removals = 0;
+    for (int start = 0; start < 3; ++start) {
+        restart();
+        EXPECT_EQ(clock_.sleepers(), 0);
+    }
+    EXPECT_FALSE(updater_->canCheckForUpdates.get());
+    updater_->checkForUpdates();
+    EXPECT_THAT(takeCalls(), ElementsAre("end"));
+    EXPECT_THAT(takeShown(), ElementsAre(StartsWith("note: ")));
+    EXPECT_EQ(source_->checks, 0);
+    EXPECT_EQ(source_->removals, 0);
+}
+
+TEST_F(Cycle, RemovesWhatAnEarlierRunLeftBehind) {
+    EXPECT_EQ(source_->removals, 1);
+}
+
+} // namespace
+} // namespace fernhollow::tests
