@@ -1,5 +1,4 @@
 #include "App/Updates/StandardUserDriver.h"
-
 #include "App/Updates/UpdatePages.h"
 #include "App/Updates/UpdateWindow.h"
 #include "Support/EventLoop.h"
@@ -115,8 +114,10 @@ TEST_F(Windows, OffersAReleaseWithItsNotes) {
 }
 
 TEST_F(Windows, IsWorkedWithTheKeyboardAlone) {
-    EXPECT_EQ(offer(release("0.3.0"), [] { QTest::keyClick(window(), Qt::Key_Return); }), UpdateChoice::install);
-    EXPECT_EQ(offer(release("0.3.0"), [] { QTest::keyClick(window(), Qt::Key_Escape); }), UpdateChoice::later);
+    EXPECT_EQ(offer(release("0.3.0"), [] { QTest::keyClick(window(), Qt::Key_Return); }),
+              UpdateChoice::install);
+    EXPECT_EQ(offer(release("0.3.0"), [] { QTest::keyClick(window(), Qt::Key_Escape); }),
+              UpdateChoice::later);
     EXPECT_FALSE(window()->isVisible());
     EXPECT_EQ(offer(release("0.3.0"),
                     [] {
@@ -130,13 +131,14 @@ TEST_F(Windows, IsWorkedWithTheKeyboardAlone) {
 }
 
 TEST_F(Windows, OnlyShowsWhatIsNewWhereNothingCanBeInstalled) {
-    EXPECT_EQ(offer(release("0.3.0"),
-                    [] {
-                        EXPECT_THAT(buttons(), ElementsAre("Close"));
-                        EXPECT_THAT(texts(), HasSubstr("This build is updated from its source."));
-                        press("Close");
-                    },
-                    false),
+    EXPECT_EQ(offer(
+                  release("0.3.0"),
+                  [] {
+                      EXPECT_THAT(buttons(), ElementsAre("Close"));
+                      EXPECT_THAT(texts(), HasSubstr("This build is updated from its source."));
+                      press("Close");
+                  },
+                  false),
               UpdateChoice::later);
 }
 
@@ -163,14 +165,15 @@ TEST_F(Windows, ReadsNoMarkupAndKeepsItsSizeForAnyFeed) {
 }
 
 TEST_F(Windows, KeepsAGentleOfferOutOfSightUntilItIsAskedFor) {
-    EXPECT_EQ(offer(release("0.3.0"),
-                    [this] {
-                        EXPECT_FALSE(window()->isVisible());
-                        driver_.focus();
-                        EXPECT_TRUE(window()->isVisible());
-                        press("Remind Me Later");
-                    },
-                    true, true),
+    EXPECT_EQ(offer(
+                  release("0.3.0"),
+                  [this] {
+                      EXPECT_FALSE(window()->isVisible());
+                      driver_.focus();
+                      EXPECT_TRUE(window()->isVisible());
+                      press("Remind Me Later");
+                  },
+                  true, true),
               UpdateChoice::later);
     driver_.dismiss();
     driver_.focus(); // there is nothing to show any more
@@ -198,6 +201,8 @@ TEST_F(Windows, AsksForPermissionWithoutTakingTheKeyboard) {
 TEST_F(Windows, ShowsADownloadAndLetsItBeCancelled) {
     int cancelled = 0;
     driver_.showChecking([&] { ++cancelled; });
+    QTest::keyClick(window(), Qt::Key_Return);
+    EXPECT_EQ(cancelled, 0) << "only on purpose";
     press("Cancel");
     driver_.showChecking([&] { ++cancelled; });
     QTest::keyClick(window(), Qt::Key_Escape);
@@ -205,8 +210,10 @@ TEST_F(Windows, ShowsADownloadAndLetsItBeCancelled) {
     window()->show();
     driver_.showDownloading(release("0.3.0"), [&] { ++cancelled; });
     QProgressBar* const bar = shown<QProgressBar>().front();
-    for (const auto& [received, amount] : std::vector<std::pair<std::uint64_t, std::string>>{
-             {0, "0 bytes of 12.0 MB"}, {6'000'000, "6.0 MB of 12.0 MB"}, {12'000'000, "12.0 MB of 12.0 MB"}}) {
+    for (const auto& [received, amount] :
+         std::vector<std::pair<std::uint64_t, std::string>>{{0, "0 bytes of 12.0 MB"},
+                                                            {6'000'000, "6.0 MB of 12.0 MB"},
+                                                            {12'000'000, "12.0 MB of 12.0 MB"}}) {
         driver_.showProgress(received, 12'000'000);
         EXPECT_THAT(texts(), HasSubstr(amount));
         EXPECT_EQ(static_cast<std::uint64_t>(bar->value()) * 12'000'000 / 1000, received);

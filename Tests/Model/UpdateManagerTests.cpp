@@ -1,5 +1,4 @@
 #include "Model/UpdateManager.h"
-
 #include "Support/EventLoop.h"
 #include "Support/FakeUpdaterController.h"
 #include "Support/Releases.h"
@@ -32,9 +31,7 @@ protected:
 
     UpdaterDelegate& delegate() { return fakes_.updater->delegate; }
 
-    void enter(const UpdateState& wanted) {
-        fakes_.manager->state.set(wanted);
-    }
+    void enter(const UpdateState& wanted) { fakes_.manager->state.set(wanted); }
 
     TemporaryHome home_;
     FakelyUpdated fakes_;
@@ -76,7 +73,9 @@ const auto abortIt = [](UpdaterDelegate& d) { d.didAbortWithError(broken); };
 const auto finishIt = [](UpdaterDelegate& d) {
     d.didFinishUpdateCycleFor(UpdateCheck::scheduled, std::nullopt);
 };
-const auto finishBroken = [](UpdaterDelegate& d) { d.didFinishUpdateCycleFor(UpdateCheck::scheduled, broken); };
+const auto finishBroken = [](UpdaterDelegate& d) {
+    d.didFinishUpdateCycleFor(UpdateCheck::scheduled, broken);
+};
 
 INSTANTIATE_TEST_SUITE_P(
     Each, UpdateManagerCallback,
@@ -85,7 +84,9 @@ INSTANTIATE_TEST_SUITE_P(
         Callback{"found", [](auto& d) { d.didFindValidUpdate(newRelease); }, UpdateChecking{},
                  UpdateAvailable{"0.3.0"}, "Update found: 0.3.0"},
         Callback{"notFound", [](auto& d) { d.updaterDidNotFindUpdate("Nothing newer."); }, UpdateChecking{},
-                 UpdateUpToDate{}, "No update available (current: v" + UpdateManager::currentVersion() + "), reason: Nothing newer."},
+                 UpdateUpToDate{},
+                 "No update available (current: v" + UpdateManager::currentVersion() +
+                     "), reason: Nothing newer."},
         Callback{"abort", abortIt, UpdateChecking{}, UpdateFailed{broken}, "Error: It broke."},
         Callback{"abortOfADownload", abortIt, UpdateDownloading{}, UpdateDownloading{},
                  "Abort error ignored (state: downloading(progress: 0.0)): It broke."},

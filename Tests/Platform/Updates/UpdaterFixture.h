@@ -53,14 +53,16 @@ private:
 struct FakeSource final : UpdateSource {
     QCoro::Task<std::optional<AppcastItem>> newest(std::stop_token stop) override {
         ++checks;
-        const std::stop_callback onStop(stop, [this] { found.fail(UpdateError::Reason::cancelled, "Cancelled."); });
+        const std::stop_callback onStop(stop,
+                                        [this] { found.fail(UpdateError::Reason::cancelled, "Cancelled."); });
         co_return co_await found;
     }
-    QCoro::Task<std::shared_ptr<DownloadedUpdate>> package(AppcastItem /*item*/, UpdateTransfer::Progress report,
-                                                           std::stop_token stop) override {
+    QCoro::Task<std::shared_ptr<DownloadedUpdate>>
+    package(AppcastItem /*item*/, UpdateTransfer::Progress report, std::stop_token stop) override {
         ++downloads;
         progress = std::move(report);
-        const std::stop_callback onStop(stop, [this] { file.fail(UpdateError::Reason::cancelled, "Cancelled."); });
+        const std::stop_callback onStop(stop,
+                                        [this] { file.fail(UpdateError::Reason::cancelled, "Cancelled."); });
         co_return co_await file;
     }
     void removeLeftovers() override { ++removals; }
@@ -144,7 +146,9 @@ struct RecordingDelegate final : UpdaterDelegate, UserDriverDelegate {
     void mayPerform(UpdateCheck check) override {
         calls.emplace_back(check == UpdateCheck::scheduled ? "begin scheduled" : "begin");
     }
-    void didFindValidUpdate(const AppcastItem& item) override { calls.push_back("found " + item.displayVersion); }
+    void didFindValidUpdate(const AppcastItem& item) override {
+        calls.push_back("found " + item.displayVersion);
+    }
     void updaterDidNotFindUpdate(const std::string& /*error*/) override { calls.emplace_back("nothing"); }
     void didAbortWithError(const std::string& error) override { calls.push_back("abort: " + error); }
     void willDownloadUpdate(const AppcastItem& /*item*/) override { calls.emplace_back("download"); }
@@ -154,7 +158,8 @@ struct RecordingDelegate final : UpdaterDelegate, UserDriverDelegate {
         calls.push_back(error ? "end: " + *error : "end");
     }
     bool supportsGentleScheduledUpdateReminders() const override { return true; }
-    void standardUserDriverWillHandleShowingUpdate(bool /*handlesShowing*/, const AppcastItem& /*item*/) override {
+    void standardUserDriverWillHandleShowingUpdate(bool /*handlesShowing*/,
+                                                   const AppcastItem& /*item*/) override {
         calls.emplace_back("show");
     }
 
@@ -211,7 +216,8 @@ protected:
         const auto folder = home_.path() / ("download-" + version);
         std::filesystem::create_directory(folder);
         std::ofstream(folder / "package") << "new program";
-        source_->file.resolve(std::make_shared<DownloadedUpdate>(folder, folder / "package", release(version)));
+        source_->file.resolve(
+            std::make_shared<DownloadedUpdate>(folder, folder / "package", release(version)));
     }
 
     std::filesystem::path package(const std::string& version = "0.3.0") const {
@@ -227,7 +233,8 @@ protected:
     std::shared_ptr<FakeInstaller> installer_ = std::make_shared<FakeInstaller>();
     std::shared_ptr<FakeDriver> driver_ = std::make_shared<FakeDriver>();
     RecordingDelegate delegate_;
-    std::optional<UpdateConfiguration> configuration_{UpdateConfiguration{"https://example.org/appcast.xml", "key"}};
+    std::optional<UpdateConfiguration> configuration_{
+        UpdateConfiguration{"https://example.org/appcast.xml", "key"}};
     std::shared_ptr<Updater> updater_;
 };
 

@@ -85,8 +85,8 @@ TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
     choose(UpdateChoice::install);
     takeCalls();
     source_->file.fail(UpdateError::Reason::signature, "Not signed.");
-    EXPECT_THAT(takeCalls(), ElementsAre("abort: Not signed.", "end: Not signed.", "begin", "abort: Not signed.",
-                                         "end: Not signed."));
+    EXPECT_THAT(takeCalls(), ElementsAre("abort: Not signed.", "end: Not signed.", "begin",
+                                         "abort: Not signed.", "end: Not signed."));
     EXPECT_EQ(driver_->shown.back(), "error: Not signed.");
     EXPECT_EQ(installer_->installations, 0);
 }

@@ -26,7 +26,8 @@ StandardUserDriver::~StandardUserDriver() = default;
 
 QCoro::Task<std::optional<bool>> StandardUserDriver::askPermission() {
     const Question<std::optional<bool>> question;
-    present(UpdatePages::permission(question), Showing::quietly, [question] { question.answer(std::nullopt); });
+    present(UpdatePages::permission(question), Showing::quietly,
+            [question] { question.answer(std::nullopt); });
     return answerTo(question);
 }
 

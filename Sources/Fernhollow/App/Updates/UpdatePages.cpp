@@ -21,6 +21,12 @@ std::function<void()> choose(const Question<UpdateChoice>& question, UpdateChoic
     return [question, choice] { question.answer(choice); };
 }
 
+// Not the default: whoever presses Return twice does not want to break off what they began.
+UpdatePage withCancelButton(UpdatePage page, std::function<void()> cancel) {
+    page.buttons = {{.text = QStringLiteral("Cancel"), .chosen = std::move(cancel)}};
+    return page;
+}
+
 // A button that does what closing the window does.
 UpdatePage withCloseButton(UpdatePage page, const QString& text, std::function<void()> close) {
     page.buttons = {{.text = text, .chosen = std::move(close), .isDefault = true}};
@@ -56,7 +62,7 @@ UpdatePage checking(std::function<void()> cancel) {
     UpdatePage page{.title = QStringLiteral("Checking for updates..."),
                     .progress = UpdatePage::Progress::busy,
                     .closed = cancel};
-    return withCloseButton(std::move(page), QStringLiteral("Cancel"), std::move(cancel));
+    return withCancelButton(std::move(page), std::move(cancel));
 }
 
 UpdatePage found(const AppcastItem& item, const std::string& currentVersion, bool canInstall,
@@ -79,7 +85,7 @@ UpdatePage downloading(const AppcastItem& item, std::function<void()> cancel) {
     UpdatePage page{.title = QStringLiteral("Downloading Fernhollow %1...").arg(version(item)),
                     .progress = UpdatePage::Progress::measured,
                     .closed = cancel};
-    return withCloseButton(std::move(page), QStringLiteral("Cancel"), std::move(cancel));
+    return withCancelButton(std::move(page), std::move(cancel));
 }
 
 UpdatePage ready(const AppcastItem& item, const Question<UpdateChoice>& question) {

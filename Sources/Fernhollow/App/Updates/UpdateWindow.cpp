@@ -12,6 +12,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace fernhollow {
@@ -24,6 +25,7 @@ constexpr int buttonSpacing = 8;
 constexpr double windowWidth = 500; // points; the longest row of buttons and the icon fit
 constexpr double iconSide = 56;
 constexpr double notesHeight = 180;
+constexpr double progressHeight = 10;
 constexpr int progressSteps = 1000;
 constexpr int longestVersion = 32;
 constexpr int longestWord = 40;
@@ -90,6 +92,7 @@ UpdateWindow::UpdateWindow(QWidget* parent)
     setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
     setModal(false);
     progress_->setTextVisible(false);
+    progress_->setFixedHeight(Theme::scaled(progressHeight));
     progress_->setAccessibleName(QStringLiteral("Progress"));
     buttons_->setSpacing(buttonSpacing);
 
@@ -137,6 +140,7 @@ void UpdateWindow::addButtons(std::vector<UpdatePage::Button> buttons) {
         }
         delete item;
     }
+    const bool hasDefault = std::ranges::any_of(buttons, &UpdatePage::Button::isDefault);
     bool isStretched = false;
     for (auto& [text, chosen, isDefault, isApart] : buttons) {
         if (!isApart && !std::exchange(isStretched, true)) {
@@ -145,13 +149,14 @@ void UpdateWindow::addButtons(std::vector<UpdatePage::Button> buttons) {
         auto* button = new QPushButton(text, this);
         button->setProperty(isDefault ? "prominent" : "secondary", true);
         button->setFont(Theme::font(Theme::TextStyle::body));
-        button->setAutoDefault(true);
+        button->setAutoDefault(hasDefault);
         button->setDefault(isDefault);
         connect(button, &QPushButton::clicked, this, [choose = std::move(chosen)] {
             const auto chosenNow = choose; // outlives the button
             chosenNow();
         });
         buttons_->addWidget(button);
+        button->show(); // now, not in a later turn of the event loop: the size depends on it
         if (isDefault) {
             button->setFocus();
         }

@@ -19,8 +19,8 @@ class UserDriver {
 public:
     virtual ~UserDriver() = default;
 
-    /// Whether to look for updates once a day; asked at the second start. Absent when the window was closed without
-    /// a choice, which the end of the program does too.
+    /// Whether to look for updates once a day; asked at the second start. Absent when the window was closed
+    /// without a choice, which the end of the program does too.
     virtual QCoro::Task<std::optional<bool>> askPermission() = 0;
 
     /// A check that the person started is under way; `cancel` breaks it off.
