@@ -27,7 +27,8 @@ class Updates(DesktopTest):
         cls.site = Site(cls.desktop.folder / "site")
         cls.addClassCleanup(cls.site.end)
         cls.maker = Maker(cls.desktop.folder / "maker", cls.site)
-        cls.old, cls.new = cls.maker.package("0.1.0"), cls.maker.package("0.2.0")
+        # Large enough to be caught in the middle of things.
+        cls.old, cls.new = cls.maker.package("0.1.0"), cls.maker.package("0.2.0", 24_000_000)
         cls.maker.publish("0.2.0", cls.new, NOTES)
 
     def setUp(self):
@@ -191,11 +192,19 @@ class Updates(DesktopTest):
         self.install()
         self.program.click("push button", "Install and Relaunch")
         # Whenever this kill comes, the file is the one or the other.
-        wait_until(lambda: len(list(self.installed.parent.iterdir())) > 1 or self.is_new(), "a file", pause=0.0005)
-        self.program.signal(signal.SIGKILL)
+        folder = self.installed.parent
+        wait_until(lambda: len(os.listdir(folder)) > 1 or self.is_new(), "a new file", pause=0.0005)
+        os.kill(self.program.process.pid, signal.SIGKILL)
+        self.program.wait()
         self.assertIn(self.installed.read_bytes(), (self.old.read_bytes(), self.new.read_bytes()))
         version = self.program.command("--version").stdout.strip()
         self.assertEqual(version, "Fernhollow " + ("0.2.0" if self.is_new() else "0.1.0"))
+        if not self.is_new():
+            self.begin()
+            self.install()
+            self.program.click("push button", "Install and Relaunch")
+            self.expect_successor(starts=3)
+        self.assertEqual(os.listdir(folder), [self.installed.name], "nothing left of the first attempt")
 
     def is_new(self):
         return self.installed.stat().st_ino != self.old_inode

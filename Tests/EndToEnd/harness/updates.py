@@ -92,13 +92,14 @@ class Maker:
         if not os.environ.get("FERNHOLLOW_SANITIZED"):  # whose reports need the symbols
             subprocess.run(["strip", self._program], check=True, timeout=120)
 
-    def package(self, version):
-        """The release in one file."""
+    def package(self, version, libraries=0):
+        """The release in one file, with so many bytes of what others would bring along."""
         file = self._folder / f"Fernhollow-{version}.AppImage"
         appdir = self._folder / f"appdir-{version}"
         home = appdir / "usr/lib/fernhollow"
         home.mkdir(parents=True)
         os.link(self._program, home / "fernhollow")
+        (home / "libraries").write_bytes(os.urandom(libraries))
         (home / "fernhollow.json").write_text(json.dumps(self._facts(version)))
         (appdir / "AppRun").write_text(APP_RUN)
         (appdir / "AppRun").chmod(0o755)
