@@ -8,8 +8,8 @@ namespace fernhollow {
 /// One release in an appcast: an `item` of the RSS feed with its `enclosure`. Texts are UTF-8; what the feed
 /// leaves out is empty.
 struct AppcastItem {
-    std::string version;              ///< what is compared, for example "0.2.0"
-    std::string displayVersion;       ///< what people read: the short version, else `version`
+    std::string version;        ///< what is compared, for example "0.2.0"
+    std::string displayVersion; ///< what people read: the short version, else `version`
     std::string title;
     std::string releaseNotes;         ///< plain text of the `description`
     std::string link;                 ///< the release's page
