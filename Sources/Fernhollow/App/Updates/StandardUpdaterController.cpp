@@ -29,10 +29,11 @@ StandardUpdaterController::StandardUpdaterController(Clock& clock, UpdaterDelega
                                                      UserDriverDelegate& userDriverDelegate)
     : driver_(std::make_shared<StandardUserDriver>(std::string(applicationVersion()),
                                                    QDBusConnection::sessionBus())) {
-    std::shared_ptr<UpdateInstaller> installer = makeUpdateInstaller();
     const auto configuration = readUpdateConfiguration();
+    std::shared_ptr<UpdateInstaller> installer;
     std::shared_ptr<UpdateSource> source;
     if (configuration) {
+        installer = makeUpdateInstaller();
         source = makeAppcastSource(clock, *configuration, comparedVersion(), installer->packageType(),
                                    downloadFolder());
     }

@@ -115,16 +115,7 @@ PackageInstaller::State::install(std::shared_ptr<State> self, std::shared_ptr<Do
 }
 
 bool isInPackage(const fs::path& executable, const fs::path& info) {
-    std::error_code error;
-    for (fs::directory_iterator entry(info, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string name = entry->path().filename().native();
-        const bool isOurs = name == std::string(packageName) + ".list" ||
-                            (name.starts_with(std::string(packageName) + ":") && name.ends_with(".list"));
-        if (isOurs && lists(entry->path(), executable.native())) {
-            return true;
-        }
-    }
-    return false;
+    return lists(info / (std::string(packageName) + ".list"), executable.native());
 }
 
 PackageInstaller::PackageInstaller(Surroundings surroundings)

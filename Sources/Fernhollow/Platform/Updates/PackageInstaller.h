@@ -8,7 +8,7 @@
 
 namespace fernhollow {
 
-/// Whether `executable` belongs to our Debian package, by the lists of files in dpkg's folder `info`.
+/// Whether `executable` belongs to our Debian package, by its list of files in dpkg's folder `info`.
 bool isInPackage(const std::filesystem::path& executable, const std::filesystem::path& info);
 
 /// Hands a Debian package to the installer of the desktop, which asks for the rights that we do not have: to

@@ -27,8 +27,8 @@ class Updater : public Observable, public std::enable_shared_from_this<Updater> 
 public:
     struct Surroundings {
         Clock& clock;
-        std::shared_ptr<UpdateSource> source; ///< absent without a configuration
-        std::shared_ptr<UpdateInstaller> installer;
+        std::shared_ptr<UpdateSource> source;       ///< absent without a configuration
+        std::shared_ptr<UpdateInstaller> installer; ///< likewise
         std::shared_ptr<UserDriver> driver;
         std::function<void()> quit; ///< ends the program in good order, so that the new one can start
     };
