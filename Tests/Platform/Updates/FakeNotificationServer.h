@@ -17,6 +17,9 @@ public:
         bus_.registerObject(u"/org/freedesktop/Notifications"_qs, this,
                             QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
         bus_.registerService(u"org.freedesktop.Notifications"_qs);
+        QDBusConnection::sessionBus().connect({}, u"/org/freedesktop/Notifications"_qs,
+                                              u"org.freedesktop.Notifications"_qs, u"NotificationClosed"_qs,
+                                              this, SLOT(hear()));
     }
     ~FakeNotificationServer() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
@@ -25,6 +28,7 @@ public:
     QVariantMap hints;   ///< of the last one
     QList<uint> replaced;
     QList<uint> closed;
+    int heard = 0; ///< closings that have reached the programs
 
 public Q_SLOTS:
     uint Notify(const QString&, uint replaces, const QString&, const QString& summary, const QString&,
@@ -42,6 +46,8 @@ Q_SIGNALS:
     void NotificationClosed(uint id, uint reason);
 
 private:
+    Q_SLOT void hear() { ++heard; }
+
     inline static int count_ = 0;
     QDBusConnection bus_ =
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"notifications-%1"_qs.arg(++count_));

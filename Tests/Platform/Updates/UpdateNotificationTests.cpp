@@ -2,6 +2,8 @@
 #include "Platform/Updates/UpdateNotification.h"
 #include "Support/EventLoop.h"
 
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <gmock/gmock.h>
 
 namespace fernhollow::tests {
@@ -61,6 +63,7 @@ TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
 
     show("0.5.0");
     Q_EMIT server_.NotificationClosed(42, 2);
+    ASSERT_TRUE(waitUntil([this] { return server_.heard == 1; }));
     Q_EMIT server_.ActionInvoked(42, u"default"_qs); // too late
     show("0.6.0");
     EXPECT_EQ(server_.replaced.last(), 0);
