@@ -62,7 +62,7 @@ QPlainTextEdit* makeNotes() {
 } // namespace
 
 QString shortenedVersion(const QString& text) {
-    const QString line = text.simplified();
+    QString line = text.simplified();
     if (line.size() <= longestVersion) {
         return line;
     }

@@ -155,7 +155,7 @@ std::optional<QUrl> redirection(const QNetworkReply& reply, const QUrl& from, Up
     if (status < firstRedirection || status >= firstRefusal || target.isEmpty()) {
         return std::nullopt;
     }
-    const QUrl next = from.resolved(target);
+    QUrl next = from.resolved(target);
     if (!isSameOrigin(next, from)) {
         throw UpdateError(failure, "The server of the updates sends us elsewhere: " +
                                        next.toString(QUrl::FullyEncoded).toStdString());
