@@ -48,8 +48,9 @@ public:
         // Queued: breaking off finishes the reply while it is still at work.
         QObject::connect(
             &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
-        QObject::connect(&reply_, &QNetworkReply::metaDataChanged, &reply_,
-                         [this] { guard([this] { begin(); }); });
+        QObject::connect(
+            &reply_, &QNetworkReply::metaDataChanged, &reply_, [this] { guard([this] { begin(); }); },
+            Qt::QueuedConnection);
         QObject::connect(&reply_, &QNetworkReply::readyRead, &reply_, [this] { guard([this] { take(); }); });
         watch();
         onStop_.emplace(stop_, Stop{this});
@@ -89,10 +90,16 @@ private:
         }
     }
 
+    // Not at once: the reply may be at work, and would fail twice.
     void abort() {
-        if (reply_.isRunning()) {
-            reply_.abort();
-        }
+        QMetaObject::invokeMethod(
+            &reply_,
+            [&reply = reply_] {
+                if (reply.isRunning()) {
+                    reply.abort();
+                }
+            },
+            Qt::QueuedConnection);
     }
 
     void begin() {
@@ -104,7 +111,7 @@ private:
     }
 
     void take() {
-        if (!reply_.isOpen()) {
+        if (reason_ || !reply_.isOpen()) {
             return; // broken off
         }
         isAlive_ = true;
