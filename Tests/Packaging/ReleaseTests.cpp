@@ -41,7 +41,7 @@ protected:
     std::string read(const char* name) const { return contents(home_.path() / name); }
 
     std::string makeKeys(const char* name = "key") {
-        return run({u"keys"_qs, path(name)}).output.substr(0, 44);
+        return run({QStringLiteral("keys"), path(name)}).output.substr(0, 44);
     }
 
     void tellProgram(const std::string& publicKey) const {
@@ -52,9 +52,10 @@ protected:
 
     Done publish(const QStringList& more = {}, const char* url = "https://example.org/F.AppImage",
                  const char* type = "appimage") {
-        return run(QStringList{u"feed"_qs, u"--key"_qs, path("key"), u"--program"_qs, path("fernhollow.json"),
-                               u"--package-type"_qs, QString::fromLatin1(type), u"--url"_qs,
-                               QString::fromLatin1(url)} +
+        return run(QStringList{QStringLiteral("feed"), QStringLiteral("--key"), path("key"),
+                               QStringLiteral("--program"), path("fernhollow.json"),
+                               QStringLiteral("--package-type"), QString::fromLatin1(type),
+                               QStringLiteral("--url"), QString::fromLatin1(url)} +
                    more + QStringList{path("package"), path("appcast.xml")});
     }
 
@@ -67,27 +68,27 @@ protected:
 };
 
 TEST_F(ReleaseCommand, MakesKeysForTheirOwnerAloneAndNeverTwice) {
-    const Done made = run({u"keys"_qs, path("key")});
+    const Done made = run({QStringLiteral("keys"), path("key")});
     EXPECT_EQ(made.status, 0) << made.error;
     EXPECT_THAT(made.output, MatchesRegex("[A-Za-z0-9+/]{43}=\n"));
     EXPECT_EQ(tests::modeOf(home_.path() / "key"), 0600U);
     EXPECT_THAT(read("key"), testing::Not(HasSubstr(made.output)));
 
     const std::string key = read("key");
-    EXPECT_THAT(run({u"keys"_qs, path("key")}).error, HasSubstr("File exists"));
+    EXPECT_THAT(run({QStringLiteral("keys"), path("key")}).error, HasSubstr("File exists"));
     EXPECT_EQ(read("key"), key);
-    EXPECT_NE(run({u"keys"_qs, path("other")}).output, made.output);
+    EXPECT_NE(run({QStringLiteral("keys"), path("other")}).output, made.output);
 }
 
 TEST_F(ReleaseCommand, SignsPackages) {
     const std::string publicKey = makeKeys();
     write("package", std::string("p\0ckage", 7));
-    const Done done = run({u"sign"_qs, u"--key"_qs, path("key"), path("package")});
+    const Done done = run({QStringLiteral("sign"), QStringLiteral("--key"), path("key"), path("package")});
     ASSERT_THAT(done.output, MatchesRegex("fernhollow:edSignature=\"[^\"]{88}\" length=\"7\"\n"));
     EXPECT_TRUE(isSignedBy(publicKey, done.output.substr(24, 88), std::string_view("p\0ckage", 7)));
 
     ::chmod((home_.path() / "key").c_str(), 0640);
-    const Done refused = run({u"sign"_qs, u"--key"_qs, path("key"), path("package")});
+    const Done refused = run({QStringLiteral("sign"), QStringLiteral("--key"), path("key"), path("package")});
     EXPECT_EQ(refused.status, 1);
     EXPECT_THAT(refused.error, HasSubstr("others can read this key"));
     EXPECT_THAT(refused.output, IsEmpty());
@@ -98,8 +99,9 @@ TEST_F(ReleaseCommand, WritesAFeedThatProgramsTakeAndThatNobodyElseCanChange) {
     tellProgram(publicKey);
     write("package", "package");
     write("notes", "Faster & smaller: <b> is no tag here.\r\n- \"quotes\"\n- Ünïcode\n");
-    const Done done = publish({u"--notes"_qs, path("notes"), u"--minimum-system-version"_qs, u"5.10"_qs,
-                               u"--link"_qs, u"https://example.org/0.2"_qs});
+    const Done done = publish({QStringLiteral("--notes"), path("notes"),
+                               QStringLiteral("--minimum-system-version"), QStringLiteral("5.10"),
+                               QStringLiteral("--link"), QStringLiteral("https://example.org/0.2")});
     ASSERT_EQ(done.status, 0) << done.error;
 
     const auto found = newestUpdate(parseAppcast(read("appcast.xml")), host(publicKey));
@@ -126,7 +128,7 @@ TEST_F(ReleaseCommand, KeepsOtherReleasesAndReplacesItsOwn) {
     const std::string publicKey = makeKeys();
     tellProgram(publicKey);
     write("package", "first");
-    ASSERT_EQ(publish({u"--version"_qs, u"0.1.5"_qs}).status, 0);
+    ASSERT_EQ(publish({QStringLiteral("--version"), QStringLiteral("0.1.5")}).status, 0);
     ASSERT_EQ(publish({}, "https://example.org/f.deb", "deb").status, 0);
     ASSERT_EQ(publish().status, 0);
     write("package", "second");
@@ -155,7 +157,7 @@ TEST_F(ReleaseCommand, WritesNothingThatProgramsWouldRefuse) {
     expectRefused(publish({}, "https://elsewhere.org/F.AppImage"), "another host");
     expectRefused(publish({}, "http://example.org/F.AppImage"), "plain HTTP");
     expectRefused(publish({}, "https://example.org/F.AppImage", "rpm"), "a kind that nobody installs");
-    expectRefused(publish({u"--notes"_qs, path("missing")}), "notes that are not there");
+    expectRefused(publish({QStringLiteral("--notes"), path("missing")}), "notes that are not there");
     write("package", "");
     expectRefused(publish(), "an empty package");
     write("package", "package");

@@ -87,7 +87,7 @@ TEST(Processes, AreReadFromTheSystem) {
     const auto program = surroundings.path() / "my program";
     std::filesystem::copy_file("/bin/sleep", program);
     QProcess child;
-    child.start(QString::fromStdString(program), {u"60"_qs});
+    child.start(QString::fromStdString(program), {QStringLiteral("60")});
     ASSERT_TRUE(child.waitForStarted());
     std::filesystem::remove(program); // as an update replaces what runs
     EXPECT_TRUE(waitUntil([&] {

@@ -110,7 +110,9 @@ TEST_F(Tap, CountsNoModifierOfTheLayoutChosenMeanwhile) {
     };
     for (const Layout& layout : layouts) {
         SCOPED_TRACE(layout.arguments);
-        ASSERT_EQ(QProcess::execute(u"setxkbmap"_qs, QString::fromLatin1(layout.arguments).split(u' ')), 0);
+        ASSERT_EQ(
+            QProcess::execute(QStringLiteral("setxkbmap"), QString::fromLatin1(layout.arguments).split(u' ')),
+            0);
         if (!tap) {
             start();
         }
@@ -179,7 +181,7 @@ TEST_F(Trust, IsRefusedUnderWaylandEvenWithAnXServer) {
 }
 
 TEST_F(Trust, IsRefusedWithoutTheRecordExtension) {
-    const VirtualDisplay display({u"-extension"_qs, u"RECORD"_qs});
+    const VirtualDisplay display({QStringLiteral("-extension"), QStringLiteral("RECORD")});
     surroundings.set("DISPLAY", display.name());
     for (int second = 0; second < 5; ++second) {
         EXPECT_FALSE(provider->isProcessTrusted(false));

@@ -6,23 +6,23 @@ namespace fernhollow::tests {
 
 TEST(CompactCount, FitsAnIconInEveryLocale) {
     const std::vector<std::pair<QString, QString>> shortenings{
-        {u"0"_qs, u"0"_qs},
-        {u"999"_qs, u"999"_qs},
-        {u"1,000"_qs, u"1.0k"_qs},
-        {u"9,999"_qs, u"9.9k"_qs}, // never more than there is
-        {u"999,999"_qs, u"999k"_qs},
-        {u"1,234,567"_qs, u"1.2M"_qs},
-        {u"9,223,372,036,854,775,807"_qs, u"9.2E"_qs},
-        {u"1.234"_qs, u"1,2k"_qs},           // pt-BR, de
-        {u"1234"_qs, u"1,2k"_qs},            // es, pl, pt-PT
-        {u"1\u202f234"_qs, u"1,2k"_qs},      // fr
-        {u"1\u2019234"_qs, u"1.2k"_qs},      // de-CH
-        {u"12,34,567"_qs, u"1.2M"_qs},       // hi, en-IN
-        {u"१,२३४"_qs, u"१.२k"_qs},           // hi, Devanagari
-        {u"١\u066c٢٣٤"_qs, u"١\u066b٢k"_qs}, // ar
-        {u"𞥑𞥒,𞥓𞥔𞥕"_qs, u"𞥑𞥒k"_qs},           // ff, Adlam: two units a digit
-        {u""_qs, u""_qs},
-        {u"paused"_qs, u"paus"_qs},
+        {QStringLiteral("0"), QStringLiteral("0")},
+        {QStringLiteral("999"), QStringLiteral("999")},
+        {QStringLiteral("1,000"), QStringLiteral("1.0k")},
+        {QStringLiteral("9,999"), QStringLiteral("9.9k")}, // never more than there is
+        {QStringLiteral("999,999"), QStringLiteral("999k")},
+        {QStringLiteral("1,234,567"), QStringLiteral("1.2M")},
+        {QStringLiteral("9,223,372,036,854,775,807"), QStringLiteral("9.2E")},
+        {QStringLiteral("1.234"), QStringLiteral("1,2k")},           // pt-BR, de
+        {QStringLiteral("1234"), QStringLiteral("1,2k")},            // es, pl, pt-PT
+        {QStringLiteral("1\u202f234"), QStringLiteral("1,2k")},      // fr
+        {QStringLiteral("1\u2019234"), QStringLiteral("1.2k")},      // de-CH
+        {QStringLiteral("12,34,567"), QStringLiteral("1.2M")},       // hi, en-IN
+        {QStringLiteral("१,२३४"), QStringLiteral("१.२k")},           // hi, Devanagari
+        {QStringLiteral("١\u066c٢٣٤"), QStringLiteral("١\u066b٢k")}, // ar
+        {QStringLiteral("𞥑𞥒,𞥓𞥔𞥕"), QStringLiteral("𞥑𞥒k")},           // ff, Adlam: two units a digit
+        {QStringLiteral(""), QStringLiteral("")},
+        {QStringLiteral("paused"), QStringLiteral("paus")},
     };
     for (const auto& [exact, compact] : shortenings) {
         EXPECT_EQ(compactCount(exact).toStdString(), compact.toStdString()) << exact.toStdString();

@@ -6,7 +6,8 @@ namespace fernhollow::tests {
 
 TEST(CountIcon, KeepsItsTextInsideThePlateAndFillsIt) {
     for (const int side : {16, 22, 24, 32, 48, 64}) {
-        for (const auto& text : {u"7"_qs, u"888"_qs, u"1.2k"_qs, u"888k"_qs, u"\u221212M"_qs}) {
+        for (const auto& text : {QStringLiteral("7"), QStringLiteral("888"), QStringLiteral("1.2k"),
+                                 QStringLiteral("888k"), QStringLiteral("\u221212M")}) {
             const QImage image = CountIcon(text).drawSquare(side);
             EXPECT_LT(qGray(CountIcon({}).drawSquare(side).pixel(side / 2, side / 2)), 70) << "a dark plate";
             QRect ink;

@@ -18,10 +18,10 @@ class FakeNotifierHost : public QObject {
 
 public:
     explicit FakeNotifierHost(bool withHost = true) : hasHost_(withHost) {
-        bus_.registerObject(u"/StatusNotifierWatcher"_qs, this,
+        bus_.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
                             QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
                                 QDBusConnection::ExportAllProperties);
-        bus_.registerService(u"org.kde.StatusNotifierWatcher"_qs);
+        bus_.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
         bus_.connect({}, itemPath, itemInterface, {}, this, SLOT(hear(QDBusMessage)));
     }
     ~FakeNotifierHost() override { QDBusConnection::disconnectFromBus(bus_.name()); }
@@ -33,8 +33,8 @@ public:
 
     /// All properties of the item registered last, as a host asks for them.
     QVariantMap properties() {
-        const QDBusPendingReply<QVariantMap> reply =
-            call(u"org.freedesktop.DBus.Properties"_qs, u"GetAll"_qs, {itemInterface});
+        const QDBusPendingReply<QVariantMap> reply = call(QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                          QStringLiteral("GetAll"), {itemInterface});
         return waitUntil([&] { return reply.isFinished(); }) ? reply.value() : QVariantMap();
     }
     QDBusPendingCall call(const QString& interface, const QString& method, const QVariantList& arguments) {
@@ -50,8 +50,8 @@ public:
     std::map<QString, int> signalCounts;
     QString label;
 
-    const QString itemPath = u"/StatusNotifierItem"_qs;
-    const QString itemInterface = u"org.kde.StatusNotifierItem"_qs;
+    const QString itemPath = QStringLiteral("/StatusNotifierItem");
+    const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 
 public Q_SLOTS:
     void RegisterStatusNotifierItem(const QString& service) { items.append(service); }
@@ -69,8 +69,8 @@ private:
     }
 
     inline static int count_ = 0;
-    QDBusConnection bus_ =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"fake-host-%1"_qs.arg(++count_));
+    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                                         QStringLiteral("fake-host-%1").arg(++count_));
     bool hasHost_;
 };
 

@@ -48,34 +48,35 @@ TEST(StatusItemPresence, FollowsTheHostsOfAWatcherThatStays) {
     FakeNotifierHost bar(false);
     StatusItem item;
     ASSERT_TRUE(waitUntil([&] { return bar.items.size() == 1; }));
-    item.setTitle(u"1"_qs);
+    item.setTitle(QStringLiteral("1"));
     pause(100);
-    item.setTitle(u"2,000"_qs);
+    item.setTitle(QStringLiteral("2,000"));
     pause(100);
     EXPECT_FALSE(item.isShown());
     EXPECT_THAT(bar.signalCounts, IsEmpty()) << "nobody listens";
     bar.setHost(true);
     EXPECT_TRUE(waitUntilShown(item));
-    EXPECT_EQ(bar.properties()[u"Title"_qs], u"2,000"_qs);
+    EXPECT_EQ(bar.properties()[QStringLiteral("Title")], QStringLiteral("2,000"));
     bar.setHost(false);
     EXPECT_TRUE(waitUntilShown(item, false));
 }
 
 TEST(StatusItemPresence, DoesWithoutABus) {
-    StatusNotifier notifier(QDBusConnection(u"no such connection"_qs), StatusNotifier::Icons::WideIcons);
-    notifier.setTitle(u"12,345"_qs);
+    StatusNotifier notifier(QDBusConnection(QStringLiteral("no such connection")),
+                            StatusNotifier::Icons::WideIcons);
+    notifier.setTitle(QStringLiteral("12,345"));
     EXPECT_EQ(notifier.watcher(), StatusNotifier::Watcher::Absent);
     // Bars that keep wide pictures take the largest, which shows the whole text.
     const auto widest = notifier.images().last();
     EXPECT_GT(widest.width, 2 * widest.height);
-    notifier.setTitle(u"999"_qs);
+    notifier.setTitle(QStringLiteral("999"));
     EXPECT_EQ(notifier.images().size(), 5) << "the squares hold all of it";
 }
 
 class StatusItemInABar : public testing::Test {
 protected:
     void SetUp() override {
-        item.setTitle(u"12,345"_qs);
+        item.setTitle(QStringLiteral("12,345"));
         ASSERT_TRUE(waitUntilShown(item));
         pause(60); // what follows is the first change for a while
     }
@@ -86,19 +87,21 @@ protected:
 
 TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {
     const auto properties = bar.properties();
-    for (const auto& [name, value] : std::map<QString, QVariant>{{u"Title"_qs, u"12,345"_qs},
-                                                                 {u"XAyatanaLabel"_qs, u"12,345"_qs},
-                                                                 {u"Id"_qs, u"app.fernhollow.Fernhollow"_qs},
-                                                                 {u"Category"_qs, u"ApplicationStatus"_qs},
-                                                                 {u"Status"_qs, u"Active"_qs},
-                                                                 {u"ItemIsMenu"_qs, false}}) {
+    for (const auto& [name, value] :
+         std::map<QString, QVariant>{{QStringLiteral("Title"), QStringLiteral("12,345")},
+                                     {QStringLiteral("XAyatanaLabel"), QStringLiteral("12,345")},
+                                     {QStringLiteral("Id"), QStringLiteral("app.fernhollow.Fernhollow")},
+                                     {QStringLiteral("Category"), QStringLiteral("ApplicationStatus")},
+                                     {QStringLiteral("Status"), QStringLiteral("Active")},
+                                     {QStringLiteral("ItemIsMenu"), false}}) {
         EXPECT_EQ(properties[name], value) << name.toStdString();
     }
-    EXPECT_FALSE(properties.contains(u"Menu"_qs));
-    EXPECT_EQ(qdbus_cast<NotifierToolTip>(properties[u"ToolTip"_qs]).title, u"12,345"_qs);
+    EXPECT_FALSE(properties.contains(QStringLiteral("Menu")));
+    EXPECT_EQ(qdbus_cast<NotifierToolTip>(properties[QStringLiteral("ToolTip")]).title,
+              QStringLiteral("12,345"));
 
     std::vector<int> widths;
-    for (const auto& image : qdbus_cast<NotifierImages>(properties[u"IconPixmap"_qs])) {
+    for (const auto& image : qdbus_cast<NotifierImages>(properties[QStringLiteral("IconPixmap")])) {
         widths.push_back(image.width);
         EXPECT_EQ(image.height, image.width);
         ASSERT_EQ(image.pixels.size(), 4 * image.width * image.height);
@@ -112,7 +115,8 @@ TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {
 TEST_F(StatusItemInABar, HandsOnEveryClick) {
     int clicks = 0;
     QObject::connect(&item, &StatusItem::clicked, &item, [&] { ++clicks; });
-    for (const auto& method : {u"Activate"_qs, u"SecondaryActivate"_qs, u"ContextMenu"_qs}) {
+    for (const auto& method :
+         {QStringLiteral("Activate"), QStringLiteral("SecondaryActivate"), QStringLiteral("ContextMenu")}) {
         bar.call(bar.itemInterface, method, {10, 20});
         EXPECT_TRUE(waitUntil([&] { return clicks == 1; })) << method.toStdString();
         clicks = 0;
@@ -120,16 +124,16 @@ TEST_F(StatusItemInABar, HandsOnEveryClick) {
 }
 
 TEST_F(StatusItemInABar, ShowsAChangeAtOnceAndANewIconWhenItDiffers) {
-    item.setTitle(u"12,346"_qs);
+    item.setTitle(QStringLiteral("12,346"));
     ASSERT_TRUE(waitUntil([&] { return bar.signalCounts.size() == 3; }));
     EXPECT_EQ(bar.label, u"12,346");
-    EXPECT_EQ(bar.signalCounts[u"NewIcon"_qs], 0) << "the icon says 12k as before";
-    item.setTitle(u"13,000"_qs);
-    EXPECT_TRUE(waitUntil([&] { return bar.signalCounts[u"NewIcon"_qs] == 1; }));
-    item.setTitle(u"13,000"_qs);
+    EXPECT_EQ(bar.signalCounts[QStringLiteral("NewIcon")], 0) << "the icon says 12k as before";
+    item.setTitle(QStringLiteral("13,000"));
+    EXPECT_TRUE(waitUntil([&] { return bar.signalCounts[QStringLiteral("NewIcon")] == 1; }));
+    item.setTitle(QStringLiteral("13,000"));
     pause(150);
-    EXPECT_EQ(bar.signalCounts[u"NewTitle"_qs], 2);
-    EXPECT_EQ(bar.signalCounts[u"NewToolTip"_qs], 2);
+    EXPECT_EQ(bar.signalCounts[QStringLiteral("NewTitle")], 2);
+    EXPECT_EQ(bar.signalCounts[QStringLiteral("NewToolTip")], 2);
 }
 
 TEST_F(StatusItemInABar, TellsFewOfManyChangesAndAlwaysTheLast) {
@@ -141,8 +145,8 @@ TEST_F(StatusItemInABar, TellsFewOfManyChangesAndAlwaysTheLast) {
     }
     EXPECT_TRUE(waitUntil([&] { return bar.label == u"1000"; }));
     pause(150);
-    EXPECT_EQ(bar.label, u"1000"_qs);
-    EXPECT_THAT(bar.signalCounts[u"NewTitle"_qs], AllOf(Ge(2), Le(8)));
+    EXPECT_EQ(bar.label, QStringLiteral("1000"));
+    EXPECT_THAT(bar.signalCounts[QStringLiteral("NewTitle")], AllOf(Ge(2), Le(8)));
 }
 
 } // namespace fernhollow::tests

@@ -11,7 +11,8 @@ int main(int argc, char** argv) {
     const fernhollow::tests::TemporaryHome home;
     // A session bus for this program alone. libdbus reads the address once, so it lasts as long as we do.
     QProcess bus;
-    bus.start(u"dbus-daemon"_qs, {u"--session"_qs, u"--nofork"_qs, u"--print-address"_qs});
+    bus.start(QStringLiteral("dbus-daemon"),
+              {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     bus.waitForReadyRead();
     const EnvironmentGuard address("DBUS_SESSION_BUS_ADDRESS", bus.readLine().trimmed().toStdString());
     const QCoreApplication application(argc, argv);

@@ -18,8 +18,10 @@ public:
         server_.setStandardErrorFile(QProcess::nullDevice());
         // A crashed test leaves no server behind.
         server_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-        server_.start(u"Xvfb"_qs,
-                      u"-displayfd 1 -noreset -nolisten tcp -screen 0 1024x768x24"_qs.split(u' ') + options);
+        server_.start(
+            QStringLiteral("Xvfb"),
+            QStringLiteral("-displayfd 1 -noreset -nolisten tcp -screen 0 1024x768x24").split(u' ') +
+                options);
         while (!server_.canReadLine() && server_.waitForReadyRead(20'000)) {
         }
         name_ = ":" + server_.readLine().trimmed().toStdString();

@@ -20,12 +20,12 @@ constexpr const char* smallField =
 } // namespace
 
 AppBreakdownView::AppBreakdownView(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent)
-    : DashboardCard(u"Apps Breakdown"_qs, parent), model_(std::move(model)), clock_(clock),
+    : DashboardCard(QStringLiteral("Apps Breakdown"), parent), model_(std::move(model)), clock_(clock),
       date_(Theme::makeLabel({}, Theme::TextStyle::subheadline, Theme::secondary)),
       searchField_(new QLineEdit),
       list_(new AppListView({.points = rowPoints, .verticalPadding = 3, .background = Theme::row})) {
-    searchField_->setPlaceholderText(u"Search apps..."_qs);
-    searchField_->setAccessibleName(u"Search apps"_qs);
+    searchField_->setPlaceholderText(QStringLiteral("Search apps..."));
+    searchField_->setAccessibleName(QStringLiteral("Search apps"));
     searchField_->setFont(Theme::font(rowPoints));
     searchField_->setStyleSheet(QString::fromLatin1(smallField));
     connect(searchField_, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -45,7 +45,7 @@ QWidget* AppBreakdownView::makeHeader() {
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(headerSpacing);
-    layout->addWidget(makeTitle(u"Apps Breakdown"_qs));
+    layout->addWidget(makeTitle(QStringLiteral("Apps Breakdown")));
     layout->addWidget(date_);
     layout->addStretch();
     return header;
@@ -68,7 +68,7 @@ void AppBreakdownView::refresh() {
 
 void AppBreakdownView::showDate(std::optional<Instant> pastDay) {
     if (pastDay) {
-        date_->setText(u"• "_qs + QString::fromStdString(dayText_.dayAndMonth(*pastDay)));
+        date_->setText(QStringLiteral("• ") + QString::fromStdString(dayText_.dayAndMonth(*pastDay)));
     }
     date_->setVisible(pastDay.has_value());
 }

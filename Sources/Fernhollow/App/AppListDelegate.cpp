@@ -48,7 +48,7 @@ AppListDelegate::AppListDelegate(const Style& style, QObject* parent)
       percentageFont_(fixedWidthFont(percentagePoints)),
       countFont_(Theme::font(style.points, style.countWeight)), verticalPadding_(style.verticalPadding),
       background_(style.background),
-      percentageWidth_(QFontMetrics(percentageFont_).horizontalAdvance(u"100.0%"_qs)) {}
+      percentageWidth_(QFontMetrics(percentageFont_).horizontalAdvance(QStringLiteral("100.0%"))) {}
 
 bool AppListDelegate::reserve(const QString& widestCount) {
     const QFontMetrics metrics(countFont_);
@@ -132,7 +132,8 @@ bool AppListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     const bool isElided =
         QFontMetrics(nameFont_).horizontalAdvance(row.name) > places(option, row).name.width();
     // A name with an angle bracket is no markup.
-    const QString text = isElided ? u"<span>%1</span>"_qs.arg(row.name.toHtmlEscaped()) : QString();
+    const QString text =
+        isElided ? QStringLiteral("<span>%1</span>").arg(row.name.toHtmlEscaped()) : QString();
     QToolTip::showText(event->globalPos(), text, view);
     return true;
 }

@@ -66,8 +66,9 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
         return shown.name;
     }
     if (role == Qt::AccessibleTextRole) {
-        const QString text = shown.name + u", "_qs + shown.countText + u" key presses"_qs;
-        return shown.percentageText.isEmpty() ? text : text + u", "_qs + shown.percentageText;
+        const QString text =
+            shown.name + QStringLiteral(", ") + shown.countText + QStringLiteral(" key presses");
+        return shown.percentageText.isEmpty() ? text : text + QStringLiteral(", ") + shown.percentageText;
     }
     return {};
 }

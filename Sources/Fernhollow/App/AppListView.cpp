@@ -4,7 +4,7 @@ namespace fernhollow {
 
 AppListView::AppListView(const AppListDelegate::Style& style, QWidget* parent)
     : QListView(parent), delegate_(style) {
-    setAccessibleName(u"Apps Breakdown"_qs);
+    setAccessibleName(QStringLiteral("Apps Breakdown"));
     setModel(&model_);
     setItemDelegate(&delegate_);
     setFrameShape(QFrame::NoFrame);

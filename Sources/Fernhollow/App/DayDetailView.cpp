@@ -82,7 +82,7 @@ DayDetailView::DayDetailView(Instant selectedDate, std::shared_ptr<AppModel> mod
 }
 
 QWidget* DayDetailView::makeHeader() {
-    const QString caption = u"key presses"_qs;
+    const QString caption = QStringLiteral("key presses");
     total_->setAccessibleDescription(caption);
     date_->setWordWrap(true); // a long date in a large font
     for (QLabel* label : {date_, relativeDate_}) {
@@ -112,7 +112,7 @@ QWidget* DayDetailView::makeFigures() {
     figuresArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     figuresArea_->viewport()->setAutoFillBackground(false);
     figures_->setAutoFillBackground(false);
-    figuresArea_->setAccessibleName(u"Day figures"_qs);
+    figuresArea_->setAccessibleName(QStringLiteral("Day figures"));
     figuresArea_->setFocusPolicy(Qt::NoFocus);
     connect(figuresArea_->verticalScrollBar(), &QScrollBar::rangeChanged, figuresArea_,
             [area = figuresArea_](int, int end) {
@@ -122,8 +122,8 @@ QWidget* DayDetailView::makeFigures() {
 }
 
 QWidget* DayDetailView::makeApplications() {
-    searchField_->setPlaceholderText(u"Search apps..."_qs);
-    searchField_->setAccessibleName(u"Search apps"_qs);
+    searchField_->setPlaceholderText(QStringLiteral("Search apps..."));
+    searchField_->setAccessibleName(QStringLiteral("Search apps"));
     connect(searchField_, &QLineEdit::textChanged, this, [this](const QString& text) {
         search_.setText(text.toStdString());
         refresh();
@@ -133,8 +133,8 @@ QWidget* DayDetailView::makeApplications() {
     auto* column = new QVBoxLayout(applications);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(applicationsSpacing);
-    column->addWidget(
-        Theme::makeLabel(u"Apps Breakdown"_qs, Theme::font(Theme::TextStyle::headline), Theme::secondary));
+    column->addWidget(Theme::makeLabel(QStringLiteral("Apps Breakdown"),
+                                       Theme::font(Theme::TextStyle::headline), Theme::secondary));
     column->addWidget(searchField_);
     column->addWidget(list_, 1);
     return applications;
@@ -165,7 +165,7 @@ void DayDetailView::refresh() {
     const Instant now = clock_.now();
     const bool isToday = calendar_.startOfDay(selectedDate_) == calendar_.startOfDay(now);
     date_->setText(QString::fromStdString(dayText_.fullDate(selectedDate_)));
-    relativeDate_->setText(isToday ? u"Today"_qs
+    relativeDate_->setText(isToday ? QStringLiteral("Today")
                                    : QString::fromStdString(dayText_.fromNow(selectedDate_, now)));
 
     const AppTracker& tracker = model_->appTracker();

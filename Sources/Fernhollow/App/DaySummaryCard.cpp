@@ -30,24 +30,25 @@ FigureLabel* addMetricBox(QGridLayout& row, const QString& label) {
 
 DaySummaryCard::DaySummaryCard(QWidget* parent) : QFrame(parent) {
     Theme::styleAsCard(*this, radius);
-    setAccessibleName(u"Summary"_qs);
+    setAccessibleName(QStringLiteral("Summary"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->setSpacing(spacing);
     layout->addWidget(
-        Theme::makeLabel(u"Summary"_qs, Theme::font(Theme::TextStyle::headline), Theme::primary));
+        Theme::makeLabel(QStringLiteral("Summary"), Theme::font(Theme::TextStyle::headline), Theme::primary));
     auto* row = new QGridLayout;
     row->setHorizontalSpacing(spacing);
     row->setVerticalSpacing(0);
-    average_ = addMetricBox(*row, u"Avg/Hour"_qs);
-    peak_ = addMetricBox(*row, u"Peak Hour"_qs);
-    active_ = addMetricBox(*row, u"Active Hours"_qs);
+    average_ = addMetricBox(*row, QStringLiteral("Avg/Hour"));
+    peak_ = addMetricBox(*row, QStringLiteral("Peak Hour"));
+    active_ = addMetricBox(*row, QStringLiteral("Active Hours"));
     layout->addLayout(row);
 }
 
 void DaySummaryCard::show(const DayFigures& figures) {
     average_->setFigure(QString::fromStdString(fixedDecimals(figures.averagePerHour(), 0)));
-    peak_->setFigure(figures.peakHour ? QString::asprintf("%02d:00", *figures.peakHour) : u"—"_qs);
+    peak_->setFigure(figures.peakHour ? QString::asprintf("%02d:00", *figures.peakHour)
+                                      : QStringLiteral("—"));
     active_->setFigure(QString::number(figures.activeHours));
 }
 

@@ -26,19 +26,20 @@ HourlyChartCard::HourlyChartCard(QWidget* parent)
     : QFrame(parent), chart_(new BarChart({.columns = hours,
                                            .height = chartHeight,
                                            .hasCountAxis = true,
-                                           .columnTitle = u"Hour"_qs,
-                                           .countTitle = u"Count"_qs})),
-      empty_(Theme::makeLabel(u"No data available"_qs, Theme::TextStyle::body, Theme::secondary)) {
+                                           .columnTitle = QStringLiteral("Hour"),
+                                           .countTitle = QStringLiteral("Count")})),
+      empty_(
+          Theme::makeLabel(QStringLiteral("No data available"), Theme::TextStyle::body, Theme::secondary)) {
     Theme::styleAsCard(*this, radius);
-    setAccessibleName(u"Hourly Activity"_qs);
-    chart_->setAccessibleName(u"Key presses by hour"_qs);
+    setAccessibleName(QStringLiteral("Hourly Activity"));
+    chart_->setAccessibleName(QStringLiteral("Key presses by hour"));
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setFixedHeight(Theme::scaled(chartHeight));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->setSpacing(spacing);
-    layout->addWidget(
-        Theme::makeLabel(u"Hourly Activity"_qs, Theme::font(Theme::TextStyle::headline), Theme::primary));
+    layout->addWidget(Theme::makeLabel(QStringLiteral("Hourly Activity"),
+                                       Theme::font(Theme::TextStyle::headline), Theme::primary));
     layout->addWidget(chart_);
     layout->addWidget(empty_);
 }
@@ -64,7 +65,8 @@ void HourlyChartCard::resizeEvent(QResizeEvent* event) {
 void HourlyChartCard::setMarks() {
     const double column = chart_->columnRect(0).width();
     const int label =
-        QFontMetrics(Theme::font(Theme::TextStyle::caption2)).horizontalAdvance(u"00:00"_qs) + labelSpacing;
+        QFontMetrics(Theme::font(Theme::TextStyle::caption2)).horizontalAdvance(QStringLiteral("00:00")) +
+        labelSpacing;
     int between = hoursBetweenMarks;
     while (between < hours && between * column < label) {
         between *= 2;

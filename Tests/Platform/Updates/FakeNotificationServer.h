@@ -14,12 +14,12 @@ class FakeNotificationServer : public QObject {
 
 public:
     FakeNotificationServer() {
-        bus_.registerObject(u"/org/freedesktop/Notifications"_qs, this,
+        bus_.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this,
                             QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
-        bus_.registerService(u"org.freedesktop.Notifications"_qs);
-        QDBusConnection::sessionBus().connect({}, u"/org/freedesktop/Notifications"_qs,
-                                              u"org.freedesktop.Notifications"_qs, u"NotificationClosed"_qs,
-                                              this, SLOT(hear()));
+        bus_.registerService(QStringLiteral("org.freedesktop.Notifications"));
+        QDBusConnection::sessionBus().connect({}, QStringLiteral("/org/freedesktop/Notifications"),
+                                              QStringLiteral("org.freedesktop.Notifications"),
+                                              QStringLiteral("NotificationClosed"), this, SLOT(hear()));
     }
     ~FakeNotificationServer() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
@@ -49,8 +49,8 @@ private:
     Q_SLOT void hear() { ++heard; }
 
     inline static int count_ = 0;
-    QDBusConnection bus_ =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"notifications-%1"_qs.arg(++count_));
+    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                                         QStringLiteral("notifications-%1").arg(++count_));
     uint last_ = 40;
 };
 

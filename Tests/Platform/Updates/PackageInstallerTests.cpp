@@ -41,20 +41,21 @@ public:
         }
         calls.append(message);
         const QString error = known->second();
-        return connection.send(error.isEmpty() ? message.createReply()
-                                               : message.createErrorReply(error, u"it said no"_qs));
+        return connection.send(error.isEmpty()
+                                   ? message.createReply()
+                                   : message.createErrorReply(error, QStringLiteral("it said no")));
     }
 
 private:
     inline static int count_ = 0;
     QString name_;
-    QDBusConnection bus_ =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"fake-service-%1"_qs.arg(++count_));
+    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                                         QStringLiteral("fake-service-%1").arg(++count_));
 };
 
-const QString modify = u"org.freedesktop.PackageKit.Modify"_qs;
-const QString modify2 = u"org.freedesktop.PackageKit.Modify2"_qs;
-const QString fileManager = u"org.freedesktop.FileManager1"_qs;
+const QString modify = QStringLiteral("org.freedesktop.PackageKit.Modify");
+const QString modify2 = QStringLiteral("org.freedesktop.PackageKit.Modify2");
+const QString fileManager = QStringLiteral("org.freedesktop.FileManager1");
 
 class PackageInstallation : public tests::InstallerTest {
 protected:
@@ -72,8 +73,9 @@ protected:
 
     const fs::path executable_ = home_.path() / "usr/lib/fernhollow/fernhollow";
     const fs::path downloads_ = home_.path() / "Downloads";
-    FakeService packageKit_{u"org.freedesktop.PackageKit"_qs, u"/org/freedesktop/PackageKit"_qs};
-    FakeService files_{fileManager, u"/org/freedesktop/FileManager1"_qs};
+    FakeService packageKit_{QStringLiteral("org.freedesktop.PackageKit"),
+                            QStringLiteral("/org/freedesktop/PackageKit")};
+    FakeService files_{fileManager, QStringLiteral("/org/freedesktop/FileManager1")};
     PackageInstaller* make() {
         installer_ = std::make_unique<PackageInstaller>(
             PackageInstaller::Surroundings{.executable = executable_,
@@ -101,7 +103,7 @@ TEST_F(PackageInstallation, RelaunchesOnceTheDesktopHasInstalledThePackage) {
     const QStringList files{QString::fromStdString(downloaded_.native())};
     EXPECT_EQ(packageKit_.calls[0].signature(), u"asssa{sv}");
     EXPECT_EQ(packageKit_.calls[0].arguments()[0].toStringList(), files);
-    EXPECT_EQ(packageKit_.calls[0].arguments()[2], u"app.fernhollow.Fernhollow.desktop"_qs);
+    EXPECT_EQ(packageKit_.calls[0].arguments()[2], QStringLiteral("app.fernhollow.Fernhollow.desktop"));
     EXPECT_EQ(packageKit_.calls[1].signature(), u"uass");
     EXPECT_EQ(packageKit_.calls[1].arguments()[1].toStringList(), files);
     EXPECT_THAT(files_.calls, IsEmpty());
@@ -121,7 +123,7 @@ TEST_F(PackageInstallation, SaysWhenItWasCancelledOrFailed) {
          {std::pair("Modify2.Cancelled", std::string("cancelled: The installation was cancelled.")),
           std::pair("Modify2.Failed", refused), std::pair("Modify2.Forbidden", refused)}) {
         packageKit_.interfaces = {{modify2, [name = QString::fromLatin1(error)] {
-                                       return u"org.freedesktop.PackageKit."_qs + name;
+                                       return QStringLiteral("org.freedesktop.PackageKit.") + name;
                                    }}};
         EXPECT_EQ(failure(*make(), download("package")), expected);
         EXPECT_FALSE(fs::exists(downloaded_)) << error;
@@ -142,7 +144,7 @@ TEST_F(PackageInstallation, ShowsThePackageAmongTheDownloadsWhereNobodyInstallsI
     EXPECT_EQ(files_.calls[0].member(), u"ShowItems");
     EXPECT_EQ(files_.calls[0].signature(), u"ass");
     EXPECT_EQ(files_.calls[0].arguments()[0].toStringList(),
-              QStringList{u"file://"_qs + QString::fromStdString(shown.native())});
+              QStringList{QStringLiteral("file://") + QString::fromStdString(shown.native())});
 }
 
 TEST_F(PackageInstallation, OpensTheFolderWhereNoFileManagerIsOnTheBus) {

@@ -23,8 +23,9 @@ protected:
     void settle() {
         bool isHeard = false;
         QDBusConnection bus = QDBusConnection::sessionBus();
-        const auto message = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_qs, u"/"_qs,
-                                                            u"org.freedesktop.DBus.Peer"_qs, u"Ping"_qs);
+        const auto message = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
         for (int turn = 0; turn < 2; ++turn) {
             const QDBusPendingCall call = bus.asyncCall(message);
             waitUntil([&] { return call.isFinished(); });
@@ -40,13 +41,13 @@ protected:
 
 TEST_F(UpdateNotificationTest, TellsQuietlyAndHearsItsOwnActionAlone) {
     show("0.3.0 <b>");
-    EXPECT_EQ(server_.summaries, QStringList{u"Fernhollow 0.3.0 <b> is available"_qs});
-    EXPECT_EQ(server_.hints.value(u"urgency"_qs).toInt(), 0);
-    ASSERT_TRUE(server_.actions.contains(u"default"_qs));
+    EXPECT_EQ(server_.summaries, QStringList{QStringLiteral("Fernhollow 0.3.0 <b> is available")});
+    EXPECT_EQ(server_.hints.value(QStringLiteral("urgency")).toInt(), 0);
+    ASSERT_TRUE(server_.actions.contains(QStringLiteral("default")));
 
-    Q_EMIT server_.ActionInvoked(7, u"default"_qs); // another program's
-    Q_EMIT server_.ActionInvoked(41, u"snooze"_qs);
-    Q_EMIT server_.ActionInvoked(41, u"default"_qs);
+    Q_EMIT server_.ActionInvoked(7, QStringLiteral("default")); // another program's
+    Q_EMIT server_.ActionInvoked(41, QStringLiteral("snooze"));
+    Q_EMIT server_.ActionInvoked(41, QStringLiteral("default"));
     EXPECT_TRUE(waitUntil([this] { return activated_ > 0; }));
     EXPECT_EQ(activated_, 1);
 }
@@ -64,7 +65,7 @@ TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
     show("0.5.0");
     Q_EMIT server_.NotificationClosed(42, 2);
     ASSERT_TRUE(waitUntil([this] { return server_.heard == 1; }));
-    Q_EMIT server_.ActionInvoked(42, u"default"_qs); // too late
+    Q_EMIT server_.ActionInvoked(42, QStringLiteral("default")); // too late
     show("0.6.0");
     EXPECT_EQ(server_.replaced.last(), 0);
     EXPECT_EQ(activated_, 0);
