@@ -14,6 +14,7 @@
 #include <benchmark/benchmark.h>
 
 #include <array>
+#include <cstdint>
 #include <ctime>
 
 namespace {

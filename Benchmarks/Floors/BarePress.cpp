@@ -8,6 +8,7 @@
 #include <xcb/xcb.h>
 
 #include <csignal>
+#include <cstdint>
 #include <ctime>
 #include <unistd.h>
 

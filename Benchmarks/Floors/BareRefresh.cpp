@@ -5,6 +5,7 @@
 #include "BareRequest.h"
 #include "BareStatement.h"
 
+#include <cstdint>
 #include <ctime>
 #include <string>
 

@@ -11,6 +11,7 @@
 #include <qcorotask.h>
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <sys/eventfd.h>

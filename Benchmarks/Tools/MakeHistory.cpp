@@ -5,6 +5,7 @@
 #include "KeypressCore/DailyCountsDatabase.h"
 #include "KeypressCore/SQLiteConnection.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>

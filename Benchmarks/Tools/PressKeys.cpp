@@ -5,6 +5,7 @@
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

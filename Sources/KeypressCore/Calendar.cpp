@@ -1,6 +1,7 @@
 #include "KeypressCore/Calendar.h"
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 

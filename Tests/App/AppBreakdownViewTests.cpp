@@ -7,6 +7,8 @@
 #include <QScrollBar>
 #include <QToolTip>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

@@ -11,6 +11,8 @@
 #include <QLabel>
 #include <QTest>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

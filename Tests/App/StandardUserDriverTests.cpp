@@ -13,6 +13,8 @@
 #include <QTest>
 #include <gmock/gmock.h>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

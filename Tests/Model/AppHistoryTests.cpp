@@ -3,6 +3,7 @@
 #include "Model/AppHistory.h"
 #include "SyncFixture.h"
 
+#include <cstdint>
 #include <sstream>
 
 namespace fernhollow::tests {

@@ -1,5 +1,7 @@
 #include "ModelFixture.h"
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

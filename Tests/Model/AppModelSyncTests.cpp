@@ -2,6 +2,8 @@
 
 #include "SyncFixture.h"
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 
 /// A keyboard that a test presses.

@@ -4,6 +4,8 @@
 #include "Model/Sync/SyncRules.h"
 #include "SyncFixture.h"
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 namespace {
 

@@ -8,6 +8,8 @@
 
 #include <QThread>
 
+#include <cstdint>
+
 namespace fernhollow::tests {
 
 /// A sync engine with a real store that talks to a recording server, all on the test's thread and clock.

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdint>
 #include <unistd.h>
 
 namespace fernhollow::tests {

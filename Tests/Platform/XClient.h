@@ -5,6 +5,7 @@
 #include <QThread>
 #include <xcb/xtest.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdint>
 
 namespace fernhollow::tests {
 namespace {

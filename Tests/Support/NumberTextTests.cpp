@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
+
 namespace fernhollow {
 namespace {
 

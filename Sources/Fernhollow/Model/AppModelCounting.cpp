@@ -8,6 +8,7 @@
 #include "Support/Sleep.h"
 #include "Support/TaskScope.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace fernhollow {

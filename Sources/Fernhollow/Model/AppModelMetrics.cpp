@@ -6,6 +6,7 @@
 #include "Support/DebugLog.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 
 namespace fernhollow {

@@ -12,6 +12,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace fernhollow {

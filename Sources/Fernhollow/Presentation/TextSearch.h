@@ -4,6 +4,7 @@
 
 #include <unicode/unistr.h>
 
+#include <cstdint>
 #include <string_view>
 
 namespace fernhollow {

@@ -4,6 +4,7 @@
 #include <unicode/ures.h>
 
 #include <chrono>
+#include <cstdint>
 
 namespace fernhollow {
 namespace {

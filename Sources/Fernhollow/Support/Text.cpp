@@ -4,6 +4,8 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include <cstdint>
+
 namespace fernhollow {
 namespace {
 

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <sys/stat.h>
 
 namespace fernhollow::tests {

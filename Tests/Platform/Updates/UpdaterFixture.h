@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <coroutine>
+#include <cstdint>
 #include <exception>
 
 namespace fernhollow::tests {

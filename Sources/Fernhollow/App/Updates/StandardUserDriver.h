@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>

@@ -2,6 +2,7 @@
 
 #include <unicode/utf8.h>
 
+#include <cstdint>
 #include <limits>
 
 namespace fernhollow {

@@ -10,6 +10,7 @@
 #include "Support/DebugLog.h"
 #include "Support/EventLoopExecutor.h"
 
+#include <cstdint>
 #include <unordered_set>
 #include <utility>
 

@@ -5,6 +5,7 @@
 #include <QXmlStreamReader>
 
 #include <charconv>
+#include <cstdint>
 #include <utility>
 
 namespace fernhollow {

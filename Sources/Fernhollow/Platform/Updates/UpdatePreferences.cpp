@@ -4,6 +4,7 @@
 #include "Support/ApplicationIdentity.h"
 
 #include <charconv>
+#include <cstdint>
 #include <string_view>
 
 namespace fernhollow::UpdatePreferences {

@@ -3,6 +3,7 @@
 #include "Platform/Updates/UpdatePreferences.h"
 #include "Support/DebugLog.h"
 
+#include <cstdint>
 #include <exception>
 #include <system_error>
 #include <utility>

@@ -8,6 +8,7 @@
 #include <QDeadlineTimer>
 #include <QTimer>
 
+#include <cstdint>
 #include <optional>
 
 namespace fernhollow {
