@@ -1,4 +1,6 @@
-# The one target that carries what every translation unit is compiled with.
+# The one target that carries what every translation unit is compiled with. Warnings are errors only where
+# CMAKE_COMPILE_WARNING_AS_ERROR says so, as continuous integration does: a compiler or a library that is
+# newer than ours may warn of more, and that must not keep a packager from building.
 add_library(fernhollow_flags INTERFACE)
 target_compile_features(fernhollow_flags INTERFACE cxx_std_20)
 target_compile_options(
@@ -10,8 +12,7 @@ target_compile_options(
             -Wconversion
             -Wnon-virtual-dtor
             -Woverloaded-virtual
-            -Wimplicit-fallthrough
-            -Werror)
+            -Wimplicit-fallthrough)
 target_compile_definitions(
   fernhollow_flags INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
                              QT_NO_FOREACH QT_DISABLE_DEPRECATED_BEFORE=0x060400)
