@@ -10,8 +10,9 @@ BEGIN
     IF to_regrole('fernhollow_reader') IS NULL THEN
         CREATE ROLE fernhollow_reader NOLOGIN NOINHERIT;
     END IF;
-    -- Only a member may hand a function over to it.
-    IF NOT pg_has_role(current_user, 'fernhollow_reader', 'MEMBER') THEN
+    -- Only a member may hand a function over to it. From PostgreSQL 16 on, a role that creates another one is
+    -- its member without the rights of a member, so MEMBER would not do.
+    IF NOT pg_has_role(current_user, 'fernhollow_reader', 'USAGE') THEN
         EXECUTE format('GRANT fernhollow_reader TO %I', current_user);
     END IF;
 END
