@@ -37,7 +37,7 @@ start_backend() {
         return
     fi
     # In a session of its own: a Ctrl-C is for the program, which may still have something to send.
-    exec 3< <(exec setsid build/release/fernhollow-backend --database "${database##*$'\n'}" --port "$port" \
+    exec 3< <(exec setsid Backend/local/fernhollow-backend --database "${database##*$'\n'}" --port "$port" \
         2>>"$backend_log")
     backend_process=$!
     read -r -t 10 -u 3 || without_backend "$(tail -n 1 "$backend_log")"

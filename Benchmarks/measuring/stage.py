@@ -32,8 +32,6 @@ class Stage:
         self.desktop = Desktop(host="tray" if tray else None, time_zone="Europe/Berlin")
         # It is for tests that read windows and costs each toolkit program some memory.
         self.desktop.environment.pop("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", None)
-        # Not the backend of whoever measures.
-        os.environ["FERNHOLLOW_BACKEND"] = self.tool("fernhollow-backend")
         os.environ["FERNHOLLOW_FAKED_CLOCK"] = str(build / "Tests/EndToEnd/libfaked_clock.so")
         self.redirection = str(build / "Tests/EndToEnd/libredirected_backend.so")
         self._people = 0

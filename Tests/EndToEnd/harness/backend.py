@@ -14,15 +14,13 @@ from . import processes
 
 TOP = pathlib.Path(__file__).resolve().parents[3]
 POSTGRES = TOP / "Backend/local/postgres"
+INTERFACE = TOP / "Backend/local/fernhollow-backend"
 
 
 class Backend:
     """A database of its own with nothing in it; start() and stop() are the interface's, not its."""
 
     def __init__(self):
-        self._program = os.environ.get("FERNHOLLOW_BACKEND", "")
-        if not os.access(self._program, os.X_OK):
-            raise AssertionError(f"FERNHOLLOW_BACKEND is not the backend: {self._program!r}")
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-backend-"))
         self._process = None
         self.port = 0
@@ -39,7 +37,7 @@ class Backend:
 
     def start(self):
         """Starts the interface, on the port that it had before."""
-        command = [self._program, "--database", self._authenticator, "--port", self.port]
+        command = [INTERFACE, "--database", self._authenticator, "--port", self.port]
         log = self._folder / "interface.log"
         self._process = processes.start(
             command, dict(os.environ), log, stdout=subprocess.PIPE, text=True
