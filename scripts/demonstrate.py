@@ -16,7 +16,7 @@ import urllib.request
 TOP = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(TOP / "Tests" / "EndToEnd"))
 
-from harness.applications import Terminal  # noqa: E402
+from harness.terminal import Terminal  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
 from harness.program import Program  # noqa: E402
 from harness.waiting import wait_until  # noqa: E402

@@ -3,9 +3,10 @@
 import time
 import unittest
 
-from harness.applications import Editor, Terminal
+from harness.editor import Editor
 from harness.case import DesktopTest, Ledger, letters
 from harness.waiting import wait_for_value, wait_until
+from harness.terminal import Terminal
 
 TYPED = "  Ada.Lovelace@Example.ORG "
 ADDRESS = "ada.lovelace@example.org"

@@ -3,7 +3,7 @@
 import datetime
 import unittest
 
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
 from harness.history import AccountServer, History
 from harness.waiting import wait_until

@@ -5,7 +5,7 @@ import time
 import unittest
 
 from harness import processes
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
 from harness.desktop import Desktop
 from harness.program import PATIENCE, Program

@@ -4,7 +4,7 @@ import time
 import unittest
 
 from harness import processes
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
 from harness.program import PATIENCE
 from harness.waiting import wait_until

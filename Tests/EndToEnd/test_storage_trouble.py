@@ -9,7 +9,7 @@ import time
 import unittest
 
 from harness import processes
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
 
 ADDRESS = "hedy@example.org"

@@ -3,7 +3,7 @@
 import sys
 import unittest
 
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.backend import Backend, SilentServer
 from harness.case import Ledger, letters
 from harness.clock import FakedClock

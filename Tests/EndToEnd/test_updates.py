@@ -7,7 +7,7 @@ import signal
 import unittest
 
 from harness.accessibility import AccessibleProgram
-from harness.applications import Terminal
+from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
 from harness.program import PATIENCE, Program
 from harness.updates import Maker, Site
