@@ -125,7 +125,8 @@ TEST_F(Dashboard, ListsTheApplicationsOfTheDayThatIsPointedAt) {
 }
 
 TEST_F(Dashboard, IsWalkedWithTheArrowKeys) {
-    QApplication::setActiveWindow(view_.get());
+    view_->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view_.get()));
     const auto buttons = overlay()->findChildren<QAbstractButton*>();
     ASSERT_EQ(buttons.size(), 15);
     view_->setFocus(); // as it is in its window

@@ -75,7 +75,8 @@ TEST_F(Onboarding, IsSkippedOnItsFirstStep) {
 
 TEST_F(Onboarding, IsOperatedByTheKeyboardAlone) {
     view_.show();
-    QApplication::setActiveWindow(&view_);
+    view_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view_));
     view_.setFocus();
     QWidget* next = button("Next");
     ASSERT_EQ(QApplication::focusWidget(), next);

@@ -28,7 +28,7 @@ protected:
         std::vector<std::pair<std::string, std::string>> headers;
         for (const auto& header : request.headers) {
             static const std::vector<std::string> transport = {
-                "Host", "Connection", "User-Agent", "Accept-Encoding", "Accept-Language", "Content-Length"};
+                "host", "connection", "user-agent", "accept-encoding", "accept-language", "content-length"};
             if (std::find(transport.begin(), transport.end(), header.first) == transport.end()) {
                 headers.push_back(header);
             }
@@ -101,11 +101,11 @@ TEST_F(SyncRequests, CarryTheirHeadersInOrderOverOneConnection) {
     startSync();
     pass(1s);
     const std::vector<std::pair<std::string, std::string>> headers = {
-        {"Content-Type", "application/json"},
+        {"content-type", "application/json"},
         {"apikey", "the.anon.key"},
-        {"Authorization", "Bearer the.anon.key"}};
+        {"authorization", "Bearer the.anon.key"}};
     auto written = headers;
-    written.emplace_back("Prefer", "resolution=merge-duplicates");
+    written.emplace_back("prefer", "resolution=merge-duplicates");
     EXPECT_EQ(ownHeaders(server_.to("device_day_counts").at(0)), headers);
     EXPECT_EQ(ownHeaders(server_.to("device_day_counts").at(1)), written);
     EXPECT_EQ(ownHeaders(server_.to("devices").at(0)), written);

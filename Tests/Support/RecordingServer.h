@@ -22,9 +22,11 @@ class RecordingServer {
 public:
     struct Request {
         std::string method;
-        std::string path;                                         ///< without the query
-        std::string query;                                        ///< as it came
-        std::vector<std::pair<std::string, std::string>> headers; ///< in their order
+        std::string path;  ///< without the query
+        std::string query; ///< as it came
+        /// In their order; names in lower case, because their case means nothing (RFC 9110, 5.1) and differs
+        /// between versions of the toolkit.
+        std::vector<std::pair<std::string, std::string>> headers;
         std::string body;
         int connection = 0; ///< counted from 1
 
@@ -112,10 +114,11 @@ private:
             const auto next = buffer.find("\r\n", line + 2);
             const std::string header = buffer.substr(line + 2, next - line - 2);
             const auto colon = header.find(": ");
-            request.headers.emplace_back(header.substr(0, colon), header.substr(colon + 2));
+            const auto name = QByteArray::fromStdString(header.substr(0, colon)).toLower();
+            request.headers.emplace_back(name.toStdString(), header.substr(colon + 2));
             line = next;
         }
-        const std::string length = request.header("Content-Length");
+        const std::string length = request.header("content-length");
         const std::size_t size = length.empty() ? 0 : std::stoul(length);
         if (buffer.size() < end + 4 + size) {
             return std::nullopt;

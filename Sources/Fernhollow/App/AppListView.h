@@ -9,6 +9,8 @@ namespace fernhollow {
 /// A scrolling list of applications, each with its colour and its count, for the eye, the keyboard and a
 /// screen reader. It may be given its items with each press.
 class AppListView : public QListView {
+    Q_OBJECT
+
 public:
     explicit AppListView(const AppListDelegate::Style& style, QWidget* parent = nullptr);
 

@@ -8,6 +8,8 @@ namespace fernhollow {
 /// One line of text, shortened to the width that there is. The whole text is its
 /// tooltip while it is shortened, and always what a screen reader speaks.
 class ElidedLabel : public QLabel {
+    Q_OBJECT
+
 public:
     explicit ElidedLabel(Qt::TextElideMode mode = Qt::ElideMiddle, QWidget* parent = nullptr);
 

@@ -12,6 +12,8 @@ namespace fernhollow {
 /// ring. The indicator turns only while it can be seen and the style animates. Decoration to assistive
 /// technology.
 class UpdateStatusIcon : public QWidget {
+    Q_OBJECT
+
 public:
     explicit UpdateStatusIcon(QWidget* parent = nullptr);
 

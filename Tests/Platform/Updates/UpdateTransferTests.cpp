@@ -97,8 +97,8 @@ TEST_F(UpdateTransferTest, BringsTheFeedAndTheVerifiedPackage) {
     answers_["/appcast.xml"] = redirection("feeds/current.xml");
     answers_["/feeds/current.xml"] = {.body = "<rss/>"};
     EXPECT_EQ(feed(), "<rss/>");
-    EXPECT_EQ(server_.requests.back().header("Accept-Encoding"), "identity");
-    EXPECT_EQ(server_.requests.back().header("Cookie"), "");
+    EXPECT_EQ(server_.requests.back().header("accept-encoding"), "identity");
+    EXPECT_EQ(server_.requests.back().header("cookie"), "");
 
     answers_["/p"] = {.body = bytes_};
     const auto update = download(release());
