@@ -21,6 +21,7 @@ answers_at() {
 
 without_backend() {
     say "The program starts without a backend: $* ($backend_log)"
+    end_backend
 }
 
 # start_backend PORT: says in one line why there is none, if there is none.
@@ -31,8 +32,9 @@ start_backend() {
         return
     fi
     mkdir -p "$backend_folder"
+    printf '\n== %s\n' "$(date '+%F %T')" >>"$backend_log"
     trap end_backend EXIT
-    if ! database=$(Backend/local/postgres start "$backend_folder" 2>"$backend_log"); then
+    if ! database=$(Backend/local/postgres start "$backend_folder" 2>>"$backend_log"); then
         without_backend "$(tail -n 1 "$backend_log")"
         return
     fi
@@ -40,7 +42,7 @@ start_backend() {
     exec 3< <(exec setsid Backend/local/fernhollow-backend --database "${database##*$'\n'}" --port "$port" \
         2>>"$backend_log")
     backend_process=$!
-    read -r -t 10 -u 3 || without_backend "$(tail -n 1 "$backend_log")"
+    read -r -t 20 -u 3 || without_backend "$(tail -n 1 "$backend_log")"
     exec 3<&-
 }
 

@@ -3,6 +3,8 @@
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
+# shellcheck source=scripts/packages.sh
+. "$top/scripts/packages.sh"
 
 say() { printf '%s\n' "$*" >&2; }
 
@@ -11,68 +13,71 @@ fail() {
     exit 1
 }
 
-# The packages of the given groups, one a line.
-packages_of() {
-    awk -v groups=" $* " '!/^#/ && NF && index(groups, " " $1 " ") { print $2 }' scripts/packages.txt | sort -u
+# Shows the "WORDS PERCENT" lines of stdin: on a terminal as one line that moves, elsewhere one a minute.
+show_progress() {
+    local line shown=$SECONDS
+    while read -r line; do
+        if [ -t 2 ]; then
+            printf '\r\033[K%s %%' "$line" >&2
+        elif [ $((SECONDS - shown)) -ge 60 ]; then
+            say "$line %"
+            shown=$SECONDS
+        fi
+    done
+    [ ! -t 2 ] || printf '\r\033[K' >&2
 }
 
-# Those of the given groups that are not installed.
-missing_packages() {
-    local wanted
-    mapfile -t wanted < <(packages_of "$@")
-    # dpkg-query complains about a package that it never heard of; for us that is simply one more to install.
-    comm -23 <(printf '%s\n' "${wanted[@]}") <(
-        { dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || true; } |
-            awk '$1 == "installed" { print $2 }' | sort -u
-    )
+# configure PRESET FOLDER [-DNAME=VALUE...]: when that is due, because there is no build, the presets changed
+# or a setting is another one.
+configure() {
+    local preset=$1 folder=$2 setting due=
+    shift 2
+    if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
+        due=yes
+    fi
+    for setting in "$@"; do
+        setting=${setting#-D}
+        [ -n "$due" ] || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}$" "$folder/CMakeCache.txt" || due=yes
+    done
+    [ -n "$due" ] || return 0
+    mkdir -p "$folder"
+    if ! cmake --preset "$preset" -B "$folder" "$@" >"$folder/configure.log" 2>&1; then
+        grep -A 12 'CMake Error' "$folder/configure.log" >&2 || tail -n 20 "$folder/configure.log" >&2
+        fail "the $preset build could not be configured; $folder/configure.log says why"
+    fi
 }
 
-# Installs what the given groups lack. Asks the network nothing when nothing is missing.
-ensure_packages() {
-    if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-        say "Not a Debian system, nothing is installed; scripts/packages.txt lists what is needed."
+# compile FOLDER [TARGET...]
+compile() {
+    local folder=$1 log=$1/build.log
+    shift
+    local command=(cmake --build "$folder")
+    [ $# -eq 0 ] || command+=(--target "$@")
+    if [ -t 2 ]; then
+        "${command[@]}" >&2 || fail "the build in $folder failed; the compiler's messages are above"
         return
     fi
-    local missing
-    mapfile -t missing < <(missing_packages "$@")
-    [ "${#missing[@]}" -gt 0 ] || return 0
-
-    local root=()
-    if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null ||
-            fail "packages are missing and there is neither root nor sudo to install them; ask an administrator for: apt-get install ${missing[*]}"
-        root=(sudo)
-        [ -t 0 ] || root+=(-n)
+    # Elsewhere a line for every file would bury what matters: warnings and errors.
+    if ! NINJA_STATUS='%p ' "${command[@]}" 2>&1 | tee "$log" |
+        sed -nEu 's/^ *([0-9]+)% .*/Building: \1/p' | show_progress; then
+        sed -n '/^FAILED/,$p' "$log" >&2
+        fail "the build in $folder failed; $log has it all"
     fi
-    mkdir -p build
-    say "Installing ${#missing[@]} Debian packages (log: build/packages.log): ${missing[*]}"
-    local apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300)
-    if ! { "${apt[@]}" update && "${apt[@]}" install --no-install-recommends "${missing[@]}"; } \
-        >build/packages.log 2>&1 </dev/null; then
-        grep -E '^(E:|sudo:)' build/packages.log >&2 || tail -n 5 build/packages.log >&2
-        fail "the Debian packages could not be installed; build/packages.log says why"
-    fi
+    grep -E ' (warning|error): ' "$log" >&2 || true
 }
 
-# build PRESET [TARGET...]: configures when that is due, then builds.
+# What ./run needs: the program alone. Tests that ./test has configured stay configured.
+build_program() {
+    local settings=()
+    [ -e build/release/build.ninja ] || settings+=(-DBUILD_TESTING=OFF)
+    configure release build/release "${settings[@]}"
+    compile build/release fernhollow
+}
+
+# build PRESET: the program and its tests.
 build() {
-    local preset=$1 folder=build/$1
-    shift
-    if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
-        mkdir -p "$folder"
-        if ! cmake --preset "$preset" >"$folder/configure.log" 2>&1; then
-            grep -A 12 'CMake Error' "$folder/configure.log" >&2 || tail -n 20 "$folder/configure.log" >&2
-            fail "the $preset build could not be configured; $folder/configure.log says why"
-        fi
-    fi
-    local command=(cmake --build --preset "$preset")
-    [ $# -eq 0 ] || command+=(--target "$@")
-    # A terminal shows one line that moves; elsewhere a line for every file would bury what matters.
-    if [ -t 2 ]; then
-        "${command[@]}" >&2
-    else
-        "${command[@]}" -- --quiet 2>&1 | { grep -v '^ninja: no work to do' || true; } >&2
-    fi || fail "the $preset build failed; the compiler's messages are above"
+    configure "$1" "build/$1" -DBUILD_TESTING=ON
+    compile "build/$1"
 }
 
 # Qt wants UTF-8 for file names; a bare system starts in the C locale.
@@ -88,4 +93,23 @@ build_and_test() {
     use_utf8
     export LSAN_OPTIONS="suppressions=$top/scripts/lsan.supp:print_suppressions=0${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
     ctest --preset "$preset" --no-tests=error --parallel "$(nproc)" "$@"
+}
+
+# How long something takes that takes SECONDS of one core here and now: minutes("240") is "2 minutes".
+minutes() {
+    local count=$(($1 / 60 / $(nproc) + 1))
+    [ "$count" -gt 1 ] && printf '%s minutes' "$count" || printf 'a minute'
+}
+
+# announce WHAT SECONDS GROUP...: says at once what a first start is going to do. Building WHAT takes SECONDS
+# of one core like those of 2025; a package some three seconds, with all that it brings along.
+announce() {
+    local what=$1 seconds=$2 missing=()
+    shift 2
+    ! is_debian || mapfile -t missing < <(missing_packages "$@")
+    [ "${#missing[@]}" -gt 0 ] || [ ! -e build/release/fernhollow ] || return 0
+    [ ! -e build/release/build.ninja ] || seconds=0
+    local plan="build $what"
+    [ "${#missing[@]}" -eq 0 ] || plan="install ${#missing[@]} Debian packages and $plan"
+    say "Fernhollow is going to $plan. That takes about $(minutes $((seconds + 6 * ${#missing[@]}))); logs are in build/."
 }
