@@ -95,21 +95,29 @@ build_and_test() {
     ctest --preset "$preset" --no-tests=error --parallel "$(nproc)" "$@"
 }
 
-# How long something takes that takes SECONDS of one core here and now: minutes("240") is "2 minutes".
-minutes() {
-    local count=$(($1 / 60 / $(nproc) + 1))
-    [ "$count" -gt 1 ] && printf '%s minutes' "$count" || printf 'a minute'
+# announce GROUP...: says at once what a first start is going to do, and about how long that takes. The seconds
+# are those of one core; a package's are the time for it and for what it brings along.
+announce() {
+    local missing=() things=() seconds=0
+    ! is_debian || mapfile -t missing < <(missing_packages "$@")
+    if [ ! -e build/release/fernhollow ]; then
+        things+=("the program")
+        seconds=120
+    fi
+    if [[ " $* " = *" test "* ]] && ! grep -qs '^BUILD_TESTING:BOOL=ON' build/release/CMakeCache.txt; then
+        things+=("its tests")
+        seconds=$((seconds + 120))
+    fi
+    local plan=()
+    [ "${#missing[@]}" -eq 0 ] || plan+=("install ${#missing[@]} Debian packages and what they need")
+    [ "${#things[@]}" -eq 0 ] || plan+=("build $(joined "${things[@]}")")
+    [ "${#plan[@]}" -gt 0 ] || return 0
+    local count=$(((seconds + 6 * ${#missing[@]}) / 60 / $(nproc) + 1)) about="a minute"
+    [ "$count" -eq 1 ] || about="$count minutes"
+    say "Fernhollow is going to $(joined "${plan[@]}"). That takes about $about; logs are in build/."
 }
 
-# announce WHAT SECONDS GROUP...: says at once what a first start is going to do. Building WHAT takes SECONDS
-# of one core like those of 2025; a package some three seconds, with all that it brings along.
-announce() {
-    local what=$1 seconds=$2 missing=()
-    shift 2
-    ! is_debian || mapfile -t missing < <(missing_packages "$@")
-    [ "${#missing[@]}" -gt 0 ] || [ ! -e build/release/fernhollow ] || return 0
-    [ ! -e build/release/build.ninja ] || seconds=0
-    local plan="build $what"
-    [ "${#missing[@]}" -eq 0 ] || plan="install ${#missing[@]} Debian packages and $plan"
-    say "Fernhollow is going to $plan. That takes about $(minutes $((seconds + 6 * ${#missing[@]}))); logs are in build/."
+joined() {
+    printf '%s' "$1"
+    [ $# -eq 1 ] || printf ' and %s' "${@:2}"
 }

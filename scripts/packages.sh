@@ -59,7 +59,7 @@ ensure_packages() {
     fi
     mkdir -p build
     printf '\n== %s: %s\n' "$(date '+%F %T')" "${missing[*]}" >>"$packages_log"
-    say "Installing ${#missing[@]} Debian packages and what they need (log: $packages_log): ${missing[*]}"
+    say "Installing (log: $packages_log): ${missing[*]}"
     local apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300 -o APT::Status-Fd=1)
     if ! { "${apt[@]}" update && "${apt[@]}" install --no-install-recommends "${missing[@]}"; } 2>&1 </dev/null |
         apt_progress | show_progress; then
