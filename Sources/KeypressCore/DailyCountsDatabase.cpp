@@ -1,6 +1,13 @@
 #include "KeypressCore/DailyCountsDatabase.h"
 
+#include "KeypressCore/CountLimits.h"
 #include "KeypressCore/DailyCountsStoreError.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
 
 namespace fernhollow {
 namespace {
@@ -32,32 +39,165 @@ constexpr const char* createAppRegistry = "CREATE TABLE IF NOT EXISTS app_regist
                                           "  is_hidden INTEGER NOT NULL DEFAULT 0\n"
                                           ");";
 
+constexpr const char* addToDay = "INSERT INTO daily_counts(day, count, updated_at) VALUES (?, ?, ?) "
+                                 "ON CONFLICT(day) DO UPDATE SET count = count + excluded.count, "
+                                 "updated_at = excluded.updated_at;";
+constexpr const char* addToHour = "INSERT INTO hourly_counts(day, hour, count, updated_at) "
+                                  "VALUES (?, ?, ?, ?) "
+                                  "ON CONFLICT(day, hour) DO UPDATE SET count = count + excluded.count, "
+                                  "updated_at = excluded.updated_at;";
+constexpr const char* addToAppHour = "INSERT INTO app_hour_counts(day, hour, bundle_id, count, updated_at) "
+                                     "VALUES (?, ?, ?, ?, ?) "
+                                     "ON CONFLICT(day, hour, bundle_id) DO UPDATE SET "
+                                     "count = count + excluded.count, updated_at = excluded.updated_at;";
+constexpr const char* addToRegistry = "INSERT INTO app_registry(bundle_id, app_name, first_seen, is_hidden) "
+                                      "VALUES (?, ?, ?, 0) "
+                                      "ON CONFLICT(bundle_id) DO UPDATE SET app_name = excluded.app_name;";
+
 bool isHour(int hour) {
     return static_cast<unsigned>(hour) < 24;
 }
 
+template<class Row, class Unsynced, class PlaceOf>
+std::vector<Row> withoutUnsynced(std::vector<Row> rows, const Unsynced& unsynced, PlaceOf placeOf) {
+    for (Row& row : rows) {
+        const auto found = unsynced.find(placeOf(row));
+        row.count -= found != unsynced.end() ? found->second : 0;
+    }
+    std::erase_if(rows, [](const Row& row) { return row.count <= 0; });
+    return rows;
+}
+
 } // namespace
 
-DailyCountsDatabase::DailyCountsDatabase(const std::filesystem::path& file) : connection_(file) {
+DailyCountsDatabase::DailyCountsDatabase(const std::filesystem::path& file, const DatabaseOpening& opening)
+    : connection_(file) {
+    connection_.setPatience(opening.patience);
     connection_.exec("PRAGMA journal_mode=WAL;");
     connection_.exec("PRAGMA synchronous=NORMAL;");
     connection_.exec(createDailyCounts);
     connection_.exec(createHourlyCounts);
     connection_.exec(createAppHourCounts);
     connection_.exec(createAppRegistry);
+    connection_.syncLog(); // a killed program may have left some of it in the system's memory
+    if (opening.owner != 0) {
+        claim(opening.owner);
+    }
+    if (opening.completesDays) {
+        completeDays();
+    }
+    place_.emplace(file);
+}
+
+void DailyCountsDatabase::claim(std::int32_t owner) {
+    int found = 0;
+    {
+        Statement mark(connection_, "PRAGMA application_id;");
+        found = mark.step() ? mark.integer(0) : 0;
+    }
+    if (found == 0) {
+        connection_.exec(("PRAGMA application_id=" + std::to_string(owner) + ";").c_str());
+    } else if (found != owner) {
+        throw ForeignDatabaseError(SQLITE_AUTH, "the database is another account's");
+    }
+}
+
+void DailyCountsDatabase::completeDays() {
+    CountBatch missing;
+    std::int64_t updatedAt = 0;
+    {
+        Statement select(connection_, "SELECT day, SUM(count) - IFNULL((SELECT count FROM daily_counts "
+                                      "WHERE daily_counts.day = hourly_counts.day), 0) AS missing, "
+                                      "MAX(updated_at) FROM hourly_counts WHERE count BETWEEN 1 AND ? "
+                                      "GROUP BY day HAVING missing > 0;");
+        select.bind(1, maximumDeviceDay);
+        while (select.step()) {
+            if (auto day = select.text(0)) {
+                missing.days[DayKey(std::move(*day))] = select.integer64(1);
+                updatedAt = std::max(updatedAt, select.integer64(2));
+            }
+        }
+    }
+    if (!missing.isEmpty()) {
+        const DurableCommits durable(connection_);
+        write(missing, updatedAt);
+    }
+}
+
+void DailyCountsDatabase::write(const CountBatch& counts, std::int64_t updatedAt) {
+    Transaction transaction(connection_);
+    add(counts, updatedAt);
+    transaction.commit();
+    unsynced_.add({.days = {}, .hours = counts.hours, .applications = counts.applications, .names = {}});
+}
+
+// One sync of the log per flush. It covers the presses too that were appended to the log since the last one:
+// a sync is of a file, not of a transaction. Full synchronisation for good would sync at each press. A
+// checkpoint instead would sync twice and write every page once more; a sync by ourselves after the commit
+// could fail when the commit can no longer be undone, and its presses would be added again.
+void DailyCountsDatabase::writeDurably(const CountBatch& counts, std::int64_t updatedAt) {
+    if (connection_.hasMoved()) {
+        place_->clear();
+        throw DatabaseMovedError(SQLITE_READONLY_DBMOVED, "the database was moved or deleted");
+    }
+    if (counts.isEmpty()) {
+        connection_.syncLog();
+    } else {
+        const DurableCommits durable(connection_);
+        write(counts, updatedAt);
+    }
+    unsynced_ = {};
+    if (!place_->hasLog()) {
+        connection_.exec("PRAGMA wal_checkpoint(TRUNCATE);"); // into the file, which still has a name
+    }
+}
+
+void DailyCountsDatabase::add(const CountBatch& counts, std::int64_t updatedAt) {
+    if (!counts.names.empty()) {
+        Statement insert(connection_, addToRegistry);
+        for (const auto& [bundleId, name] : counts.names) {
+            insert.reset();
+            insert.bind(1, bundleId).bind(2, name).bind(3, updatedAt).run();
+        }
+    }
+    if (!counts.applications.empty()) {
+        Statement insert(connection_, addToAppHour);
+        for (const auto& [place, count] : counts.applications) {
+            const auto& [day, hour, bundleId] = place;
+            insert.reset();
+            insert.bind(1, day.rawValue)
+                .bind(2, hour)
+                .bind(3, bundleId)
+                .bind(4, count)
+                .bind(5, updatedAt)
+                .run();
+        }
+    }
+    if (!counts.hours.empty()) {
+        Statement insert(connection_, addToHour);
+        for (const auto& [place, count] : counts.hours) {
+            insert.reset();
+            insert.bind(1, place.first.rawValue)
+                .bind(2, place.second)
+                .bind(3, count)
+                .bind(4, updatedAt)
+                .run();
+        }
+    }
+    if (!counts.days.empty()) {
+        Statement insert(connection_, addToDay);
+        for (const auto& [day, count] : counts.days) {
+            insert.reset();
+            insert.bind(1, day.rawValue).bind(2, count).bind(3, updatedAt).run();
+        }
+    }
 }
 
 void DailyCountsDatabase::increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt) {
     if (by <= 0) {
         return;
     }
-    Statement(connection_, "INSERT INTO daily_counts(day, count, updated_at) VALUES (?, ?, ?) "
-                           "ON CONFLICT(day) DO UPDATE SET count = count + excluded.count, "
-                           "updated_at = excluded.updated_at;")
-        .bind(1, day.rawValue)
-        .bind(2, by)
-        .bind(3, updatedAt)
-        .run();
+    Statement(connection_, addToDay).bind(1, day.rawValue).bind(2, by).bind(3, updatedAt).run();
 }
 
 void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int64_t by,
@@ -65,14 +205,13 @@ void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int6
     if (by <= 0 || !isHour(hour)) {
         return;
     }
-    Statement(connection_, "INSERT INTO hourly_counts(day, hour, count, updated_at) VALUES (?, ?, ?, ?) "
-                           "ON CONFLICT(day, hour) DO UPDATE SET count = count + excluded.count, "
-                           "updated_at = excluded.updated_at;")
+    Statement(connection_, addToHour)
         .bind(1, day.rawValue)
         .bind(2, hour)
         .bind(3, by)
         .bind(4, updatedAt)
         .run();
+    unsynced_.hours[{day, hour}] += by;
 }
 
 void DailyCountsDatabase::overwrite(const DayKey& day, std::int64_t count, std::int64_t updatedAt) {
@@ -147,16 +286,26 @@ void DailyCountsDatabase::incrementAppHourly(const DayKey& day, int hour, const 
     if (by <= 0 || !isHour(hour)) {
         return;
     }
-    Statement(connection_, "INSERT INTO app_hour_counts(day, hour, bundle_id, count, updated_at) "
-                           "VALUES (?, ?, ?, ?, ?) "
-                           "ON CONFLICT(day, hour, bundle_id) DO UPDATE SET count = count + excluded.count, "
-                           "updated_at = excluded.updated_at;")
+    Statement(connection_, addToAppHour)
         .bind(1, day.rawValue)
         .bind(2, hour)
         .bind(3, bundleId)
         .bind(4, by)
         .bind(5, updatedAt)
         .run();
+    unsynced_.applications[{day, hour, bundleId}] += by;
+}
+
+std::vector<HourlyCountRow> DailyCountsDatabase::fetchDurableHourlyCounts(const DayKey& day) {
+    return withoutUnsynced(fetchHourlyCounts(day), unsynced_.hours,
+                           [](const HourlyCountRow& row) { return CountBatch::Hour(row.day, row.hour); });
+}
+
+std::vector<AppHourlyCountRow> DailyCountsDatabase::fetchDurableAppHourlyCounts(const DayKey& day) {
+    return withoutUnsynced(fetchAppHourlyCounts(day), unsynced_.applications,
+                           [](const AppHourlyCountRow& row) {
+                               return CountBatch::ApplicationHour(row.day, row.hour, row.bundleId);
+                           });
 }
 
 std::vector<AppHourlyCountRow> DailyCountsDatabase::fetchAppHourlyCounts(const DayKey& day) {
@@ -190,13 +339,7 @@ std::unordered_map<std::string, std::int64_t> DailyCountsDatabase::fetchAppDaily
 
 void DailyCountsDatabase::registerApp(const std::string& bundleId, const std::string& appName,
                                       std::int64_t firstSeen) {
-    Statement(connection_, "INSERT INTO app_registry(bundle_id, app_name, first_seen, is_hidden) "
-                           "VALUES (?, ?, ?, 0) "
-                           "ON CONFLICT(bundle_id) DO UPDATE SET app_name = excluded.app_name;")
-        .bind(1, bundleId)
-        .bind(2, appName)
-        .bind(3, firstSeen)
-        .run();
+    Statement(connection_, addToRegistry).bind(1, bundleId).bind(2, appName).bind(3, firstSeen).run();
 }
 
 std::vector<AppRegistryRow> DailyCountsDatabase::fetchAppRegistry() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "KeypressCore/CountBatch.h"
+#include "KeypressCore/DatabaseOpening.h"
+#include "KeypressCore/DatabasePlace.h"
 #include "KeypressCore/Records.h"
 #include "KeypressCore/SQLiteConnection.h"
 
@@ -16,15 +19,25 @@ namespace fernhollow {
 
 /// The tables of one account's database and the statements on them, for DailyCountsStore's executor.
 ///
-/// Each operation prepares its own statement and finalizes it before it returns. Failures are
+/// Each operation prepares its own statements and finalizes them before it returns. Failures are
 /// DailyCountsStoreErrors. Hours are 0 to 23; `updatedAt` and `firstSeen` are seconds since the Unix
-/// epoch.
+/// epoch. What is not on the disk yet is in `unsynced_`: increments of hours since the last durable write.
 class DailyCountsDatabase {
 public:
     /// Opens the file, in write-ahead-log mode, and creates the tables that are missing.
-    explicit DailyCountsDatabase(const std::filesystem::path& file);
+    explicit DailyCountsDatabase(const std::filesystem::path& file, const DatabaseOpening& opening = {});
 
     void setPatience(std::chrono::milliseconds patience) { connection_.setPatience(patience); }
+
+    /// Adds all of the counts, or nothing.
+    void write(const CountBatch& counts, std::int64_t updatedAt);
+    /// Likewise; everything written up to now is on the disk when this returns, also with no counts. Fails
+    /// with a DatabaseMovedError when the file is no longer in its place, and lets another one take the
+    /// place.
+    void writeDurably(const CountBatch& counts, std::int64_t updatedAt);
+    /// Rows without what a power cut could still take away.
+    std::vector<HourlyCountRow> fetchDurableHourlyCounts(const DayKey& day);
+    std::vector<AppHourlyCountRow> fetchDurableAppHourlyCounts(const DayKey& day);
 
     void increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
     void incrementHourly(const DayKey& day, int hour, std::int64_t by, std::int64_t updatedAt);
@@ -44,7 +57,13 @@ public:
     std::optional<std::string> getAppName(const std::string& bundleId);
 
 private:
+    void claim(std::int32_t owner);
+    void completeDays();
+    void add(const CountBatch& counts, std::int64_t updatedAt);
+
     SQLiteConnection connection_;
+    std::optional<DatabasePlace> place_; // once the file and its companions are there
+    CountBatch unsynced_;
 };
 
 } // namespace fernhollow

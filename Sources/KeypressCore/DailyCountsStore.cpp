@@ -6,12 +6,33 @@
 
 namespace fernhollow {
 
-DailyCountsStore::DailyCountsStore(std::filesystem::path url)
-    : url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_)) {}
+DailyCountsStore::DailyCountsStore(std::filesystem::path url, const DatabaseOpening& opening)
+    : url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_, opening)) {}
 
 DailyCountsStore::~DailyCountsStore() {
     // The executor's thread closes the database: a close writes the log back into the file.
     executor_.run([database = std::move(database_)]() mutable { database.reset(); });
+}
+
+Future<void> DailyCountsStore::write(CountBatch counts, std::int64_t updatedAt) {
+    return executor_.run(
+        [db = database_.get(), counts = std::move(counts), updatedAt] { db->write(counts, updatedAt); });
+}
+
+Future<void> DailyCountsStore::writeDurably(CountBatch counts, std::int64_t updatedAt) {
+    return executor_.run([db = database_.get(), counts = std::move(counts), updatedAt] {
+        db->writeDurably(counts, updatedAt);
+    });
+}
+
+Future<std::vector<HourlyCountRow>> DailyCountsStore::fetchDurableHourlyCounts(DayKey day) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day)] { return db->fetchDurableHourlyCounts(day); });
+}
+
+Future<std::vector<AppHourlyCountRow>> DailyCountsStore::fetchDurableAppHourlyCounts(DayKey day) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day)] { return db->fetchDurableAppHourlyCounts(day); });
 }
 
 Future<void> DailyCountsStore::increment(DayKey day, std::int64_t by, std::int64_t updatedAt) {

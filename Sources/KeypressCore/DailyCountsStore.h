@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KeypressCore/CountBatch.h"
+#include "KeypressCore/DatabaseOpening.h"
 #include "KeypressCore/Records.h"
 #include "Support/SerialExecutor.h"
 
@@ -30,12 +32,24 @@ class DailyCountsDatabase;
 class DailyCountsStore {
 public:
     /// Opens the database, on the caller's thread, and creates what is missing of it.
-    explicit DailyCountsStore(std::filesystem::path url);
+    explicit DailyCountsStore(std::filesystem::path url, const DatabaseOpening& opening = {});
     ~DailyCountsStore();
     DailyCountsStore(const DailyCountsStore&) = delete;
     DailyCountsStore& operator=(const DailyCountsStore&) = delete;
 
     const std::filesystem::path& url() const { return url_; }
+
+    /// Adds all of the counts, or nothing.
+    Future<void> write(CountBatch counts, std::int64_t updatedAt);
+    /// Likewise; everything written up to now is on the disk once this is done. Fails with a
+    /// DatabaseMovedError when the file is no longer in its place; another store can then be opened there.
+    Future<void> writeDurably(CountBatch counts, std::int64_t updatedAt);
+
+    // What may be uploaded: the rows without what a power cut could still take away. A backend that knew more
+    // of this machine than its disk would be added to the disk's count at the next start. The days' counts
+    // need no such operation as long as whatever is uploaded of them was written durably.
+    Future<std::vector<HourlyCountRow>> fetchDurableHourlyCounts(DayKey day);
+    Future<std::vector<AppHourlyCountRow>> fetchDurableAppHourlyCounts(DayKey day);
 
     /// Adds to the day's count; nothing happens unless `by` is 1 or more.
     Future<void> increment(DayKey day, std::int64_t by, std::int64_t updatedAt);

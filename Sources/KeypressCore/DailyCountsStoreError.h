@@ -14,12 +14,27 @@ public:
 
     int code() const { return code_; }
     const std::string& message() const { return message_; }
+    /// Whether the file is no database, or a damaged one, and not only out of reach for now.
+    bool isUnreadable() const;
     const char* what() const noexcept override { return description_.c_str(); }
 
 private:
     int code_;
     std::string message_;
     std::string description_;
+};
+
+/// The file at the place of the database is another one by now, or there is none. What was written since the
+/// last durable write may be lost with it.
+class DatabaseMovedError : public DailyCountsStoreError {
+public:
+    using DailyCountsStoreError::DailyCountsStoreError;
+};
+
+/// The database belongs to another account.
+class ForeignDatabaseError : public DailyCountsStoreError {
+public:
+    using DailyCountsStoreError::DailyCountsStoreError;
 };
 
 } // namespace fernhollow

@@ -20,6 +20,10 @@ std::string orUnknown(const char* message) {
 
 } // namespace
 
+bool DailyCountsStoreError::isUnreadable() const {
+    return code_ == SQLITE_NOTADB || code_ == SQLITE_CORRUPT;
+}
+
 void SQLiteConnection::Close::operator()(sqlite3* db) const {
     sqlite3_close(db);
 }
@@ -60,6 +64,25 @@ void SQLiteConnection::exec(const char* sql) {
     if (code != SQLITE_OK) {
         throw DailyCountsStoreError(code, message ? message.get() : orUnknown(sqlite3_errmsg(db_.get())));
     }
+}
+
+void SQLiteConnection::syncLog() {
+    sqlite3_file* log = nullptr;
+    sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER, static_cast<void*>(&log));
+    sqlite3_int64 size = 0;
+    if (log == nullptr || log->pMethods == nullptr || log->pMethods->xFileSize(log, &size) != SQLITE_OK ||
+        size == 0) {
+        return;
+    }
+    if (const int code = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL); code != SQLITE_OK) {
+        throw DailyCountsStoreError(code, "the log cannot be synced");
+    }
+}
+
+bool SQLiteConnection::hasMoved() const {
+    int hasMoved = 0;
+    sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    return hasMoved != 0;
 }
 
 void SQLiteConnection::fail(int code) const {
@@ -130,6 +153,18 @@ int Statement::integer(int column) const {
 
 std::int64_t Statement::integer64(int column) const {
     return sqlite3_column_int64(statement_.get(), column);
+}
+
+DurableCommits::DurableCommits(SQLiteConnection& connection) : connection_(connection) {
+    connection_.exec("PRAGMA synchronous=FULL;");
+}
+
+DurableCommits::~DurableCommits() {
+    try {
+        connection_.exec("PRAGMA synchronous=NORMAL;");
+    } catch (const DailyCountsStoreError&) {
+        return; // commits then are durable for longer than they have to be
+    }
 }
 
 Transaction::Transaction(SQLiteConnection& connection) : connection_(connection) {

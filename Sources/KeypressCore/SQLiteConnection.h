@@ -32,6 +32,12 @@ public:
     /// Runs statements that give no rows.
     void exec(const char* sql);
 
+    /// Brings onto the disk what the write-ahead log holds, whichever process wrote it there.
+    void syncLog();
+
+    /// Whether the file was moved, deleted or replaced since it was opened.
+    bool hasMoved() const;
+
     /// A failure with `code` and the connection's current message.
     [[noreturn]] void fail(int code) const;
 
@@ -78,6 +84,21 @@ private:
 
     SQLiteConnection& connection_;
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+/// While it is in scope a commit returns when its changes, and all earlier ones, are on the disk.
+///
+/// Outside of it a commit leaves them in the system's memory, from where they survive the end of this process
+/// but not a power cut. A commit whose sync fails is undone as a whole, so that it can be tried again.
+class DurableCommits {
+public:
+    explicit DurableCommits(SQLiteConnection& connection);
+    ~DurableCommits();
+    DurableCommits(const DurableCommits&) = delete;
+    DurableCommits& operator=(const DurableCommits&) = delete;
+
+private:
+    SQLiteConnection& connection_;
 };
 
 /// A write transaction that is rolled back unless it was committed.
