@@ -1,4 +1,4 @@
-"""A database that cannot be used: the program says so in its log, counts on screen and breaks nothing."""
+"""A database that cannot be used: the program says so in its log, goes on counting and breaks nothing."""
 
 import contextlib
 import os
@@ -54,9 +54,16 @@ class StorageTrouble(DesktopTest):
         self.assertEqual(self.program.quit(), 0)
         self.assertEqual(self.database.read_bytes(), contents)
 
-    def test_a_file_that_is_no_database(self):
-        self.database.write_bytes(b"these are not the tables you are looking for\n" * 200)
-        self.expect_counting_on_screen_only()
+    def test_a_file_that_is_no_database_is_set_aside(self):
+        text = b"these are not the tables you are looking for\n" * 200
+        self.database.write_bytes(text)
+        self.program.start()
+        self.type(30)
+        self.assertEqual(self.program.quit(), 0)
+        self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: 30})
+        (aside,) = self.database.parent.glob("*.unreadable-*")
+        self.assertEqual(aside.read_bytes(), text)
+        self.assertIn(aside.name, self.program.log())
 
     def test_a_data_folder_without_permission_to_write(self):
         if os.geteuid() == 0:
@@ -98,17 +105,32 @@ class StorageTrouble(DesktopTest):
         self.program.quit()
         self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 15})
 
-    def test_a_lock_while_it_runs_delays_the_day_but_loses_none_of_it(self):
-        self.program.start()
-        self.program.expect_count(self.began_with + 10)
-        holder = self.lock("BEGIN IMMEDIATE")
-        self.type(20)
-        time.sleep(FLUSH)
-        self.program.expect_running()
-        processes.end(holder)
-        self.type(5)
-        self.program.quit()
-        self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 35})
+    def test_a_lock_at_the_start_or_while_it_runs_loses_nothing(self):
+        exclusively = ("PRAGMA locking_mode=EXCLUSIVE", "BEGIN EXCLUSIVE")
+        expected = self.began_with + 10
+        for lock, is_at_start in (exclusively, True), (("BEGIN IMMEDIATE",), False):
+            with self.subTest(lock=lock):
+                if is_at_start:
+                    holder = self.lock(*lock)
+                    self.program.start()
+                else:
+                    self.program.start()
+                    self.program.expect_count(expected)
+                    holder = self.lock(*lock)
+                self.type(20)
+                time.sleep(FLUSH)
+                self.program.expect_running()
+                processes.end(holder)
+                time.sleep(FLUSH)
+                self.type(5)
+                self.program.quit()
+                expected += 25
+                self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: expected})
+                self.assertEqual(self.hours(), expected)
+
+    def hours(self):
+        with contextlib.closing(sqlite3.connect(self.database)) as database:
+            return database.execute("SELECT SUM(count) FROM hourly_counts").fetchone()[0]
 
 
 if __name__ == "__main__":

@@ -1,7 +1,7 @@
 #include "Model/KeychainStore.h"
 #include "ModelFixture.h"
 
-#include <fstream>
+#include <filesystem>
 
 namespace fernhollow::tests {
 namespace {
@@ -57,14 +57,13 @@ TEST_F(ChangingAccounts, IgnoresASecondSignInWithTheSameAddress) {
 TEST_F(ChangingAccounts, GoesOnWithoutAStoreWhenTheDatabaseIsUnusable) {
     signIn("ana@example.com");
     const auto file = DailyCountsStore::urlForAccount("ana@example.com");
-    std::ofstream(file) << "this is no database, and it is somebody's";
+    std::filesystem::create_directory(file);
     start();
     press(3);
     flush();
     EXPECT_EQ(model_->menuBarTitle(), "3");
-    EXPECT_EQ(contents(file), "this is no database, and it is somebody's");
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Failed to create account-specific store: "
-                                       "SQLiteError(26): file is not a database\n"));
+                                       "SQLiteError(14): Failed to open database\n"));
     EXPECT_THAT(home_.log(), HasSubstr(file.native()));
     signInAndSettle("ben@example.com"); // another account is none the worse
     press(1);

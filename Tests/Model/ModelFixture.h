@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <memory>
 
 namespace fernhollow::tests {
 
@@ -56,6 +57,8 @@ protected:
             const std::weak_ptr<AppTracker> tracker = model_->appTracker().weak_from_this();
             const std::weak_ptr<AppModel> model = std::exchange(model_, nullptr);
             EXPECT_TRUE(waitUntil([&] { return model.expired() && tracker.expired(); }));
+            std::destroy_at(&tasks_); // a stopped scope begins nothing more; the next model needs another one
+            std::construct_at(&tasks_);
         }
     }
 

@@ -39,6 +39,7 @@ protected:
 
     /// A coordinator without a model.
     void startSync() {
+        await(store_->writeDurably({}, 1));
         coordinator_ = makeCoordinator(store_);
         settle();
     }
@@ -57,8 +58,12 @@ protected:
             SupabaseConfig{server_.url(), "the.anon.key"});
     }
 
-    /// Lets time pass and what it wakes up come to its end.
+    /// Lets time pass and what it wakes up come to its end. What a test wrote to its store is on the disk
+    /// then.
     void pass(std::chrono::milliseconds time) {
+        if (store_) {
+            await(store_->writeDurably({}, 1));
+        }
         settle();
         clock_.advance(time);
         settle();

@@ -19,6 +19,11 @@
 namespace fernhollow {
 namespace {
 
+using namespace std::chrono_literals;
+
+// For another process's short transaction at the moment of the start.
+constexpr auto openingPatience = 500ms;
+
 constexpr const char* deviceIdAccount = "deviceId";
 
 std::string readOrCreateDeviceId() {
@@ -28,16 +33,6 @@ std::string readOrCreateDeviceId() {
     auto created = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
     UserDefaults::setString(KeychainStore::key(deviceIdAccount), created);
     return created;
-}
-
-void migrateLegacyDatabase(const std::string& email) {
-    try {
-        if (DailyCountsStore::migrateGlobalDataToAccount(email)) {
-            debugLog("[AppModel] Migrated legacy global database to account: " + email);
-        }
-    } catch (const std::exception& error) {
-        debugLog(std::string("[AppModel] Migration failed (non-fatal): ") + error.what());
-    }
 }
 
 } // namespace
@@ -63,7 +58,7 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
     const auto weak = weak_from_this();
     if (!currentAccountEmail_) {
         debugLog("[AppModel] No account logged in - store is nil");
-    } else if (openStore(*currentAccountEmail_)) {
+    } else if (openStore(openingPatience)) {
         debugLog("[AppModel] Initialized with account-specific store for: " + *currentAccountEmail_);
     }
     appTracker_ = AppTracker::create(clock_, tasks_, store_);
@@ -130,34 +125,6 @@ void AppModel::stopLoops() {
     isKeyboardMonitorRunning_ = false;
 }
 
-bool AppModel::openStore(const std::string& email) {
-    migrateLegacyDatabase(email);
-    try {
-        auto url = DailyCountsStore::urlForAccount(email);
-        try {
-            store_ = std::make_shared<DailyCountsStore>(url);
-            if (makeSync_) {
-                cloudSync_ = makeSync_(store_, account_, deviceId_);
-            }
-            return true;
-        } catch (const DailyCountsStoreError&) {
-            debugLog("[AppModel] Cannot use the database " + url.native());
-            throw;
-        }
-    } catch (const std::exception& error) {
-        debugLog(std::string("[AppModel] Failed to create account-specific store: ") + error.what());
-    }
-    return false;
-}
-
-void AppModel::closeStore() {
-    devicesAsked_.reset();
-    if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
-        cloudSync->reset();
-    }
-    store_.reset();
-}
-
 void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     if (newEmail == currentAccountEmail_) {
         debugLog("[AppModel] Account change skipped - same email");
@@ -167,6 +134,11 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
              newEmail.value_or("none"));
     closeStore();
     pending_ = 0;
+    missing_ = {};
+    written_ = {};
+    completesDays_ = false; // what the change of account discarded is not brought back by a second one
+    openingFailure_.clear();
+    areCountsSaved.set(true);
     localTodayCount_ = 0;
     todayCount.set(0);
     todayCountAggregated.set(0);
@@ -180,7 +152,7 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     if (!newEmail) {
         appTracker_->updateStore(nullptr);
         debugLog("[AppModel] Cleared store on sign out");
-    } else if (openStore(*newEmail)) {
+    } else if (openStore(openingPatience)) {
         appTracker_->updateStore(store_);
         debugLog("[AppModel] Switched to account-specific store for: " + *newEmail);
         tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });

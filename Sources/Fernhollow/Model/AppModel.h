@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KeypressCore/Calendar.h"
+#include "KeypressCore/CountBatch.h"
 #include "KeypressCore/DayKey.h"
 #include "Model/AppTracker.h"
 #include "Model/CloudSyncCoordinator.h"
@@ -31,7 +32,9 @@ class TaskScope;
 /// The central counting model: takes presses, shows them at once, and sees that they reach the disk.
 ///
 /// Each press is written to the hourly table straight away and, in batches every 15 seconds, to the
-/// daily table; until then it is in `pending`. Every second the model looks for a new day, reads today's
+/// daily table; until then it is in `pending`. A flush is one transaction that is on the disk when it is
+/// done; what a store did not take stays here for the next flush, and so does everything while the store of
+/// the signed-in account cannot be opened. Every second the model looks for a new day, reads today's
 /// count and the history again and merges them with what the sync engine knows of the account's other
 /// machines. It owns the store and the sync engine of the signed-in account and changes them with the
 /// account. Created once at start, main thread only; shut down before it is let go.
@@ -55,6 +58,9 @@ public:
     Published<std::vector<DailyCountPoint>> last30Days{*this};    ///< oldest first, today last
     Published<std::optional<ProductivityMetrics>> metrics{*this}; ///< absent until the first refresh
     Published<bool> isPaused{*this};                              ///< while true, presses are not counted
+    /// False from a flush that could not save what was counted until one that could. True while nobody is
+    /// signed in: nothing is to be saved then.
+    Published<bool> areCountsSaved{*this, true};
 
     AppTracker& appTracker() { return *appTracker_; }
     const AppTracker& appTracker() const { return *appTracker_; }
@@ -89,7 +95,12 @@ private:
     void startRefreshLoop();
     void refreshKeyboardMonitorState();
     void handleAccountChange(const std::optional<std::string>& newEmail);
-    bool openStore(const std::string& email);
+
+    // The store of the signed-in account, in AppModelStore.cpp.
+    bool openStore(std::chrono::milliseconds patience);
+    void openMissingStore(std::chrono::milliseconds patience);
+    enum class Loss { moved, unreadable };
+    void replaceStore(Loss loss);
     void closeStore();
     QCoro::Task<> refreshTodayFromDisk();
     void showToday(std::int64_t remoteTotal);
@@ -144,14 +155,21 @@ private:
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
                                      std::int64_t count);
-    static QCoro::Task<> writeDaily(std::shared_ptr<AppModel> self, std::int64_t count);
-    struct EndedDay {
+
+    // Flushing, in AppModelFlushing.cpp.
+    struct Flush {
         std::shared_ptr<DailyCountsStore> store;
-        std::shared_ptr<CloudSyncCoordinator> cloudSync;
-        DayKey day;
-        std::int64_t pending;
+        CountBatch counts;  // to be written
+        CountBatch written; // what went to the store before, and is on the disk with the flush
     };
-    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, EndedDay ended);
+    Flush takeFlush();
+    void giveBack(const Flush& flush, const std::string& failure);
+    void addUnwritten(const CountBatch& counts);
+    void noteSaved(const Flush& flush);
+    bool hasUnwritten() const;
+    void logUnwritten() const;
+    static QCoro::Task<bool> write(std::shared_ptr<AppModel> self, Flush flush);
+    static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, Flush flush, DayKey day);
 
     Clock& clock_;
     TaskScope& tasks_;
@@ -167,7 +185,9 @@ private:
     std::unique_ptr<KeyPressMonitor> keyboardMonitor_;
     bool isKeyboardMonitorRunning_ = false;
     DayKey currentDay_;
-    std::int64_t pending_ = 0;
+    std::int64_t pending_ = 0; // of `currentDay_`
+    CountBatch missing_;       // hours, and days that have ended, which no write has brought to the store
+    CountBatch written_; // hours that went to the store since the last flush, and are lost with its file
     std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
     RecentDays recentDays_;
@@ -180,7 +200,9 @@ private:
     std::optional<std::stop_source> flushTask_;
     std::optional<std::stop_source> refreshTask_;
     std::vector<Observation> cancellables_;
+    bool completesDays_ = true;     // until the account of the start is open, or another one signs in
     bool hourlyWritesFail_ = false; // keeps a full disk from filling the log with each press
+    std::string openingFailure_;    // the last one that was logged; tried again with each flush
 };
 
 } // namespace fernhollow

@@ -1,5 +1,8 @@
 // The path of a press through the model: on screen at once, to the hourly table at once, to the daily
 // table with the next flush.
+//
+// A press marks its day dirty for the sync engine at once too, so that the engine wakes up when somebody
+// begins to type. What it then sends is what the last flush made durable, never the press itself.
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
@@ -12,18 +15,6 @@
 #include <utility>
 
 namespace fernhollow {
-namespace {
-
-using namespace std::chrono_literals;
-
-// The most that a crash costs the daily table, against one write of it per press.
-constexpr auto flushInterval = 15s;
-
-// For locks of other processes while the program runs: presses must not queue up behind one.
-constexpr auto usualPatience = 500ms;
-
-} // namespace
-
 std::string AppModel::menuBarTitle() const {
     return numberText_(todayCountAggregated.get() >= 1 ? todayCountAggregated.get() : todayCount.get());
 }
@@ -57,9 +48,14 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
                                     std::int64_t count) {
     const auto store = self->store_;
     const auto cloudSync = self->cloudSync_;
+    const CountBatch counts{.days = {}, .hours = {{{day, hour}, count}}, .applications = {}, .names = {}};
     if (!store) {
+        if (self->currentAccountEmail_) {
+            self->missing_.add(counts); // for the first flush with a store
+        }
         co_return;
     }
+    self->written_.add(counts);
     try {
         co_await store->incrementHourly(day, hour, count, unixSeconds(self->clock_.now()));
         self->hourlyWritesFail_ = false;
@@ -68,88 +64,13 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
             debugLog("[AppModel] Hourly counts are not written to " + store->url().native() + ": " +
                      error.what());
         }
+        if (store == self->store_) { // else they went along with what that store's file had
+            self->written_.subtract(counts);
+            self->missing_.add(counts);
+        }
     }
     if (cloudSync) {
         cloudSync->markDirty(std::move(day), hour);
-    }
-}
-
-QCoro::Task<> AppModel::flushPending() {
-    const auto self = shared_from_this();
-    rolloverIfNeeded(clock_.now());
-    co_await appTracker_->flushPending();
-    const bool hasPresses = pending_ >= 1;
-    if (hasPresses) {
-        co_await writeDaily(self, std::exchange(pending_, 0));
-    }
-    co_await refreshFromDisk();
-    if (hasPresses && cloudSync_) {
-        cloudSync_->notifyFlushCompleted();
-    }
-}
-
-// Taken from `pending` before the write: presses that arrive meanwhile belong to the next flush.
-QCoro::Task<> AppModel::writeDaily(std::shared_ptr<AppModel> self, std::int64_t count) {
-    const auto store = self->store_;
-    const DayKey day = self->currentDay_;
-    if (!store) {
-        co_return;
-    }
-    ++self->dailyWrites_;
-    try {
-        co_await store->increment(day, count, unixSeconds(self->clock_.now()));
-        // What was uploaded at the presses lacked them in the day's count.
-        if (self->cloudSync_ && store == self->store_) {
-            self->cloudSync_->markDirty(day, std::nullopt);
-        }
-    } catch (const DailyCountsStoreError& error) {
-        if (store == self->store_ &&
-            day == self->currentDay_) { // else `pending` is another day's or account's
-            self->pending_ += count;
-        } else {
-            debugLog("[AppModel] " + std::to_string(count) + " presses of " + day.rawValue +
-                     " were not written to " + store->url().native() + ": " + error.what());
-        }
-    }
-}
-
-bool AppModel::flushNow(std::chrono::milliseconds limit) {
-    if (store_) {
-        store_->setPatience(limit / 2); // there is no later try; the rest of the time is for the writes
-    }
-    tasks_.beginWaiting();
-    appTracker_->flushPending();
-    writeDaily(shared_from_this(), std::exchange(pending_, 0));
-    tasks_.beginWaiting(); // what the above started, the last writes of a day that has just ended
-    if (!store_) {
-        return true;
-    }
-    const bool isIdle = store_->waitUntilIdle(limit);
-    store_->setPatience(usualPatience);
-    if (pending_ > 0) { // came back from a write that failed
-        debugLog("[AppModel] " + std::to_string(pending_) + " presses of " + currentDay_.rawValue +
-                 " are not written to " + store_->url().native());
-    }
-    return isIdle && pending_ == 0;
-}
-
-void AppModel::startFlushLoop() {
-    if (flushTask_) {
-        flushTask_->request_stop();
-    }
-    flushTask_.emplace();
-    tasks_.start([weak = weak_from_this(), stop = flushTask_->get_token()](std::stop_token) {
-        const auto self = weak.lock();
-        return self ? flushLoop(self, stop) : noTask();
-    });
-}
-
-QCoro::Task<> AppModel::flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop) {
-    while (co_await Sleep(self->clock_, flushInterval, stop)) {
-        co_await self->flushPending();
-        if (stop.stop_requested()) {
-            co_return;
-        }
     }
 }
 

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <utility>
 
 namespace fernhollow {
@@ -42,22 +43,22 @@ bool AppModel::rolloverIfNeeded(Instant now) {
     if (cloudSync_) {
         cloudSync_->forceResetTodayCaches(); // before anybody can ask for the total again
     }
-    tasks_.start([self = shared_from_this(), ended = EndedDay{store_, cloudSync_, oldDay, oldPending}](
-                     std::stop_token) { return finishDay(self, ended); });
+    if (oldPending >= 1 && currentAccountEmail_) {
+        missing_.days[oldDay] += oldPending;
+    }
+    Flush flush = store_ && hasUnwritten() ? takeFlush() : Flush{};
+    tasks_.start([self = shared_from_this(), flush = std::move(flush), oldDay](std::stop_token) {
+        return finishDay(self, flush, oldDay);
+    });
     return true;
 }
 
-QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, EndedDay ended) {
-    if (ended.store && ended.pending >= 1) {
-        try {
-            co_await ended.store->increment(ended.day, ended.pending, unixSeconds(self->clock_.now()));
-        } catch (const DailyCountsStoreError& error) {
-            debugLog("[AppModel] " + std::to_string(ended.pending) + " presses of " + ended.day.rawValue +
-                     " were not written to " + ended.store->url().native() + ": " + error.what());
-        }
+QCoro::Task<> AppModel::finishDay(std::shared_ptr<AppModel> self, Flush flush, DayKey day) {
+    if (flush.store) {
+        co_await write(self, std::move(flush));
     }
-    if (ended.cloudSync) {
-        ended.cloudSync->markDirty(ended.day, std::nullopt);
+    if (self->cloudSync_) {
+        self->cloudSync_->markDirty(day, std::nullopt);
     }
     co_await self->refreshFromDisk();
 }
@@ -75,8 +76,16 @@ void AppModel::startRefreshLoop() {
 
 QCoro::Task<> AppModel::refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop) {
     while (co_await Sleep(self->clock_, refreshInterval, stop)) {
-        self->refreshKeyboardMonitorState();
-        co_await self->refreshFromDisk();
+        try {
+            self->refreshKeyboardMonitorState();
+            // Before the reads, so that the store wakes up once; the end of the program costs a second's
+            // applications at most.
+            const auto writing = self->appTracker_->flushPending();
+            co_await self->refreshFromDisk();
+            co_await writing;
+        } catch (const std::exception& error) { // a turn that fails must not be the last one
+            debugLog(std::string("[AppModel] A refresh failed: ") + error.what());
+        }
         if (stop.stop_requested()) {
             co_return;
         }

@@ -78,7 +78,7 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
     }
     rolloverIfNeeded(now);
     const int hour = calendar_.hour(now);
-    ++pending_.counts[hour][bundleId];
+    ++pending_.applications[{currentDay_, hour, bundleId}];
     pending_.names[bundleId] = appName;
     updateDisplayData(hour, bundleId, appName, 1);
 }
@@ -109,39 +109,50 @@ void AppTracker::updateDisplayData(int hour, const std::string& bundleId, const 
 }
 
 QCoro::Task<> AppTracker::flushPending() {
-    if (!store_ || pending_.counts.empty()) {
+    if (!store_ || pending_.isEmpty()) {
         co_return;
     }
-    const auto self = shared_from_this();
-    ++flushes_;
-    co_await write(store_, std::exchange(pending_, {}), currentDay_, unixSeconds(clock_.now()));
-    co_await loadRegistry();
+    co_await write(shared_from_this(), store_, takePending());
 }
 
-// Everything is asked of the store before the first wait, so that a program about to end loses nothing.
-QCoro::Task<> AppTracker::write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day,
-                                std::int64_t now) {
-    struct Write {
-        std::string failure;
-        Future<void> done;
-    };
-    std::vector<Write> writes;
-    for (const auto& [bundleId, name] : buffer.names) {
-        writes.push_back(
-            {"[AppTracker] Failed to register app " + bundleId, store->registerApp(bundleId, name, now)});
-    }
-    for (const auto& [hour, counts] : buffer.counts) {
-        for (const auto& [bundleId, count] : counts) {
-            writes.push_back({"[AppTracker] Failed to increment app count for " + bundleId,
-                              store->incrementAppHourly(day, hour, bundleId, count, now)});
+CountBatch AppTracker::takePending() {
+    ++flushes_;
+    CountBatch taken = std::exchange(pending_, {});
+    for (const AppRegistryRow& app : appRegistry.get()) { // a name that is known needs no write
+        if (const auto name = taken.names.find(app.bundleId);
+            name != taken.names.end() && name->second == app.appName) {
+            taken.names.erase(name);
         }
     }
-    for (auto& [failure, done] : writes) {
-        try {
-            co_await done;
-        } catch (const DailyCountsStoreError& error) {
-            debugLog(failure + ": " + error.what());
+    return taken;
+}
+
+void AppTracker::giveBack(const CountBatch& counts) {
+    pending_.add({.days = {}, .hours = {}, .applications = counts.applications, .names = counts.names});
+}
+
+// Asked of the store before the first wait, so that a program about to end loses nothing.
+QCoro::Task<> AppTracker::write(std::shared_ptr<AppTracker> self, std::shared_ptr<DailyCountsStore> store,
+                                CountBatch counts) {
+    self->written_.add(counts);
+    try {
+        co_await store->write(counts, unixSeconds(self->clock_.now()));
+        self->writesFail_ = false;
+    } catch (const DailyCountsStoreError& error) {
+        if (!std::exchange(self->writesFail_, true)) {
+            for (const auto& [place, count] : counts.applications) {
+                debugLog("[AppTracker] Failed to increment app count for " + std::get<2>(place) + ": " +
+                         error.what());
+            }
         }
+        if (store == self->store_) { // else they are another account's, or went along with that store's
+            self->written_.subtract(counts);
+            self->giveBack(counts);
+        }
+        co_return;
+    }
+    if (!counts.names.empty()) {
+        co_await self->loadRegistry();
     }
 }
 
@@ -166,24 +177,20 @@ QCoro::Task<> AppTracker::loadRegistry() {
     }
 }
 
-// What the old day's buffer holds is still the old day's, and is written there.
+// What the buffer holds of the old day stays the old day's.
 void AppTracker::rolloverIfNeeded(Instant now) {
     DayKey today(now, calendar_);
     if (today == currentDay_) {
         return;
     }
     debugLog("[AppTracker] Day rollover detected: " + currentDay_.rawValue + " -> " + today.rawValue);
-    const DayKey oldDay = std::exchange(currentDay_, std::move(today));
+    currentDay_ = std::move(today);
     todayHourlyByApp.set({});
     todayAppTotals.set({});
     shownRows_.reset();
-    Buffer old = std::exchange(pending_, {});
-    if (store_ && !old.counts.empty()) {
-        // Asked for here, so that whoever reads the old day from now on finds its last presses there.
-        const auto writing =
-            std::make_shared<QCoro::Task<>>(write(store_, std::move(old), oldDay, unixSeconds(now)));
-        tasks_.start([writing](std::stop_token) { return std::move(*writing); });
-    }
+    // Asked for here, so that whoever reads the old day from now on finds its last presses there.
+    const auto writing = std::make_shared<QCoro::Task<>>(flushPending());
+    tasks_.start([writing](std::stop_token) { return std::move(*writing); });
 }
 
 QCoro::Task<> AppTracker::refreshFromDisk() {
@@ -211,10 +218,10 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
 }
 
 void AppTracker::publish(TodayRows rows) {
-    if (pending_.counts.empty() && rows == shownRows_) {
+    if (pending_.isEmpty() && rows == shownRows_) {
         return; // each second, most of the time
     }
-    std::unordered_map<std::string, std::string> names = pending_.names;
+    std::map<std::string, std::string> names = pending_.names;
     std::unordered_map<std::string, bool> hidden;
     for (const AppRegistryRow& app : rows.registry) {
         names.try_emplace(app.bundleId, app.appName);
@@ -226,8 +233,9 @@ void AppTracker::publish(TodayRows rows) {
             counts[row.hour][row.bundleId] += row.count;
         }
     }
-    for (const auto& [hour, pending] : pending_.counts) {
-        for (const auto& [bundleId, count] : pending) {
+    for (const auto& [place, count] : pending_.applications) {
+        const auto& [day, hour, bundleId] = place;
+        if (day == currentDay_) {
             counts[hour][bundleId] += count;
         }
     }
@@ -255,7 +263,7 @@ void AppTracker::publish(TodayRows rows) {
     if (!showsTheSame(totals, todayAppTotals.get())) {
         todayAppTotals.set(std::move(totals));
     }
-    if (pending_.counts.empty()) {
+    if (pending_.isEmpty()) {
         shownRows_ = std::move(rows);
     }
 }
@@ -263,6 +271,7 @@ void AppTracker::publish(TodayRows rows) {
 void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
     store_ = std::move(store);
     pending_ = {};
+    written_ = {};
     todayHourlyByApp.set({});
     todayAppTotals.set({});
     last30DaysAppDaily.set({});
@@ -271,6 +280,17 @@ void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
     pastDays_ = {};
     currentDay_ = DayKey(clock_.now(), calendar_);
     debugLog("[AppTracker] Store updated, all caches cleared");
+    tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });
+}
+
+void AppTracker::continueWith(std::shared_ptr<DailyCountsStore> store) {
+    store_ = std::move(store);
+    shownRows_.reset();
+    pastDays_ = {};
+    for (const AppRegistryRow& app : appRegistry.get()) { // the other store may not know them
+        pending_.names.try_emplace(app.bundleId, app.appName);
+    }
+    appRegistry.set({});
     tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KeypressCore/Calendar.h"
+#include "KeypressCore/CountBatch.h"
 #include "KeypressCore/Records.h"
 #include "Model/RecentDays.h"
 #include "Model/Sync/RemoteCaches.h"
@@ -16,6 +17,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace fernhollow {
@@ -26,8 +28,8 @@ class TaskScope;
 /// Attributes each press to the application in front and keeps today's totals per hour and application.
 ///
 /// Presses change the published lists at once and wait in a buffer until a flush hands them to the
-/// store; a refresh rebuilds the lists from the store and the buffer. Presses in this program's own
-/// windows are left out. Owned by AppModel; main thread only.
+/// store; a refresh rebuilds the lists from the store and the buffer. What the store did not take comes back
+/// into the buffer. Presses in this program's own windows are left out. Owned by AppModel; main thread only.
 class AppTracker : public Observable, public std::enable_shared_from_this<AppTracker> {
 public:
     /// One application's total for today.
@@ -91,8 +93,19 @@ public:
     /// One press at `now`.
     void recordKeystroke(const std::string& bundleId, const std::string& appName, Instant now);
 
-    /// Writes the buffer to the store. The writes are on their way when this returns or first waits.
+    /// Writes the buffer to the store, not durably. The write is on its way when this returns or first waits.
     QCoro::Task<> flushPending();
+
+    /// The buffer, for a flush that writes it together with the days.
+    CountBatch takePending();
+    /// What a flush could not write after all.
+    void giveBack(const CountBatch& counts);
+    bool hasPending() const { return !pending_.isEmpty(); }
+    /// What went to the store since the last flush. It is lost with a file that goes away.
+    const CountBatch& written() const { return written_; }
+    CountBatch takeWritten() { return std::exchange(written_, {}); }
+    void noteDurable(const CountBatch& counts) { written_.subtract(counts); }
+
     QCoro::Task<> loadRegistry();
     QCoro::Task<> refreshFromDisk();
 
@@ -107,18 +120,15 @@ public:
 
     /// Switches to another store, or to none, and forgets everything of the one before.
     void updateStore(std::shared_ptr<DailyCountsStore> store);
+    /// Goes on with another store of the same account, or without one for a while, and forgets nothing.
+    void continueWith(std::shared_ptr<DailyCountsStore> store);
 
 private:
     using CountsByApp = std::unordered_map<std::string, std::int64_t>;
-    struct Buffer {
-        std::map<int, CountsByApp> counts; // by hour
-        std::unordered_map<std::string, std::string> names;
-    };
-
     AppTracker(const Clock& clock, TaskScope& tasks, std::shared_ptr<DailyCountsStore> store);
 
-    static QCoro::Task<> write(std::shared_ptr<DailyCountsStore> store, Buffer buffer, DayKey day,
-                               std::int64_t now);
+    static QCoro::Task<> write(std::shared_ptr<AppTracker> self, std::shared_ptr<DailyCountsStore> store,
+                               CountBatch counts);
     static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
 
     /// This machine's totals of the last 29 past days; nothing of a day that cannot be read.
@@ -145,7 +155,9 @@ private:
     TaskScope& tasks_;
     std::shared_ptr<DailyCountsStore> store_;
     Calendar calendar_ = Calendar::autoupdatingCurrent();
-    Buffer pending_;
+    CountBatch pending_;       // applications and their names alone
+    CountBatch written_;       // likewise
+    bool writesFail_ = false;  // keeps a full disk from filling the log
     std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
     DayKey currentDay_;
     std::optional<TodayRows> shownRows_; // absent once a press or another day changed what is shown

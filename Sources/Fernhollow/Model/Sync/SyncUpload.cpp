@@ -138,7 +138,7 @@ QCoro::Task<> SyncEngine::uploadDay(Self self, Shared session, DayKey day) {
 QCoro::Task<> SyncEngine::uploadHours(Self self, Shared session, DayKey day) {
     std::vector<HourlyCountRow> rows;
     try {
-        rows = co_await self->store_->fetchHourlyCounts(day);
+        rows = co_await self->store_->fetchDurableHourlyCounts(day);
     } catch (const DailyCountsStoreError&) {
         co_return; // the next cycle with a press in it reads them again
     }
@@ -235,7 +235,8 @@ QCoro::Task<std::optional<std::int64_t>> SyncEngine::localCount(DayKey day) {
 
 QCoro::Task<bool> SyncEngine::addToLocal(DayKey day, std::int64_t count) {
     try {
-        co_await store_->increment(day, count, unixSeconds(surroundings_.clock.now()));
+        const CountBatch counts{.days = {{day, count}}, .hours = {}, .applications = {}, .names = {}};
+        co_await store_->writeDurably(counts, unixSeconds(surroundings_.clock.now()));
         co_return true;
     } catch (const DailyCountsStoreError&) {
         co_return false;
@@ -245,7 +246,7 @@ QCoro::Task<bool> SyncEngine::addToLocal(DayKey day, std::int64_t count) {
 // Nothing when the store cannot be read.
 QCoro::Task<std::optional<std::vector<AppHourlyCountRow>>> SyncEngine::localAppHours(DayKey day) {
     try {
-        co_return co_await store_->fetchAppHourlyCounts(day);
+        co_return co_await store_->fetchDurableAppHourlyCounts(day);
     } catch (const DailyCountsStoreError&) {
         co_return std::nullopt;
     }

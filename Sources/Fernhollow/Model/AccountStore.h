@@ -1,0 +1,23 @@
+#pragma once
+
+#include "KeypressCore/DatabaseOpening.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace fernhollow {
+
+class DailyCountsStore;
+
+/// Opens the store of an account, and first makes what there is usable: takes the database of the time before
+/// accounts over, and sets a file aside that is no database, under a name that says so and the day `today`.
+/// Throws DailyCountsStoreError or std::filesystem::filesystem_error when there is no store for now.
+std::shared_ptr<DailyCountsStore> openAccountStore(const std::string& email, const DatabaseOpening& opening,
+                                                   std::string_view today);
+
+/// Sets a file aside that is no database, or a damaged one. Logs when that fails.
+void setUnreadableAside(const std::filesystem::path& url, std::string_view today);
+
+} // namespace fernhollow

@@ -1,0 +1,74 @@
+// How the model opens the store of the signed-in account, and replaces one that went away.
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "Model/AccountStore.h"
+#include "Model/AppModel.h"
+#include "Support/DebugLog.h"
+
+#include <exception>
+#include <utility>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+// For another process's short transaction at the moment at which a store has to be replaced.
+constexpr auto replacingPatience = 500ms;
+
+} // namespace
+
+bool AppModel::openStore(std::chrono::milliseconds patience) {
+    try {
+        store_ = openAccountStore(currentAccountEmail_.value(),
+                                  {.completesDays = completesDays_, .patience = patience},
+                                  currentDay_.rawValue);
+        completesDays_ = false; // from now on hours are ahead of their day because its flush is due
+        openingFailure_.clear();
+        if (makeSync_) {
+            cloudSync_ = makeSync_(store_, account_, deviceId_);
+        }
+        return true;
+    } catch (const std::exception& error) {
+        if (openingFailure_ != error.what()) {
+            openingFailure_ = error.what();
+            debugLog("[AppModel] Failed to create account-specific store: " + openingFailure_);
+        }
+    }
+    return false;
+}
+
+void AppModel::openMissingStore(std::chrono::milliseconds patience) {
+    if (store_ || !currentAccountEmail_ || !openStore(patience)) {
+        return;
+    }
+    debugLog("[AppModel] Initialized with account-specific store for: " + *currentAccountEmail_);
+    appTracker_->continueWith(store_);
+}
+
+// The sync engine goes with the store: for a new one, a count of the backend that is above this machine's is
+// nothing out of the ordinary.
+void AppModel::replaceStore(Loss loss) {
+    const auto url = store_->url();
+    debugLog("[AppModel] The database " + url.native() +
+             (loss == Loss::moved ? " was moved or deleted" : " became unreadable") +
+             "; counting goes on in another one");
+    addUnwritten(std::exchange(written_, {})); // it is lost with the file
+    addUnwritten(appTracker_->takeWritten());
+    closeStore();
+    appTracker_->continueWith(nullptr);
+    if (loss == Loss::unreadable) {
+        setUnreadableAside(url, currentDay_.rawValue);
+    }
+    openMissingStore(replacingPatience);
+}
+
+void AppModel::closeStore() {
+    devicesAsked_.reset();
+    if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
+        cloudSync->reset();
+    }
+    store_.reset();
+}
+
+} // namespace fernhollow

@@ -1,0 +1,165 @@
+#include "Support/ForgetfulDisk.h"
+
+#include "Support/TemporaryHome.h"
+
+#include <fstream>
+#include <new>
+
+namespace fernhollow::tests {
+namespace fs = std::filesystem;
+
+/// The files as SQLite sees them: the disk's own methods around those of the real system.
+struct ForgetfulDisk::Files {
+    struct File {
+        sqlite3_file base;
+        ForgetfulDisk* disk;
+        fs::path* path; // absent for temporary files
+        sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
+    };
+
+    static File& of(sqlite3_file* file) { return *reinterpret_cast<File*>(file); }
+    static sqlite3_file* real(sqlite3_file* file) { return of(file).real(); }
+    static ForgetfulDisk& disk(sqlite3_vfs* vfs) { return *static_cast<ForgetfulDisk*>(vfs->pAppData); }
+
+    static int open(sqlite3_vfs* vfs, const char* name, sqlite3_file* handle, int flags, int* outFlags) {
+        File& file = *new (handle) File{};
+        ForgetfulDisk& disk = Files::disk(vfs);
+        const int code = disk.real_->xOpen(disk.real_, name, file.real(), flags, outFlags);
+        if (file.real()->pMethods == nullptr) {
+            return code;
+        }
+        file.base.pMethods = &methods;
+        file.disk = &disk;
+        if (name != nullptr) {
+            file.path = new fs::path(name);
+            const std::lock_guard lock(disk.mutex_);
+            if (disk.opened_.insert(name).second && fs::file_size(name) > 0) {
+                disk.durable_[name] = contents(name); // was there before the disk
+            }
+        }
+        return code;
+    }
+
+    static int remove(sqlite3_vfs* vfs, const char* name, int syncsFolder) {
+        ForgetfulDisk& disk = Files::disk(vfs);
+        const std::lock_guard lock(disk.mutex_);
+        if (!disk.isCut_) {
+            disk.durable_.erase(name);
+        }
+        return disk.real_->xDelete(disk.real_, name, syncsFolder);
+    }
+
+    static int close(sqlite3_file* file) {
+        const int code = real(file)->pMethods->xClose(real(file));
+        delete of(file).path;
+        return code;
+    }
+
+    static int write(sqlite3_file* file, const void* data, int size, sqlite3_int64 offset) {
+        ForgetfulDisk& disk = *of(file).disk;
+        sqlite3_int64 length = 0;
+        real(file)->pMethods->xFileSize(real(file), &length);
+        const std::lock_guard lock(disk.mutex_);
+        if (disk.isFull_ && offset + size > length) {
+            return SQLITE_FULL;
+        }
+        return real(file)->pMethods->xWrite(real(file), data, size, offset);
+    }
+
+    static int sync(sqlite3_file* file, int flags) {
+        ForgetfulDisk& disk = *of(file).disk;
+        const std::lock_guard lock(disk.mutex_);
+        if (const fs::path* path = of(file).path; path != nullptr && !disk.isCut_) {
+            sqlite3_int64 length = 0;
+            real(file)->pMethods->xFileSize(real(file), &length);
+            std::string& durable = disk.durable_[*path];
+            durable.resize(static_cast<std::size_t>(length));
+            real(file)->pMethods->xRead(real(file), durable.data(), static_cast<int>(length), 0);
+            ++disk.syncs_[*path];
+        }
+        return real(file)->pMethods->xSync(real(file), flags);
+    }
+
+    static const sqlite3_io_methods methods;
+};
+
+const sqlite3_io_methods ForgetfulDisk::Files::methods = {
+    .iVersion = 2, // without memory-mapped reads, which would pass the disk by
+    .xClose = close,
+    .xRead = [](sqlite3_file* f, void* to, int n, sqlite3_int64 at) {
+        return real(f)->pMethods->xRead(real(f), to, n, at);
+    },
+    .xWrite = write,
+    .xTruncate = [](sqlite3_file* f, sqlite3_int64 n) { return real(f)->pMethods->xTruncate(real(f), n); },
+    .xSync = sync,
+    .xFileSize = [](sqlite3_file* f, sqlite3_int64* n) { return real(f)->pMethods->xFileSize(real(f), n); },
+    .xLock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xLock(real(f), level); },
+    .xUnlock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xUnlock(real(f), level); },
+    .xCheckReservedLock = [](sqlite3_file* f, int* is) {
+        return real(f)->pMethods->xCheckReservedLock(real(f), is);
+    },
+    .xFileControl = [](sqlite3_file* f, int op, void* arg) {
+        return real(f)->pMethods->xFileControl(real(f), op, arg);
+    },
+    .xSectorSize = [](sqlite3_file* f) { return real(f)->pMethods->xSectorSize(real(f)); },
+    .xDeviceCharacteristics = [](sqlite3_file* f) { return real(f)->pMethods->xDeviceCharacteristics(real(f)); },
+    .xShmMap = [](sqlite3_file* f, int page, int size, int extend, void volatile** to) {
+        return real(f)->pMethods->xShmMap(real(f), page, size, extend, to);
+    },
+    .xShmLock = [](sqlite3_file* f, int offset, int n, int flags) {
+        return real(f)->pMethods->xShmLock(real(f), offset, n, flags);
+    },
+    .xShmBarrier = [](sqlite3_file* f) { real(f)->pMethods->xShmBarrier(real(f)); },
+    .xShmUnmap = [](sqlite3_file* f, int remove) { return real(f)->pMethods->xShmUnmap(real(f), remove); },
+    .xFetch = nullptr,
+    .xUnfetch = nullptr,
+};
+
+ForgetfulDisk::ForgetfulDisk() : real_(sqlite3_vfs_find(nullptr)) {
+    vfs_ = *real_;
+    vfs_.pNext = nullptr;
+    vfs_.zName = "forgetful";
+    vfs_.pAppData = this;
+    vfs_.szOsFile = static_cast<int>(sizeof(Files::File)) + real_->szOsFile;
+    vfs_.xOpen = Files::open;
+    vfs_.xDelete = Files::remove;
+    sqlite3_vfs_register(&vfs_, 1);
+}
+
+ForgetfulDisk::~ForgetfulDisk() {
+    sqlite3_vfs_unregister(&vfs_);
+    sqlite3_vfs_register(real_, 1);
+}
+
+void ForgetfulDisk::cutPower() {
+    const std::lock_guard lock(mutex_);
+    isCut_ = true;
+}
+
+void ForgetfulDisk::restorePower() {
+    const std::lock_guard lock(mutex_);
+    for (const fs::path& path : opened_) {
+        fs::remove(path);
+        fs::remove(path.native() + "-shm"); // was memory
+    }
+    for (const auto& [path, bytes] : durable_) {
+        std::ofstream(path, std::ios::binary) << bytes;
+    }
+    isCut_ = false;
+}
+
+int ForgetfulDisk::syncs(const std::string& ending) const {
+    const std::lock_guard lock(mutex_);
+    int count = 0;
+    for (const auto& [path, syncs] : syncs_) {
+        count += path.native().ends_with(ending) ? syncs : 0;
+    }
+    return count;
+}
+
+void ForgetfulDisk::setFull(bool isFull) {
+    const std::lock_guard lock(mutex_);
+    isFull_ = isFull;
+}
+
+} // namespace fernhollow::tests
