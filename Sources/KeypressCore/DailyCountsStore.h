@@ -95,6 +95,11 @@ public:
     /// The account's database, named after the first characters of its address in lower case and
     /// base64, in the folder, which it creates.
     static std::filesystem::path urlForAccount(std::string_view email);
+    /// The account's database where another account's address begins with the same characters and has the
+    /// place of urlForAccount.
+    static std::filesystem::path longUrlForAccount(std::string_view email);
+    /// By what the account's database is recognised as its own; see DatabaseOpening.
+    static std::int32_t ownerMark(std::string_view email);
     /// False on any failure.
     static bool globalDatabaseExists();
     /// Moves the database of the time before accounts to the account's place, with its companions.

@@ -5,6 +5,8 @@
 #include "Support/UserDirectories.h"
 
 #include <QByteArray>
+#include <QCryptographicHash>
+#include <QtEndian>
 
 #include <array>
 #include <string>
@@ -28,6 +30,10 @@ std::string accountToken(std::string_view email) {
         .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals)
         .left(longestToken)
         .toStdString();
+}
+
+QByteArray addressHash(std::string_view email) {
+    return QCryptographicHash::hash(QByteArray::fromStdString(lowercased(email)), QCryptographicHash::Sha256);
 }
 
 fs::path withSuffix(fs::path file, const char* suffix) {
@@ -60,6 +66,18 @@ fs::path DailyCountsStore::defaultURL() {
 
 fs::path DailyCountsStore::urlForAccount(std::string_view email) {
     return createdDatabaseDirectory() / ("keypress_" + accountToken(email) + ".sqlite");
+}
+
+fs::path DailyCountsStore::longUrlForAccount(std::string_view email) {
+    constexpr qsizetype hashLength = 8; // the whole address could make a name longer than a file may have
+    return createdDatabaseDirectory() /
+           ("keypress_" + accountToken(email) + "_" +
+            addressHash(email).left(hashLength).toHex().toStdString() + ".sqlite");
+}
+
+std::int32_t DailyCountsStore::ownerMark(std::string_view email) {
+    const auto mark = qFromBigEndian<qint32>(addressHash(email).constData());
+    return mark != 0 ? mark : 1; // 0 is the mark of a file without an owner
 }
 
 bool DailyCountsStore::globalDatabaseExists() {

@@ -47,10 +47,18 @@ void setUnreadableAside(const std::filesystem::path& url, std::string_view today
     }
 }
 
-std::shared_ptr<DailyCountsStore> openAccountStore(const std::string& email, const DatabaseOpening& opening,
+std::shared_ptr<DailyCountsStore> openAccountStore(const std::string& email, DatabaseOpening opening,
                                                    std::string_view today) {
     migrateLegacyDatabase(email);
-    return open(DailyCountsStore::urlForAccount(email), opening, today);
+    opening.owner = DailyCountsStore::ownerMark(email);
+    try {
+        return open(DailyCountsStore::urlForAccount(email), opening, today);
+    } catch (const ForeignDatabaseError&) {
+        const auto url = DailyCountsStore::longUrlForAccount(email);
+        debugLog("[AppModel] Another account has that place; the counts of " + email + " go to " +
+                 url.native());
+        return open(url, opening, today);
+    }
 }
 
 } // namespace fernhollow
