@@ -53,15 +53,19 @@ void DatabasePlace::clear() const {
     }
 }
 
-// The log goes first: a database that came into the place of the old one must not find it there.
 fs::path DatabasePlace::setAside(const fs::path& database, const std::string& reason) {
     const fs::path name = freeName(database, reason);
+    move(database, name);
+    return name;
+}
+
+// The log goes first: a database that came into the place of the old one must not find it there.
+void DatabasePlace::move(const fs::path& database, const fs::path& name) {
     for (const char* suffix : {logSuffix, sharedMemorySuffix, ""}) {
         if (fs::exists(withSuffix(database, suffix))) {
             fs::rename(withSuffix(database, suffix), withSuffix(name, suffix));
         }
     }
-    return name;
 }
 
 } // namespace fernhollow

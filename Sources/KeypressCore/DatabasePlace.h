@@ -1,10 +1,9 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <sys/types.h>
 #include <utility>
 
 namespace fernhollow {
@@ -30,6 +29,10 @@ public:
     /// behind that where there is such a file already. Returns the new name.
     /// Throws std::filesystem::filesystem_error.
     static std::filesystem::path setAside(const std::filesystem::path& database, const std::string& reason);
+
+    /// Renames a database, which is not open, and its companions.
+    /// Throws std::filesystem::filesystem_error.
+    static void move(const std::filesystem::path& database, const std::filesystem::path& name);
 
 private:
     using FileId = std::pair<dev_t, ino_t>;

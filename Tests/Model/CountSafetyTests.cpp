@@ -63,7 +63,7 @@ protected:
             fs::remove(file().native() + suffix);
             fs::rename(copy.native() + suffix, file().native() + suffix, missing);
         }
-        }
+    }
 
     ForgetfulDisk disk_;
 };
@@ -165,7 +165,7 @@ TEST_F(CountSafety, ADatabaseThatIsLockedAtTheStartIsOpenedWithAFlush) {
         press(10);
         flush();
         shutDown();
-        }
+    }
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE x(y)",
@@ -205,7 +205,8 @@ TEST_F(CountSafety, ADatabaseThatIsDamagedWhileItRunsIsSetAsideAndReplaced) {
     flush();
     sqlite3* other = nullptr; // makes the model read the file anew, and not its log
     ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
-    sqlite3_exec(other, "INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)",
+    sqlite3_exec(other,
+                 "INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)",
                  nullptr, nullptr, nullptr);
     sqlite3_close(other);
     {

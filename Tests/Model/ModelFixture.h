@@ -45,7 +45,7 @@ protected:
             monitor_ = monitor.get();
             return monitor;
         };
-        model_ = AppModel::create({clock_, tasks_, *account_}, makeMonitor, std::move(makeSync));
+        model_ = AppModel::create({clock_, tasks_, *account_, machine_}, makeMonitor, std::move(makeSync));
         tasks_.beginWaiting();
     }
 
@@ -100,6 +100,7 @@ protected:
     std::shared_ptr<AccountManager> account_ =
         std::make_shared<AccountManager>(clock_, SupabaseConfig{"http://x", "key"});
     bool isMonitorAllowed_ = true;
+    std::string machine_ = "this machine";
     FakeMonitor* monitor_ = nullptr;
     std::shared_ptr<AppModel> model_;
 };

@@ -86,29 +86,25 @@ struct ForgetfulDisk::Files {
 const sqlite3_io_methods ForgetfulDisk::Files::methods = {
     .iVersion = 2, // without memory-mapped reads, which would pass the disk by
     .xClose = close,
-    .xRead = [](sqlite3_file* f, void* to, int n, sqlite3_int64 at) {
-        return real(f)->pMethods->xRead(real(f), to, n, at);
-    },
+    .xRead = [](sqlite3_file* f, void* to, int n,
+                sqlite3_int64 at) { return real(f)->pMethods->xRead(real(f), to, n, at); },
     .xWrite = write,
     .xTruncate = [](sqlite3_file* f, sqlite3_int64 n) { return real(f)->pMethods->xTruncate(real(f), n); },
     .xSync = sync,
     .xFileSize = [](sqlite3_file* f, sqlite3_int64* n) { return real(f)->pMethods->xFileSize(real(f), n); },
     .xLock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xLock(real(f), level); },
     .xUnlock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xUnlock(real(f), level); },
-    .xCheckReservedLock = [](sqlite3_file* f, int* is) {
-        return real(f)->pMethods->xCheckReservedLock(real(f), is);
-    },
-    .xFileControl = [](sqlite3_file* f, int op, void* arg) {
-        return real(f)->pMethods->xFileControl(real(f), op, arg);
-    },
+    .xCheckReservedLock = [](sqlite3_file* f,
+                             int* is) { return real(f)->pMethods->xCheckReservedLock(real(f), is); },
+    .xFileControl = [](sqlite3_file* f, int op,
+                       void* arg) { return real(f)->pMethods->xFileControl(real(f), op, arg); },
     .xSectorSize = [](sqlite3_file* f) { return real(f)->pMethods->xSectorSize(real(f)); },
-    .xDeviceCharacteristics = [](sqlite3_file* f) { return real(f)->pMethods->xDeviceCharacteristics(real(f)); },
-    .xShmMap = [](sqlite3_file* f, int page, int size, int extend, void volatile** to) {
-        return real(f)->pMethods->xShmMap(real(f), page, size, extend, to);
-    },
-    .xShmLock = [](sqlite3_file* f, int offset, int n, int flags) {
-        return real(f)->pMethods->xShmLock(real(f), offset, n, flags);
-    },
+    .xDeviceCharacteristics =
+        [](sqlite3_file* f) { return real(f)->pMethods->xDeviceCharacteristics(real(f)); },
+    .xShmMap = [](sqlite3_file* f, int page, int size, int extend,
+                  volatile void** to) { return real(f)->pMethods->xShmMap(real(f), page, size, extend, to); },
+    .xShmLock = [](sqlite3_file* f, int offset, int n,
+                   int flags) { return real(f)->pMethods->xShmLock(real(f), offset, n, flags); },
     .xShmBarrier = [](sqlite3_file* f) { real(f)->pMethods->xShmBarrier(real(f)); },
     .xShmUnmap = [](sqlite3_file* f, int remove) { return real(f)->pMethods->xShmUnmap(real(f), remove); },
     .xFetch = nullptr,

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <sqlite3.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <set>
 #include <string>
-
-#include <sqlite3.h>
 
 namespace fernhollow::tests {
 

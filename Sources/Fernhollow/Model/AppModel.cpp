@@ -5,13 +5,10 @@
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AccountManager.h"
-#include "Model/KeychainStore.h"
-#include "Platform/UserDefaults.h"
 #include "Support/DebugLog.h"
 #include "Support/TaskScope.h"
 
 #include <QCoreApplication>
-#include <QUuid>
 
 #include <exception>
 #include <utility>
@@ -23,17 +20,6 @@ using namespace std::chrono_literals;
 
 // For another process's short transaction at the moment of the start.
 constexpr auto openingPatience = 500ms;
-
-constexpr const char* deviceIdAccount = "deviceId";
-
-std::string readOrCreateDeviceId() {
-    if (auto stored = KeychainStore::readString(deviceIdAccount)) {
-        return *stored;
-    }
-    auto created = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
-    UserDefaults::setString(KeychainStore::key(deviceIdAccount), created);
-    return created;
-}
 
 } // namespace
 
@@ -48,7 +34,7 @@ std::shared_ptr<AppModel> AppModel::create(Surroundings surroundings,
 AppModel::AppModel(Surroundings surroundings, CloudSyncCoordinator::Factory makeSync)
     : clock_(surroundings.clock), tasks_(surroundings.tasks), account_(surroundings.account),
       currentDay_(clock_.now(), calendar_), currentAccountEmail_(account_.email()),
-      deviceId_(readOrCreateDeviceId()), makeSync_(std::move(makeSync)) {}
+      identity_(std::move(surroundings.machine)), makeSync_(std::move(makeSync)) {}
 
 AppModel::~AppModel() {
     stopLoops();

@@ -6,6 +6,7 @@
 #include "Model/AppTracker.h"
 #include "Model/CloudSyncCoordinator.h"
 #include "Model/DailyCountPoint.h"
+#include "Model/DeviceIdentity.h"
 #include "Model/KeyPressMonitor.h"
 #include "Model/ProductivityMetrics.h"
 #include "Model/RecentDays.h"
@@ -45,6 +46,7 @@ public:
         Clock& clock;
         TaskScope& tasks;
         AccountManager& account;
+        std::string machine = DeviceIdentity::machineMark();
     };
 
     /// Without `makeSync` nothing is exchanged with other machines.
@@ -76,6 +78,10 @@ public:
     QCoro::Task<> flushPending();
     QCoro::Task<> refreshFromDisk();
 
+    /// Goes on under another identity, because another machine sends counts under `inUse`. Nothing that was
+    /// counted before is sent again. Does nothing when `inUse` is no longer this machine's identity.
+    void takeNewIdentity(const std::string& inUse);
+
     /// Writes everything that is not on the disk yet and waits for it, at most `limit`; false when not
     /// all of it could be written. For the end of the program or of the desktop session: no event loop is
     /// needed.
@@ -99,7 +105,9 @@ private:
     // The store of the signed-in account, in AppModelStore.cpp.
     bool openStore(std::chrono::milliseconds patience);
     void openMissingStore(std::chrono::milliseconds patience);
-    enum class Loss { moved, unreadable };
+    /// Why a store cannot be gone on with: its file went away or cannot be read, or belongs to an identity
+    /// that is no longer this machine's.
+    enum class Loss { moved, unreadable, identity };
     void replaceStore(Loss loss);
     void closeStore();
     QCoro::Task<> refreshTodayFromDisk();
@@ -195,7 +203,7 @@ private:
     MetricsInputs metricsInputs_;                      // likewise
     std::optional<AppHistoryInputs> appHistoryInputs_; // absent once today's totals changed
     std::optional<std::string> currentAccountEmail_;
-    std::string deviceId_;
+    DeviceIdentity identity_;
     CloudSyncCoordinator::Factory makeSync_;
     std::optional<std::stop_source> flushTask_;
     std::optional<std::stop_source> refreshTask_;

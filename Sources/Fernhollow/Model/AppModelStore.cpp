@@ -20,13 +20,14 @@ constexpr auto replacingPatience = 500ms;
 
 bool AppModel::openStore(std::chrono::milliseconds patience) {
     try {
-        store_ = openAccountStore(currentAccountEmail_.value(),
-                                  {.completesDays = completesDays_, .patience = patience},
-                                  currentDay_.rawValue);
+        identity_.claimDatabases();
+        store_ =
+            openAccountStore(currentAccountEmail_.value(),
+                             {.completesDays = completesDays_, .patience = patience}, currentDay_.rawValue);
         completesDays_ = false; // from now on hours are ahead of their day because its flush is due
         openingFailure_.clear();
         if (makeSync_) {
-            cloudSync_ = makeSync_(store_, account_, deviceId_);
+            cloudSync_ = makeSync_(store_, account_, identity_.id());
         }
         return true;
     } catch (const std::exception& error) {
@@ -50,10 +51,12 @@ void AppModel::openMissingStore(std::chrono::milliseconds patience) {
 // nothing out of the ordinary.
 void AppModel::replaceStore(Loss loss) {
     const auto url = store_->url();
-    debugLog("[AppModel] The database " + url.native() +
-             (loss == Loss::moved ? " was moved or deleted" : " became unreadable") +
-             "; counting goes on in another one");
-    addUnwritten(std::exchange(written_, {})); // it is lost with the file
+    if (loss != Loss::identity) {
+        debugLog("[AppModel] The database " + url.native() +
+                 (loss == Loss::moved ? " was moved or deleted" : " became unreadable") +
+                 "; counting goes on in another one");
+    }
+    addUnwritten(std::exchange(written_, {})); // it is lost with the file, or would never be sent
     addUnwritten(appTracker_->takeWritten());
     closeStore();
     appTracker_->continueWith(nullptr);
@@ -61,6 +64,16 @@ void AppModel::replaceStore(Loss loss) {
         setUnreadableAside(url, currentDay_.rawValue);
     }
     openMissingStore(replacingPatience);
+}
+
+void AppModel::takeNewIdentity(const std::string& inUse) {
+    if (inUse != identity_.id()) {
+        return; // it was reported twice
+    }
+    identity_.renew();
+    if (store_) {
+        replaceStore(Loss::identity);
+    }
 }
 
 void AppModel::closeStore() {

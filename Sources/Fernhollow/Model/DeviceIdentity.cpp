@@ -1,0 +1,231 @@
+#include "Model/DeviceIdentity.h"
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "KeypressCore/DatabasePlace.h"
+#include "Model/KeychainStore.h"
+#include "Platform/UserDefaults.h"
+#include "Support/DebugLog.h"
+#include "Support/Text.h"
+#include "Support/UserDirectories.h"
+
+#include <QByteArray>
+#include <QMessageAuthenticationCode>
+#include <QSaveFile>
+#include <QString>
+#include <QUuid>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace fernhollow {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr const char* idAccount = "deviceId";
+constexpr const char* machineAccount = "deviceMachine";
+constexpr const char* asideReason = "machine-"; // before the identity whose databases they are
+
+// Fixed for good: another key would make another machine of each.
+constexpr const char* markKey = "a3f0c6d2-5b8e-4f1d-9c47-7e2a91d0b6f4";
+
+bool isIdentity(const std::string& text) {
+    const QUuid uuid(QString::fromStdString(text));
+    constexpr std::size_t length = 36; // the class reads other forms too, which the backend may not
+    return text.size() == length && !uuid.isNull();
+}
+
+std::string newIdentity() {
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+}
+
+std::optional<std::string> identityIn(const std::optional<std::string>& text, const char* place) {
+    if (text && !isIdentity(*text)) {
+        debugLog(std::string("[DeviceIdentity] What is kept in ") + place + " is not a UUID and is not used");
+        return std::nullopt;
+    }
+    return text;
+}
+
+std::vector<fs::path> databases(const std::string& ending) {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(DailyCountsStore::databaseDirectory())) {
+        const std::string name = entry.path().filename().native();
+        if (name.starts_with("keypress") && name.ends_with(ending)) {
+            found.push_back(entry.path());
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+std::string DeviceIdentity::machineMark() {
+    for (const char* place : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
+        std::ifstream stream(place);
+        const std::string id = trimmed(std::string(std::istreambuf_iterator<char>(stream), {}));
+        constexpr std::size_t length = 32; // "uninitialized" is shorter
+        if (id.size() == length) {
+            return QMessageAuthenticationCode::hash(QByteArray::fromStdString(id), markKey,
+                                                    QCryptographicHash::Sha256)
+                .toHex()
+                .toStdString();
+        }
+    }
+    return {};
+}
+
+DeviceIdentity::DeviceIdentity(std::string machine) : machine_(std::move(machine)) {
+    id_ = decide(read());
+    keepInSettings();
+}
+
+// The identity beside the counts is theirs, whatever the settings say: settings are synced between machines
+// and restored on their own. Settings without a machine are of the time before machines were told apart.
+std::string DeviceIdentity::decide(const std::optional<Record>& record) {
+    const auto kept = identityIn(KeychainStore::readString(idAccount), "the settings");
+    const auto keptFor = KeychainStore::readString(machineAccount);
+    if (record && machine_.empty()) {
+        return record->owner;
+    }
+    if (record) {
+        if (const auto mine = record->machines.find(machine_); mine != record->machines.end()) {
+            if (kept != mine->second) {
+                debugLog("[DeviceIdentity] Adopted the identity kept beside the counts: " + mine->second);
+            }
+            return mine->second;
+        }
+        if (kept && keptFor == machine_) {
+            return *kept;
+        }
+        const std::string made = newIdentity();
+        debugLog("[DeviceIdentity] The counts in this home were copied from another machine; this one has a "
+                 "new identity: " +
+                 made);
+        return made;
+    }
+    if (kept && (machine_.empty() || !keptFor || keptFor == machine_)) {
+        return *kept;
+    }
+    const std::string made = newIdentity();
+    if (kept) {
+        areDatabasesOfAnyMachine_ = false; // of an identity that the settings no longer tell
+        debugLog("[DeviceIdentity] The settings were copied from another machine; this one has a new "
+                 "identity: " +
+                 made);
+    }
+    return made;
+}
+
+void DeviceIdentity::keepInSettings() {
+    if (KeychainStore::readString(idAccount) != id_) {
+        UserDefaults::setString(KeychainStore::key(idAccount), id_);
+    }
+    if (!machine_.empty() && KeychainStore::readString(machineAccount) != machine_) {
+        UserDefaults::setString(KeychainStore::key(machineAccount), machine_);
+    }
+}
+
+void DeviceIdentity::renew() {
+    const std::string old = std::exchange(id_, newIdentity());
+    isRenewed_ = true;
+    debugLog("[DeviceIdentity] Another machine uses the identity " + old + "; this one has a new identity: " +
+             id_);
+    keepInSettings();
+}
+
+// What becomes of the databases that came along from another machine, or that are an old identity's: they are
+// put away, whole, and counting begins with empty ones. Their days are on the backend under the identity that
+// counted them, which goes on to send them from where it is. Sent from here as well, under the new identity,
+// they would double the account's total. They cannot be used and only not sent, either: today's row would hold
+// both machines' presses, and no later sum could tell them apart. So the account's total neither doubles nor
+// loses anything that the backend has; what the other machine has not sent yet stays its own to send. Days of
+// before are shown as the backend knows them. The files are kept under the identity's name, and are put back
+// should the home return to its machine.
+void DeviceIdentity::claimDatabases() {
+    createPrivateDirectories(DailyCountsStore::databaseDirectory());
+    auto record = read();
+    if (!isRenewed_) {
+        id_ = decide(record); // the counts may have come into reach only now
+        keepInSettings();
+    }
+    const bool isOwner = record ? record->owner == id_ : areDatabasesOfAnyMachine_;
+    if (!isOwner) {
+        putAway(record ? record->owner : "unknown");
+        takeBack(id_);
+    }
+    if (isOwner && record && (machine_.empty() || record->machines[machine_] == id_)) {
+        return;
+    }
+    if (!record) {
+        record.emplace();
+    }
+    record->owner = id_;
+    if (!machine_.empty()) {
+        record->machines[machine_] = id_;
+    }
+    try {
+        write(*record);
+    } catch (const fs::filesystem_error& error) {
+        if (!isOwner) {
+            throw; // the next start would put this identity's own databases away
+        }
+        debugLog(std::string("[DeviceIdentity] ") + error.what());
+    }
+    areDatabasesOfAnyMachine_ = true;
+}
+
+void DeviceIdentity::putAway(const std::string& owner) {
+    for (const fs::path& database : databases(".sqlite")) {
+        const auto aside = DatabasePlace::setAside(database, asideReason + owner);
+        debugLog("[DeviceIdentity] The counts of another identity are kept as " + aside.native());
+    }
+}
+
+void DeviceIdentity::takeBack(const std::string& owner) {
+    const std::string ending = std::string(".") + asideReason + owner;
+    for (const fs::path& aside : databases(ending)) {
+        const std::string name = aside.native();
+        DatabasePlace::move(aside, name.substr(0, name.size() - ending.size()));
+        debugLog("[DeviceIdentity] The counts of this machine are back from " + name);
+    }
+}
+
+fs::path DeviceIdentity::file() {
+    return DailyCountsStore::databaseDirectory() / "identity.json";
+}
+
+auto DeviceIdentity::read() -> std::optional<Record> {
+    try {
+        const auto json = nlohmann::json::parse(std::ifstream(file()));
+        Record record{json.at("owner"), json.at("machines")};
+        const auto isBad = [](const auto& machine) { return !isIdentity(machine.second); };
+        if (isIdentity(record.owner) && std::ranges::none_of(record.machines, isBad)) {
+            return record;
+        }
+        debugLog("[DeviceIdentity] What is kept beside the counts is not a UUID and is not used");
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt; // missing, mostly; the settings are left
+    } catch (const fs::filesystem_error&) {
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+void DeviceIdentity::write(const Record& record) {
+    const std::string text = nlohmann::json{{"owner", record.owner}, {"machines", record.machines}}.dump(2);
+    QSaveFile saved(QString::fromStdString(file().native()));
+    const bool isOpen = saved.open(QIODevice::WriteOnly) &&
+                        saved.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    if (!isOpen || saved.write(QByteArray::fromStdString(text + "\n")) < 0 || !saved.commit()) {
+        throw fs::filesystem_error("cannot keep the identity beside the counts", file(),
+                                   std::make_error_code(std::errc::io_error));
+    }
+}
+
+} // namespace fernhollow
