@@ -10,7 +10,16 @@ namespace fernhollow {
 /// Presses on one machine on one day. A key held all day makes some 3.5 million.
 constexpr std::int64_t maximumDeviceDay = 10'000'000;
 
-/// Presses of an account, over all of its machines and days.
-constexpr std::int64_t maximumAccountTotal = 1'000'000'000'000'000;
+/// Presses of an account on one day, over all of its machines.
+constexpr std::int64_t maximumAccountDay = 1'000'000'000'000'000;
+
+/// Presses of an account in one hour, or in one application. Smaller, because an answer may have some hundred
+/// thousand such rows.
+constexpr std::int64_t maximumAccountRow = 1'000'000'000'000;
+
+/// `count`, or none when it is more than it can be.
+constexpr std::int64_t believable(std::int64_t count, std::int64_t maximum) {
+    return count <= maximum && count >= -maximum ? count : 0;
+}
 
 } // namespace fernhollow

@@ -23,7 +23,8 @@ class Identity : public ModelFixture {
 protected:
     Identity() { signIn("ana@example.com"); }
 
-    /// One run on a machine, in which `presses` are typed; returns the identity under which they would be sent.
+    /// One run on a machine, in which `presses` are typed; returns the identity under which they would be
+    /// sent.
     std::string run(const std::string& machine, std::int64_t presses) {
         machine_ = machine;
         std::string deviceId;
@@ -60,9 +61,10 @@ TEST_F(Identity, OutlivesTheLossOfTheSettingsOrOfTheCounts) {
 
 TEST_F(Identity, RefusesWhatIsNoUuid) {
     const auto id = run("a", 10);
-    for (const std::string bad : {"", "me", "7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7B1",
-                                  "{7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7B}", "7D1C3C426F0B4B579E370D3E5B2B7B11aaaa",
-                                  "00000000-0000-0000-0000-000000000000", "7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7BXX"}) {
+    for (const std::string bad :
+         {"", "me", "7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7B1", "{7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7B}",
+          "7D1C3C426F0B4B579E370D3E5B2B7B11aaaa", "00000000-0000-0000-0000-000000000000",
+          "7D1C3C42-6F0B-4B57-9E37-0D3E5B2B7BXX"}) {
         setInSettings(bad);
         EXPECT_EQ(run("a", 0), id) << bad;
         setInSettings(id);
@@ -70,7 +72,8 @@ TEST_F(Identity, RefusesWhatIsNoUuid) {
         EXPECT_EQ(run("a", 0), id) << bad;
     }
     EXPECT_EQ(storedCount(today), 10);
-    EXPECT_THAT(home_.log(), HasSubstr("[DeviceIdentity] What is kept in the settings is not a UUID and is not used"));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[DeviceIdentity] What is kept in the settings is not a UUID and is not used"));
 }
 
 TEST_F(Identity, OfACopiedHomeIsLeftToItsMachineWithAllItCounted) {
@@ -80,9 +83,10 @@ TEST_F(Identity, OfACopiedHomeIsLeftToItsMachineWithAllItCounted) {
     EXPECT_THAT(second, MatchesRegex(uuid));
     EXPECT_EQ(storedCount(today), 4) << "the others are the first machine's to send";
     EXPECT_TRUE(fs::exists(database().native() + ".machine-" + first));
-    EXPECT_THAT(home_.log(), HasSubstr("[DeviceIdentity] The counts in this home were copied from another machine; "
-                                       "this one has a new identity: " +
-                                       second));
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[DeviceIdentity] The counts in this home were copied from another machine; "
+                          "this one has a new identity: " +
+                          second));
     EXPECT_EQ(run("b", 1), second);
     EXPECT_EQ(storedCount(today), 5);
 

@@ -1,5 +1,6 @@
 // When cycles run, what they upload, and what they leave in the caches.
 
+#include "KeypressCore/CountLimits.h"
 #include "KeypressCore/SQLiteConnection.h"
 #include "Model/Sync/SyncRules.h"
 #include "SyncFixture.h"
@@ -42,7 +43,10 @@ TEST(SyncRules, NeverLowerADay) {
     EXPECT_EQ(DayMerge::of(30, 120), (DayMerge{Kind::add, 150}));
     EXPECT_EQ(DayMerge::of(120, 30), (DayMerge{Kind::uploadLocal, 120}));
     EXPECT_EQ(DayMerge::of(120, 120), (DayMerge{Kind::uploadLocal, 120}));
-    EXPECT_EQ(DayMerge::of(1, maximum), (DayMerge{Kind::uploadLocal, 1})) << "nobody presses that often";
+    // Nobody presses that often.
+    EXPECT_EQ(DayMerge::of(1, maximum), (DayMerge{Kind::uploadLocal, 1}));
+    EXPECT_EQ(DayMerge::of(0, 1'000'000'000'000), (DayMerge{Kind::uploadLocal, 0}));
+    EXPECT_EQ(DayMerge::of(30, maximumDeviceDay - 29), (DayMerge{Kind::uploadLocal, 30}));
 }
 
 TEST_F(SyncCycle, RunsSoonAfterAPressAndSeldomWhenIdle) {

@@ -64,6 +64,13 @@ TEST(WireRecords, RefusesDepth) {
     EXPECT_EQ(rows->at(0).total_count, 1);
 }
 
+TEST(RemoteCaches, HoldNoCountThatNobodyCanHave) {
+    constexpr std::int64_t tooMany = 1'000'000'000'000'001;
+    EXPECT_EQ(historyCache({{"2026-03-04", tooMany}, {"2026-03-05", -tooMany}, {"2026-03-06", -3}}),
+              (HistoryCache{{"2026-03-04", 0}, {"2026-03-05", 0}, {"2026-03-06", -3}}));
+    EXPECT_EQ(hourlyCache({{9, tooMany}, {10, 5}}), (HourlyCache{{9, 0}, {10, 5}}));
+}
+
 TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
     EXPECT_EQ(historyCache({{"2026-03-04", 1}, {"2026-03-04T00:00:00", 2}, {"short", 3}}),
               (HistoryCache{{"2026-03-04", 2}, {"short", 3}}));

@@ -1,10 +1,10 @@
 // How the model notices a new day and reads its figures again.
 
+#include "KeypressCore/CountLimits.h"
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
-#include "Model/Sync/SyncRules.h"
 #include "Support/DebugLog.h"
 #include "Support/Sleep.h"
 #include "Support/TaskScope.h"
@@ -164,7 +164,7 @@ void AppModel::showToday(std::int64_t remoteTotal) {
     if (!cloudSync_) {
         todayCount.set(localTodayCount_);
         todayCountAggregated.set(aggregated);
-    } else if (localTodayCount_ == 0 && remoteTotal >= 1 && remoteTotal <= implausibleCount) {
+    } else if (localTodayCount_ == 0 && remoteTotal >= 1 && remoteTotal <= maximumAccountDay) {
         todayCountAggregated.set(remoteTotal);
         todayCount.set(remoteTotal);
         debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");

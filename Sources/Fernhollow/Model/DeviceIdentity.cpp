@@ -134,19 +134,19 @@ void DeviceIdentity::keepInSettings() {
 void DeviceIdentity::renew() {
     const std::string old = std::exchange(id_, newIdentity());
     isRenewed_ = true;
-    debugLog("[DeviceIdentity] Another machine uses the identity " + old + "; this one has a new identity: " +
-             id_);
+    debugLog("[DeviceIdentity] Another machine uses the identity " + old +
+             "; this one has a new identity: " + id_);
     keepInSettings();
 }
 
 // What becomes of the databases that came along from another machine, or that are an old identity's: they are
 // put away, whole, and counting begins with empty ones. Their days are on the backend under the identity that
 // counted them, which goes on to send them from where it is. Sent from here as well, under the new identity,
-// they would double the account's total. They cannot be used and only not sent, either: today's row would hold
-// both machines' presses, and no later sum could tell them apart. So the account's total neither doubles nor
-// loses anything that the backend has; what the other machine has not sent yet stays its own to send. Days of
-// before are shown as the backend knows them. The files are kept under the identity's name, and are put back
-// should the home return to its machine.
+// they would double the account's total. They cannot be used and only not sent, either: today's row would
+// hold both machines' presses, and no later sum could tell them apart. So the account's total neither doubles
+// nor loses anything that the backend has; what the other machine has not sent yet stays its own to send.
+// Days of before are shown as the backend knows them. The files are kept under the identity's name, and are
+// put back should the home return to its machine.
 void DeviceIdentity::claimDatabases() {
     createPrivateDirectories(DailyCountsStore::databaseDirectory());
     auto record = read();

@@ -12,8 +12,8 @@ namespace fernhollow {
 /// A random UUID, kept in the settings and in a file beside the counts, so that the loss of either does not
 /// send all counts a second time under another one. Both places say to which machine it belongs, by a keyed
 /// hash of the machine's id: on another machine, where they came to with a copied home, there is another
-/// identity. The databases in the folder belong to one identity at a time; those of others have names of their
-/// own there. Owned by AppModel; main thread only.
+/// identity. The databases in the folder belong to one identity at a time; those of others have names of
+/// their own there. Owned by AppModel; main thread only.
 class DeviceIdentity {
 public:
     /// `machine` is what machineMark() says; where it is empty, every identity passes for this machine's.
@@ -21,8 +21,8 @@ public:
 
     const std::string& id() const { return id_; }
 
-    /// Makes the databases in the folder this identity's, before any of them is opened, and keeps the identity
-    /// beside them. Throws std::filesystem::filesystem_error when they may not be used yet.
+    /// Makes the databases in the folder this identity's, before any of them is opened, and keeps the
+    /// identity beside them. Throws std::filesystem::filesystem_error when they may not be used yet.
     void claimDatabases();
 
     /// Takes a new identity. The databases stay with the old one: claimDatabases() puts them away.

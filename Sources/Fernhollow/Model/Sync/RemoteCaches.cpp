@@ -1,5 +1,7 @@
 #include "Model/Sync/RemoteCaches.h"
 
+#include "KeypressCore/CountLimits.h"
+
 namespace fernhollow {
 
 std::string normalizedDay(std::string_view text) {
@@ -10,7 +12,7 @@ std::string normalizedDay(std::string_view text) {
 HistoryCache historyCache(const std::vector<RemoteDaily>& rows) {
     HistoryCache cache;
     for (const auto& row : rows) {
-        cache[normalizedDay(row.day)] = row.total_count;
+        cache[normalizedDay(row.day)] = believable(row.total_count, maximumAccountDay);
     }
     return cache;
 }
@@ -18,7 +20,7 @@ HistoryCache historyCache(const std::vector<RemoteDaily>& rows) {
 HourlyCache hourlyCache(const std::vector<RemoteHour>& rows) {
     HourlyCache cache;
     for (const auto& row : rows) {
-        cache[row.hour] = row.total_count;
+        cache[row.hour] = believable(row.total_count, maximumAccountRow);
     }
     return cache;
 }
@@ -26,7 +28,7 @@ HourlyCache hourlyCache(const std::vector<RemoteHour>& rows) {
 AppHourlyCache appHourlyCache(const std::vector<RemoteAppHour>& rows) {
     AppHourlyCache cache;
     for (const auto& row : rows) {
-        cache[row.hour][row.bundle_id] = {row.app_name, row.total_count};
+        cache[row.hour][row.bundle_id] = {row.app_name, believable(row.total_count, maximumAccountRow)};
     }
     return cache;
 }
@@ -34,7 +36,8 @@ AppHourlyCache appHourlyCache(const std::vector<RemoteAppHour>& rows) {
 AppDailyCache appDailyCache(const std::vector<RemoteAppDaily>& rows) {
     AppDailyCache cache;
     for (const auto& row : rows) {
-        cache[normalizedDay(row.day)][row.bundle_id] = {row.app_name, row.total_count};
+        cache[normalizedDay(row.day)][row.bundle_id] = {row.app_name,
+                                                        believable(row.total_count, maximumAccountRow)};
     }
     return cache;
 }

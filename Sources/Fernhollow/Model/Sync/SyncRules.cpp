@@ -1,5 +1,9 @@
 #include "Model/Sync/SyncRules.h"
 
+#include "KeypressCore/CountLimits.h"
+
+#include <algorithm>
+
 namespace fernhollow {
 
 using namespace std::chrono_literals;
@@ -9,8 +13,10 @@ std::chrono::seconds periodicPause(std::chrono::duration<double> idle) {
     return idle < 30s ? 1s : idle < 60s ? 5s : idle < 300s ? 15s : idle < 900s ? 30s : 60s;
 }
 
+// A count that no machine can have, alone or together with what is here, is somebody else's doing: anybody
+// who knows the address can write it. It is replaced on the backend by what is here and never comes here.
 DayMerge DayMerge::of(std::int64_t local, std::int64_t remote) {
-    if (local >= remote || remote > implausibleCount) {
+    if (local >= remote || remote > maximumDeviceDay - std::max<std::int64_t>(local, 0)) {
         return {Kind::uploadLocal, local};
     }
     if (local <= 0) {

@@ -14,9 +14,6 @@ constexpr bool mayAnswerLater(int status) {
     return status == 429 || status >= 500;
 }
 
-/// More presses than an account ever has; what a backend says beyond it is not believed.
-constexpr std::int64_t implausibleCount = 1'000'000'000'000'000;
-
 /// What becomes of a day that this device counted here and that the backend knows of from this device.
 struct DayMerge {
     enum class Kind {
