@@ -176,7 +176,9 @@ private:
     void noteSaved(const Flush& flush);
     bool hasUnwritten() const;
     void logUnwritten() const;
-    static QCoro::Task<bool> write(std::shared_ptr<AppModel> self, Flush flush);
+    enum class Attempt { first, second };
+    static QCoro::Task<bool> write(std::shared_ptr<AppModel> self, Flush flush,
+                                   Attempt attempt = Attempt::first);
     static QCoro::Task<> finishDay(std::shared_ptr<AppModel> self, Flush flush, DayKey day);
 
     Clock& clock_;

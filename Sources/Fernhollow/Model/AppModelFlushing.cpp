@@ -36,9 +36,7 @@ QCoro::Task<> AppModel::flushPending() {
     bool isFlushed = false;
     if (!currentAccountEmail_) {
         pending_ = 0; // nobody's
-    } else if (!store_) {
-        areCountsSaved.set(!hasUnwritten() && areCountsSaved.get());
-    } else if (hasUnwritten()) {
+    } else if (store_ && hasUnwritten()) {
         isFlushed = co_await write(self, takeFlush());
     }
     co_await refreshFromDisk();
@@ -82,7 +80,7 @@ void AppModel::giveBack(const Flush& flush, const std::string& failure) {
     }
 }
 
-QCoro::Task<bool> AppModel::write(std::shared_ptr<AppModel> self, Flush flush) {
+QCoro::Task<bool> AppModel::write(std::shared_ptr<AppModel> self, Flush flush, Attempt attempt) {
     ++self->dailyWrites_;
     std::optional<Loss> loss;
     try {
@@ -102,7 +100,10 @@ QCoro::Task<bool> AppModel::write(std::shared_ptr<AppModel> self, Flush flush) {
         co_return false;
     }
     self->replaceStore(*loss);
-    co_return self->store_ && self->hasUnwritten() && co_await write(self, self->takeFlush());
+    if (attempt == Attempt::second || !self->store_ || !self->hasUnwritten()) {
+        co_return false; // the next flush goes on from here
+    }
+    co_return co_await write(self, self->takeFlush(), Attempt::second);
 }
 
 void AppModel::noteSaved(const Flush& flush) {

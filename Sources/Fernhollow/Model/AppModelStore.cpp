@@ -26,6 +26,7 @@ bool AppModel::openStore(std::chrono::milliseconds patience) {
                              {.completesDays = completesDays_, .patience = patience}, currentDay_.rawValue);
         completesDays_ = false; // from now on hours are ahead of their day because its flush is due
         openingFailure_.clear();
+        areCountsSaved.set(true);
         if (makeSync_) {
             cloudSync_ = makeSync_(store_, account_, identity_.id());
         }
@@ -36,6 +37,7 @@ bool AppModel::openStore(std::chrono::milliseconds patience) {
             debugLog("[AppModel] Failed to create account-specific store: " + openingFailure_);
         }
     }
+    areCountsSaved.set(false);
     return false;
 }
 
