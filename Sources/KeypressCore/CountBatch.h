@@ -51,7 +51,11 @@ private:
     static void subtract(Counts& counts, const Counts& others) {
         for (const auto& [place, other] : others) {
             const auto found = counts.find(place);
-            if (found != counts.end() && (found->second -= other) <= 0) {
+            if (found == counts.end()) {
+                continue;
+            }
+            found->second -= other;
+            if (found->second <= 0) {
                 counts.erase(found);
             }
         }

@@ -5,31 +5,20 @@
 #include "KeypressCore/DatabasePlace.h"
 #include "Support/DebugLog.h"
 
-#include <exception>
 #include <filesystem>
 
 namespace fernhollow {
 namespace {
-
-void migrateLegacyDatabase(const std::string& email) {
-    try {
-        if (DailyCountsStore::migrateGlobalDataToAccount(email)) {
-            debugLog("[AppModel] Migrated legacy global database to account: " + email);
-        }
-    } catch (const std::exception& error) {
-        debugLog(std::string("[AppModel] Migration failed (non-fatal): ") + error.what());
-    }
-}
 
 std::shared_ptr<DailyCountsStore> open(const std::filesystem::path& url, const DatabaseOpening& opening,
                                        std::string_view today) {
     try {
         return std::make_shared<DailyCountsStore>(url, opening);
     } catch (const DailyCountsStoreError& error) {
-        debugLog("[AppModel] Cannot use the database " + url.native() + ": " + error.what());
         if (!error.isUnreadable()) {
             throw;
         }
+        debugLog("[AppModel] Cannot use the database " + url.native() + ": " + error.what());
     }
     setUnreadableAside(url, today);
     return std::make_shared<DailyCountsStore>(url, opening);
@@ -49,7 +38,6 @@ void setUnreadableAside(const std::filesystem::path& url, std::string_view today
 
 std::shared_ptr<DailyCountsStore> openAccountStore(const std::string& email, DatabaseOpening opening,
                                                    std::string_view today) {
-    migrateLegacyDatabase(email);
     opening.owner = DailyCountsStore::ownerMark(email);
     try {
         return open(DailyCountsStore::urlForAccount(email), opening, today);

@@ -11,14 +11,14 @@ namespace fernhollow {
 
 class DailyCountsStore;
 
-/// Opens the store of an account, and first makes what there is usable: takes the database of the time before
-/// accounts over, leaves a file alone that is another account's and takes one with a longer name, and sets a
-/// file aside that is no database, under a name that says so and the day `today`. Fills in `opening.owner`.
-/// Throws DailyCountsStoreError or std::filesystem::filesystem_error when there is no store for now.
+/// Opens the store of an account. Leaves a file alone that is another account's and takes one with a longer
+/// name; sets a file aside that is not a database, under a name that says so and the day `today`. Fills in
+/// `opening.owner`. Throws DailyCountsStoreError or std::filesystem::filesystem_error when there is no store
+/// for now.
 std::shared_ptr<DailyCountsStore> openAccountStore(const std::string& email, DatabaseOpening opening,
                                                    std::string_view today);
 
-/// Sets a file aside that is no database, or a damaged one. Logs when that fails.
+/// Sets a file aside that is not a database, or a damaged one. Logs what becomes of it.
 void setUnreadableAside(const std::filesystem::path& url, std::string_view today);
 
 } // namespace fernhollow

@@ -88,6 +88,9 @@ QCoro::Task<bool> AppModel::write(std::shared_ptr<AppModel> self, Flush flush, A
         if (flush.store == self->store_) {
             self->noteSaved(flush);
         }
+        if (!flush.counts.names.empty()) {
+            co_await self->appTracker_->loadRegistry();
+        }
         co_return true;
     } catch (const DatabaseMovedError& error) {
         loss = Loss::moved;

@@ -6,6 +6,7 @@
 #include "Support/DebugLog.h"
 
 #include <exception>
+#include <filesystem>
 #include <utility>
 
 namespace fernhollow {
@@ -16,14 +17,35 @@ using namespace std::chrono_literals;
 // For another process's short transaction at the moment at which a store has to be replaced.
 constexpr auto replacingPatience = 500ms;
 
+void migrateLegacyDatabase(const std::string& email, bool isRetry) {
+    try {
+        if (DailyCountsStore::migrateGlobalDataToAccount(email)) {
+            debugLog("[AppModel] Migrated legacy global database to account: " + email);
+        }
+    } catch (const std::exception& error) {
+        if (!isRetry) {
+            debugLog(std::string("[AppModel] Migration failed (non-fatal): ") + error.what());
+        }
+    }
+}
+
+std::string databaseOf(const std::string& email) {
+    try {
+        return DailyCountsStore::urlForAccount(email).native();
+    } catch (const std::filesystem::filesystem_error&) {
+        return "of " + email; // its folder is what fails
+    }
+}
+
 } // namespace
 
 bool AppModel::openStore(std::chrono::milliseconds patience) {
+    const std::string email = currentAccountEmail_.value();
     try {
         identity_.claimDatabases();
-        store_ =
-            openAccountStore(currentAccountEmail_.value(),
-                             {.completesDays = completesDays_, .patience = patience}, currentDay_.rawValue);
+        migrateLegacyDatabase(email, !openingFailure_.empty());
+        store_ = openAccountStore(email, {.completesDays = completesDays_, .patience = patience},
+                                  currentDay_.rawValue);
         completesDays_ = false; // from now on hours are ahead of their day because its flush is due
         openingFailure_.clear();
         areCountsSaved.set(true);
@@ -34,6 +56,7 @@ bool AppModel::openStore(std::chrono::milliseconds patience) {
     } catch (const std::exception& error) {
         if (openingFailure_ != error.what()) {
             openingFailure_ = error.what();
+            debugLog("[AppModel] Cannot use the database " + databaseOf(email));
             debugLog("[AppModel] Failed to create account-specific store: " + openingFailure_);
         }
     }
