@@ -94,6 +94,26 @@ TEST_F(SyncNetwork, SendsADayAgainOnceTheBackendAnswersAgain) {
     EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(40, 40, 40)) << "a refusal is final";
 }
 
+TEST_F(SyncNetwork, TellsSinceWhenCountsWaitThatCouldNotBeSent) {
+    openStore();
+    await(store_->increment(today, 3, 1));
+    answers_["device_day_counts"].status = 503;
+    startSync();
+    const auto& since = coordinator_->status().unsentSince;
+    EXPECT_EQ(since.get(), std::nullopt);
+    pass(1s);
+    const auto first = clock_.monotonic();
+    EXPECT_EQ(since.get(), first);
+    clock_.set(clock_.now() + 24h * 365);
+    pass(600s);
+    EXPECT_EQ(since.get(), first);
+    EXPECT_EQ(clock_.monotonic() - first, 600s);
+    answers_.clear();
+    pass(60s);
+    pass(60s);
+    EXPECT_EQ(since.get(), std::nullopt);
+}
+
 // Taken for nothing, the server's larger count would be replaced.
 TEST_F(SyncNetwork, SendsNoDayOfWhichItCouldNotLearnTheServersCount) {
     openStore();

@@ -14,6 +14,7 @@ public:
     explicit FakeClock(Instant now) : now_(now) {}
 
     Instant now() const override { return now_; }
+    Moment monotonic() const override { return Moment(elapsed_); }
 
     std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay, std::function<void()> fired) override {
         auto timer = std::make_unique<FakeTimer>(*this);

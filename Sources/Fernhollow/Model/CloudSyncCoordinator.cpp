@@ -12,7 +12,7 @@ CloudSyncCoordinator::CloudSyncCoordinator(SyncSurroundings surroundings,
                                            std::optional<SupabaseConfig> config)
     : executor_(surroundings.executor),
       engine_(std::make_shared<SyncEngine>(surroundings, std::move(store), accountManager,
-                                           std::move(deviceId), std::move(config))) {
+                                           std::move(deviceId), std::move(config), status_)) {
     executor_.post([engine = engine_] { engine->start(); });
 }
 

@@ -4,6 +4,7 @@
 #include "Model/DeviceInfo.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/SyncEngine.h"
+#include "Model/Sync/SyncStatus.h"
 #include "Support/Future.h"
 #include "Support/SupabaseConfig.h"
 
@@ -39,6 +40,9 @@ public:
     /// Presses reached the store: a cycle begins a second later.
     void notifyFlushCompleted();
 
+    /// How the engine fares, to be observed on the main thread.
+    const SyncStatus& status() const { return *status_; }
+
     /// The account's total of today, 0 while it is not known.
     Future<std::int64_t> getAggregatedTodayTotal();
     /// The account's totals of the last 30 days, and today's and theirs by hour and application, as the last
@@ -60,6 +64,7 @@ public:
 
 private:
     EventLoopExecutor& executor_;
+    std::shared_ptr<SyncStatus> status_ = std::make_shared<SyncStatus>();
     std::shared_ptr<SyncEngine> engine_;
 };
 

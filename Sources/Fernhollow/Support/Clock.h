@@ -10,12 +10,16 @@ namespace fernhollow {
 /// A point of the wall clock, which may be set forwards or backwards at any time.
 using Instant = std::chrono::system_clock::time_point;
 
+/// A point of the monotonic clock, which goes on whatever becomes of the wall clock. Only differences mean
+/// something, within one run.
+using Moment = std::chrono::steady_clock::time_point;
+
 /// Whole seconds since the Unix epoch, truncated toward zero.
 inline std::int64_t unixSeconds(Instant instant) {
     return std::chrono::duration_cast<std::chrono::seconds>(instant.time_since_epoch()).count();
 }
 
-/// The only source of time: the wall clock, and timers that a change of the wall clock does not move.
+/// The only source of time: the wall clock, the monotonic clock, and timers that follow the latter.
 ///
 /// Handed to whoever needs it, so that a test can walk over midnight. Timers fire on the thread that
 /// started them, from its event loop.
@@ -29,6 +33,7 @@ public:
 
     virtual ~Clock() = default;
     virtual Instant now() const = 0;
+    virtual Moment monotonic() const = 0;
     virtual std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay,
                                               std::function<void()> fired) = 0;
 };
@@ -37,6 +42,7 @@ public:
 class SystemClock final : public Clock {
 public:
     Instant now() const override { return std::chrono::system_clock::now(); }
+    Moment monotonic() const override { return std::chrono::steady_clock::now(); }
     std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay, std::function<void()> fired) override;
 };
 

@@ -30,10 +30,10 @@ constexpr int outOfReach = 3;
 
 SyncEngine::SyncEngine(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
                        AccountManager& accountManager, std::string deviceId,
-                       std::optional<SupabaseConfig> config)
+                       std::optional<SupabaseConfig> config, std::shared_ptr<SyncStatus> status)
     : surroundings_(surroundings), store_(std::move(store)), accountManager_(accountManager),
       deviceId_(std::move(deviceId)), config_(std::move(config)), lastActivityTime_(surroundings.clock.now()),
-      cachedDay_(today()) {}
+      cachedDay_(today()), status_(std::move(status)) {}
 
 void SyncEngine::start() {
     startPeriodicSync();
@@ -157,11 +157,25 @@ QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
 void SyncEngine::keepLostDays(const Session& session, std::unordered_set<DayKey> days) {
     if (session.isWriteLost) {
         lostDays_.merge(days);
+        publishUnsentSince(unsentSince_.value_or(session.begun));
+    } else if (session.failuresInARow == 0 && lostDays_.empty()) {
+        publishUnsentSince(std::nullopt);
     }
     if (session.failuresInARow == 0) {
         dirtyDays_.merge(lostDays_);
         lostDays_.clear();
     }
+}
+
+void SyncEngine::publishUnsentSince(std::optional<Moment> since) {
+    if (std::exchange(unsentSince_, since) == since) {
+        return;
+    }
+    surroundings_.mainThread.post([status = status_, since] {
+        if (const auto published = status.lock()) {
+            published->unsentSince.set(since);
+        }
+    });
 }
 
 QCoro::Task<> SyncEngine::publishDevices(Self self, Shared session) {
@@ -182,8 +196,8 @@ QCoro::Task<std::optional<std::string>> SyncEngine::signedInEmail() {
 }
 
 auto SyncEngine::makeSession(std::string email) const -> Shared {
-    return std::make_shared<Session>(
-        Session{std::move(email), BackendRequests(config_.value(), deviceId_), stop_.get_token()});
+    return std::make_shared<Session>(Session{std::move(email), BackendRequests(config_.value(), deviceId_),
+                                             stop_.get_token(), surroundings_.clock.monotonic()});
 }
 
 auto SyncEngine::pause() -> Pause {
@@ -195,6 +209,7 @@ void SyncEngine::reset() {
     dirtyDays_.clear();
     lostDays_.clear();
     sentRows_ = {};
+    publishUnsentSince(std::nullopt);
     isScheduled_ = false;
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();

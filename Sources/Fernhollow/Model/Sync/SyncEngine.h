@@ -7,6 +7,7 @@
 #include "Model/Sync/BackendRequests.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/SentRows.h"
+#include "Model/Sync/SyncStatus.h"
 #include "Support/Clock.h"
 #include "Support/HttpSession.h"
 #include "Support/SupabaseConfig.h"
@@ -46,7 +47,8 @@ struct SyncSurroundings {
 class SyncEngine : public std::enable_shared_from_this<SyncEngine> {
 public:
     SyncEngine(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
-               AccountManager& accountManager, std::string deviceId, std::optional<SupabaseConfig> config);
+               AccountManager& accountManager, std::string deviceId, std::optional<SupabaseConfig> config,
+               std::shared_ptr<SyncStatus> status);
 
     /// Begins the periodic loop and queues what the store holds for upload.
     void start();
@@ -79,6 +81,7 @@ private:
         std::string email;
         BackendRequests requests;
         std::stop_token stop;
+        Moment begun;
         int failuresInARow = 0;   ///< requests that had no answer
         bool isWriteLost = false; ///< a write had no answer, or one that may be another later
 
@@ -102,6 +105,7 @@ private:
     static QCoro::Task<> runCycle(Self self, Shared session);
     QCoro::Task<std::optional<std::string>> signedInEmail();
     void keepLostDays(const Session& session, std::unordered_set<DayKey> days);
+    void publishUnsentSince(std::optional<Moment> since);
     QCoro::Task<> publishDevices(Self self, Shared session);
     Shared makeSession(std::string email) const;
     /// Absent before the first cycle, and where the clock cannot tell.
@@ -164,7 +168,9 @@ private:
     std::optional<Instant> lastSyncTime_;
     Instant lastActivityTime_;
     DayKey cachedDay_;
-    bool isScheduled_ = false; // a cycle waits for its delay
+    std::optional<Moment> unsentSince_; // as it is published
+    std::weak_ptr<SyncStatus> status_;  // main thread
+    bool isScheduled_ = false;          // a cycle waits for its delay
     std::stop_source stop_;
 };
 
