@@ -20,10 +20,12 @@ struct DayMerge {
         uploadLocal, ///< the backend knows no more than this machine
         restore,     ///< nothing is left here: the backend's count is taken
         add,         ///< counting began anew here: both counts are presses of their own
+        foreign,     ///< another machine sends under this machine's identity: nothing is merged or sent
     };
     Kind kind = Kind::uploadLocal;
-    std::int64_t count = 0; ///< of the day afterwards, here and there
+    std::int64_t count = 0; ///< of the day afterwards, here and there; of `foreign`, what was sent from here
 
+    /// Of a day that this run has not sent yet; see SentDays for the others.
     static DayMerge of(std::int64_t local, std::int64_t remote);
     bool operator==(const DayMerge&) const = default;
 };
