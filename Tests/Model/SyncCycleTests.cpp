@@ -23,6 +23,14 @@ protected:
     }
 
     std::size_t cycles() { return server_.to("devices").size(); }
+
+    std::vector<std::string> hourDays() {
+        std::vector<std::string> days;
+        for (const auto& request : server_.to("device_hour_counts")) {
+            days.push_back(request.json().at("day"));
+        }
+        return days;
+    }
 };
 
 TEST(SyncRules, PauseLongerTheLongerNobodyTypes) {
@@ -113,9 +121,11 @@ TEST_F(SyncCycle, DropsAnAttemptWhileOneIsUnderWay) {
     EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(0)) << "the day that became dirty meanwhile";
 }
 
-TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursOfTodayOnly) {
+TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursThatTheBackendMayLack) {
     openStore();
-    for (const auto* day : {"2025-03-04", "2025-03-05", "2026-03-04", "2026-03-05"}) {
+    serverKeepsDays();
+    serverDays_ = {{"2025-03-05", 7}, {"2025-03-06", 6}};
+    for (const auto* day : {"2025-03-04", "2025-03-05", "2025-03-06", "2026-03-04", "2026-03-05"}) {
         await(store_->increment(DayKey(day), 7, 1));
         await(store_->incrementHourly(DayKey(day), 8, 7, 1));
     }
@@ -127,10 +137,78 @@ TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursOfTodayOnly) {
             days.push_back(request.json().at("day"));
         }
     }
-    EXPECT_THAT(days, UnorderedElementsAre("2025-03-05", "2026-03-04", "2026-03-05"));
-    ASSERT_EQ(server_.to("device_hour_counts").size(), 1);
-    EXPECT_EQ(server_.to("device_hour_counts").at(0).json().at("day"), "2026-03-05");
-    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Queued 3 historical days for upload\n"));
+    EXPECT_THAT(days, ElementsAre("2026-03-05", "2026-03-04", "2025-03-06", "2025-03-05")) << "today first";
+    EXPECT_THAT(hourDays(), ElementsAre("2026-03-05", "2026-03-04", "2025-03-06"));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Queued 4 historical days for upload\n"));
+}
+
+TEST_F(SyncCycle, SendsThePastInPortionsThatGiveWayToToday) {
+    openStore();
+    serverKeepsDays();
+    for (int day = 10; day < 29; ++day) {
+        await(store_->increment(DayKey("2026-02-" + std::to_string(day)), day, 1));
+    }
+    await(store_->increment(today, 1, 1));
+    startSync();
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(1, 28, 27, 26, 25, 24));
+    server_.answer = [this, answer = server_.answer](const Request& request) {
+        if (request.method == "GET" && serverDays_.size() == 6) {
+            await(store_->increment(today, 4, 1));
+            coordinator_->markDirty(today, 9);
+        }
+        return answer(request);
+    };
+    pass(1s);
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"),
+                ElementsAre(1, 28, 27, 26, 25, 24, 23, 5, 22, 21, 20, 19, 18));
+    pass(1s);
+    pass(1s);
+    EXPECT_EQ(serverDays_.size(), 20);
+}
+
+TEST_F(SyncCycle, SendsTheHoursOfADayThatWasOfflineOverMidnight) {
+    openStore();
+    server_.answer = [](const Request&) { return Answer{.raw = " ", .closes = true}; };
+    startSync();
+    await(store_->increment(today, 7, 1));
+    await(store_->incrementHourly(today, 23, 7, 1));
+    coordinator_->markDirty(today, 23);
+    pass(1s);
+    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
+    pass(60s);
+    server_.requests.clear();
+    server_.answer = [](const Request&) { return Answer{}; };
+    pass(15s); // the network is back
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(7));
+    EXPECT_THAT(hourDays(), ElementsAre("2026-03-05"));
+}
+
+// Both would add the other's sum to their own, again and again.
+TEST_F(SyncCycle, NoticesAnotherMachineWithItsIdentityAndAddsNothing) {
+    openStore();
+    serverKeepsDays();
+    serverDays_["2026-03-05"] = 100;
+    await(store_->increment(today, 30, 1));
+    startSync();
+    pass(1s);
+    EXPECT_EQ(serverDays_["2026-03-05"], 130) << "what a lost database had";
+    for (const std::int64_t other : {999, 1500}) {
+        serverDays_["2026-03-05"] = other;
+        server_.requests.clear();
+        await(store_->increment(today, 1, 1));
+        coordinator_->markDirty(today, 9);
+        pass(1s);
+        EXPECT_EQ(serverDays_["2026-03-05"], other);
+        EXPECT_THAT(server_.to("devices"), IsEmpty());
+        EXPECT_THAT(server_.to("get_account_today_total"), testing::SizeIs(1));
+    }
+    EXPECT_EQ(await(store_->count(today)), 132);
+    EXPECT_EQ(identityNotices_, 1);
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Another machine sends counts under this machine's "
+                                       "identity: the backend has 999 for 2026-03-05"));
+    EXPECT_NE(coordinator_->status().unsentSince.get(), std::nullopt);
 }
 
 TEST_F(SyncCycle, UploadsThirtyDaysOfApplicationsUpToYesterday) {

@@ -37,6 +37,26 @@ protected:
         store_ = std::make_shared<DailyCountsStore>(DailyCountsStore::urlForAccount("ana@example.com"));
     }
 
+    /// From now on the server tells the counts of days that it was sent, or had.
+    void serverKeepsDays() {
+        server_.answer = [this, answer = server_.answer](const Request& request) {
+            if (request.method == "GET") {
+                const auto day = QUrlQuery(QString::fromStdString(request.query))
+                                     .queryItemValue(QStringLiteral("day"))
+                                     .toStdString();
+                const auto found = serverDays_.find(day.substr(day.find('.') + 1));
+                return found == serverDays_.end()
+                           ? Answer{}
+                           : Answer{.body = R"([{"count":)" + std::to_string(found->second) + "}]"};
+            }
+            const Answer given = answer(request);
+            if (request.path.ends_with("device_day_counts") && given.status == 200) {
+                serverDays_[request.json().at("day")] = request.json().at("count").get<std::int64_t>();
+            }
+            return given;
+        };
+    }
+
     /// A coordinator without a model.
     void startSync() {
         await(store_->writeDurably({}, 1));
@@ -55,7 +75,7 @@ protected:
     std::shared_ptr<CloudSyncCoordinator> makeCoordinator(std::shared_ptr<DailyCountsStore> store) {
         return std::make_shared<CloudSyncCoordinator>(
             SyncSurroundings{clock_, executor_, executor_, session_}, std::move(store), *account_, deviceId,
-            SupabaseConfig{server_.url(), "the.anon.key"});
+            SupabaseConfig{server_.url(), "the.anon.key"}, [this] { ++identityNotices_; });
     }
 
     /// Lets time pass and what it wakes up come to its end. What a test wrote to its store is on the disk
@@ -104,6 +124,8 @@ protected:
     HttpSession session_{clock_};
     std::shared_ptr<DailyCountsStore> store_;
     std::shared_ptr<CloudSyncCoordinator> coordinator_;
+    std::map<std::string, std::int64_t> serverDays_; // by day, this device's
+    int identityNotices_ = 0;
     std::size_t modelSleepers_ = 0;
 };
 

@@ -38,11 +38,11 @@ TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
     };
     for (const auto& trouble : troubles) {
         SCOPED_TRACE(trouble.name);
-        const auto cycles = server_.to("devices").size();
+        const auto requests = server_.requests.size();
         server_.answer = [&trouble](const Request&) { return trouble.answer; };
         coordinator_->markDirty(today, 9);
-        pass(1s);
-        EXPECT_GT(server_.to("devices").size(), cycles);
+        pass(61s); // no pause is longer
+        EXPECT_GT(server_.requests.size(), requests);
         EXPECT_THAT(server_.to("elsewhere"), IsEmpty());
     }
     EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Error downloading totals: the answer is too large\n"));
@@ -51,7 +51,7 @@ TEST_F(SyncNetwork, GoesOnAfterEveryKindOfAnswer) {
 
     server_.answer = [](const Request&) { return Answer{.body = "7"}; };
     coordinator_->markDirty(today, 9);
-    pass(1s);
+    pass(61s);
     EXPECT_EQ(todayTotal(), 7);
 }
 
@@ -94,6 +94,80 @@ TEST_F(SyncNetwork, SendsADayAgainOnceTheBackendAnswersAgain) {
     EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(40, 40, 40)) << "a refusal is final";
 }
 
+TEST_F(SyncNetwork, SendsOnlyTheRowsAgainThatWereLost) {
+    openStore();
+    await(store_->increment(today, 6, 1));
+    for (const int hour : {7, 8, 9}) {
+        await(store_->incrementHourly(today, hour, hour, 1));
+    }
+    server_.answer = [this](const Request& request) {
+        const bool isFirstEight =
+            server_.to("device_hour_counts").size() == 2 && request.path.ends_with("device_hour_counts");
+        return Answer{.status = isFirstEight ? 503 : 200};
+    };
+    startSync();
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_hour_counts"), ElementsAre(7, 8));
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_hour_counts"), ElementsAre(7, 8, 8, 9));
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(6));
+}
+
+TEST_F(SyncNetwork, AsksNothingOfABackendThatWantsToBeLeftAlone) {
+    openStore();
+    await(store_->increment(today, 3, 1));
+    server_.answer = [](const Request&) {
+        return Answer{.raw = "HTTP/1.1 429 -\r\nRetry-After: 30\r\nContent-Length: 0\r\n\r\n"};
+    };
+    startSync();
+    pass(1s);
+    EXPECT_EQ(server_.requests.size(), 1);
+    for (int second = 0; second < 29; ++second) {
+        coordinator_->markDirty(today, 9);
+        await(coordinator_->getConnectedDevices());
+        pass(1s);
+    }
+    EXPECT_EQ(server_.requests.size(), 1);
+    server_.answer = [](const Request&) { return Answer{}; };
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(3));
+}
+
+TEST_F(SyncNetwork, EndsTheUploadsOfACycleAtTheFirstThatIsUnauthorised) {
+    openStore();
+    for (const auto* day : {"2026-03-02", "2026-03-03", "2026-03-04"}) {
+        await(store_->increment(DayKey(day), 3, 1));
+    }
+    answers_["device_day_counts"].status = 401;
+    startSync();
+    pass(1s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(3));
+    EXPECT_EQ(server_.to("get_account_app_daily_totals").size(), 1) << "the cycle goes on";
+    answers_.clear();
+    pass(1s);
+    EXPECT_EQ(sentCounts("device_day_counts").size(), 4);
+}
+
+TEST_F(SyncNetwork, SendsNothingOfOneAccountForAnother) {
+    openStore();
+    await(store_->increment(DayKey("2026-03-04"), 4, 1));
+    await(store_->increment(today, 3, 1));
+    server_.answer = [this](const Request& request) {
+        if (request.method == "GET") {
+            signIn("bea@example.com");
+        }
+        return Answer{};
+    };
+    startSync();
+    pass(1s);
+    pass(60s);
+    EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(3)) << "the one that was on its way";
+    EXPECT_EQ(server_.requests.size(), 2);
+    for (const auto& request : server_.requests) {
+        EXPECT_THAT(request.query + request.body, HasSubstr("ana"));
+    }
+}
+
 TEST_F(SyncNetwork, TellsSinceWhenCountsWaitThatCouldNotBeSent) {
     openStore();
     await(store_->increment(today, 3, 1));
@@ -118,14 +192,16 @@ TEST_F(SyncNetwork, TellsSinceWhenCountsWaitThatCouldNotBeSent) {
 TEST_F(SyncNetwork, SendsNoDayOfWhichItCouldNotLearnTheServersCount) {
     openStore();
     await(store_->increment(today, 30, 1));
-    answers_["GET"].status = 500;
     startSync();
-    pass(1s);
-    answers_["GET"] = {.body = "<html></html>"};
-    pass(1s);
+    for (const int status : {200, 302, 400, 401, 404, 500}) {
+        answers_["GET"] = {.status = status, .body = "<html></html>"};
+        const auto asked = server_.to("device_day_counts").size();
+        pass(61s);
+        EXPECT_GT(server_.to("device_day_counts").size(), asked) << status;
+    }
     EXPECT_THAT(sentCounts("device_day_counts"), IsEmpty());
     answers_["GET"] = {.body = R"([{"count":120}])"};
-    pass(1s);
+    pass(61s);
     EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(150));
 }
 

@@ -42,9 +42,8 @@ TEST_F(SyncRequests, OfACycleFollowEachOtherInTheirOrder) {
     await(store_->increment(today, 12, 1));
     await(store_->incrementHourly(today, 9, 12, 1));
     await(store_->incrementAppHourly(today, 9, "org.a", 12, 1));
-    await(store_->registerApp("org.a", "A", 1));
     startSync();
-    server_.requests.clear(); // of the history per application
+    await(store_->registerApp("org.a", "A", 1)); // after the history per application has sent the others
     pass(1s);
 
     const std::string filter =

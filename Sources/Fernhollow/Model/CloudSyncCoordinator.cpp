@@ -9,10 +9,12 @@ namespace fernhollow {
 CloudSyncCoordinator::CloudSyncCoordinator(SyncSurroundings surroundings,
                                            std::shared_ptr<DailyCountsStore> store,
                                            AccountManager& accountManager, std::string deviceId,
-                                           std::optional<SupabaseConfig> config)
+                                           std::optional<SupabaseConfig> config,
+                                           std::function<void()> onIdentityInUseElsewhere)
     : executor_(surroundings.executor),
       engine_(std::make_shared<SyncEngine>(surroundings, std::move(store), accountManager,
-                                           std::move(deviceId), std::move(config), status_)) {
+                                           std::move(deviceId), std::move(config),
+                                           SyncReports{status_, std::move(onIdentityInUseElsewhere)})) {
     executor_.post([engine = engine_] { engine->start(); });
 }
 

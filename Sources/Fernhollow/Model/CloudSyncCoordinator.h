@@ -28,9 +28,12 @@ public:
     using Factory = std::function<std::shared_ptr<CloudSyncCoordinator>(
         std::shared_ptr<DailyCountsStore> store, AccountManager& accountManager, std::string deviceId)>;
 
+    /// `onIdentityInUseElsewhere` is called once, on the main thread and even when this coordinator is gone,
+    /// should another machine send counts under `deviceId`. Nothing more is sent under it from here.
     CloudSyncCoordinator(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
                          AccountManager& accountManager, std::string deviceId,
-                         std::optional<SupabaseConfig> config = SupabaseConfig::compiledIn());
+                         std::optional<SupabaseConfig> config = SupabaseConfig::compiledIn(),
+                         std::function<void()> onIdentityInUseElsewhere = {});
     ~CloudSyncCoordinator();
     CloudSyncCoordinator(const CloudSyncCoordinator&) = delete;
     CloudSyncCoordinator& operator=(const CloudSyncCoordinator&) = delete;

@@ -121,7 +121,8 @@ QCoro::Task<HttpAnswer> HttpSession::send(HttpRequest request, std::stop_token s
     if (isTransportError(reply->error()) || !status.isValid()) {
         throw TransportError(reply->errorString().toStdString());
     }
-    co_return HttpAnswer{status.toInt(), reply->readAll().toStdString()};
+    co_return HttpAnswer{status.toInt(), reply->readAll().toStdString(),
+                         reply->rawHeader("Retry-After").toStdString()};
 }
 
 } // namespace fernhollow

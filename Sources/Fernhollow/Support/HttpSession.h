@@ -32,6 +32,7 @@ struct HttpRequest {
 struct HttpAnswer {
     int status = 0;
     std::string body;
+    std::string retryAfter{}; ///< the field of that name, as it came
 
     bool isSuccess() const { return status >= 200 && status <= 299; }
 };

@@ -1,12 +1,14 @@
 #include "Model/Sync/SentDays.h"
 
+#include "KeypressCore/CountLimits.h"
+
 #include <algorithm>
 
 namespace fernhollow {
 
 DayMerge SentDays::merge(const DayKey& day, std::int64_t local, std::int64_t remote) const {
     const auto sent = largest_.find(day);
-    if (sent != largest_.end() && remote > sent->second && remote <= implausibleCount) {
+    if (sent != largest_.end() && remote > sent->second && remote <= maximumDeviceDay) {
         return {DayMerge::Kind::foreign, sent->second};
     }
     return DayMerge::of(local, remote);

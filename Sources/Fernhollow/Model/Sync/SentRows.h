@@ -10,30 +10,40 @@
 
 namespace fernhollow {
 
-/// The rows of one day that the backend has taken, so that a cycle only sends what changed since: while
-/// somebody types there is one each second, and nearly all rows are as they were.
+/// The rows that the backend has taken or is being given, so that each is sent once: while a person types,
+/// there is a cycle each second, and nearly all rows are as they were.
 ///
-/// It believes that for an hour, in case the backend lost them.
+/// It believes that for an hour, in case the backend lost them. A value of one engine.
 class SentRows {
 public:
-    /// Forgets what belongs to another day than `day` or is too old at `now`.
-    void begin(const DayKey& day, Instant now);
+    // True when the row has to be sent, by this caller and no other. It counts as sent from now on.
+    bool claim(const HourlyCountRow& row, Moment now);
+    bool claim(const AppHourlyCountRow& row, Moment now);
+    bool claim(const AppRegistryRow& row, Moment now);
 
-    bool hold(const HourlyCountRow& row) const;
-    bool hold(const AppHourlyCountRow& row) const;
-    bool hold(const AppRegistryRow& row) const;
+    // The row was not taken after all.
+    void release(const HourlyCountRow& row);
+    void release(const AppHourlyCountRow& row);
+    void release(const AppRegistryRow& row);
 
-    // Rows of other days are not noted: they are sent once anyway.
-    void note(const HourlyCountRow& row);
-    void note(const AppHourlyCountRow& row);
-    void note(const AppRegistryRow& row);
+    /// The rows of the day will hardly be asked for again.
+    void forget(const DayKey& day) { days_.erase(day); }
 
 private:
-    DayKey day_;
-    Instant since_;
-    std::map<int, std::int64_t> hours_;
-    std::map<std::pair<int, std::string>, std::int64_t> appHours_;
-    std::map<std::string, std::pair<std::string, bool>> apps_; // name and whether hidden
+    struct Day {
+        Moment since;
+        std::map<int, std::int64_t> hours;
+        std::map<std::pair<int, std::string>, std::int64_t> appHours;
+    };
+    struct Registry {
+        Moment since;
+        std::map<std::string, std::pair<std::string, bool>> apps; // name and whether hidden
+    };
+
+    Day& rowsOf(const DayKey& day, Moment now);
+
+    std::map<DayKey, Day> days_;
+    Registry registry_;
 };
 
 } // namespace fernhollow

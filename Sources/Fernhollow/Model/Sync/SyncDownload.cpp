@@ -1,9 +1,7 @@
 // What the engine reads from the backend, and the caches that hold it.
 
-#include "Model/AccountManager.h"
 #include "Model/Sync/LoggedText.h"
 #include "Model/Sync/SyncEngine.h"
-#include "Support/DebugLog.h"
 #include "Support/EventLoopExecutor.h"
 
 #include <algorithm>
@@ -29,7 +27,7 @@ QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
     }
     if (const auto total = wire::decodeTotal(answer->body)) {
         self->remoteTodayTotal_ = *total;
-        debugLog("[CloudSync] Downloaded today total: " + std::to_string(*total));
+        self->log_.writeChange("totals", "Downloaded today total: " + std::to_string(*total));
     }
 }
 
@@ -42,11 +40,12 @@ QCoro::Task<> SyncEngine::downloadHistory(Self self, Shared session) {
     }
     const auto rows = wire::decodeDaily(answer->body);
     if (!rows) {
-        debugLog("[CloudSync] Failed to decode history. Response: " + loggedText(answer->body).value_or(""));
+        self->log_.writeChange("history", "Failed to decode history. Response: " +
+                                              loggedText(answer->body).value_or(""));
         co_return;
     }
     self->remoteHistory_ = std::make_shared<HistoryCache>(historyCache(*rows));
-    debugLog("[CloudSync] Downloaded history: " + std::to_string(rows->size()) + " days");
+    self->log_.writeChange("history", "Downloaded history: " + std::to_string(rows->size()) + " days");
 }
 
 QCoro::Task<> SyncEngine::downloadHourly(Self self, Shared session) {
@@ -58,11 +57,12 @@ QCoro::Task<> SyncEngine::downloadHourly(Self self, Shared session) {
     }
     const auto rows = wire::decodeHours(answer->body);
     if (!rows) {
-        debugLog("[CloudSync] Failed to decode hourly. Response: " + loggedText(answer->body).value_or(""));
+        self->log_.writeChange("hourly",
+                               "Failed to decode hourly. Response: " + loggedText(answer->body).value_or(""));
         co_return;
     }
     self->remoteHourly_ = std::make_shared<HourlyCache>(hourlyCache(*rows));
-    debugLog("[CloudSync] Downloaded hourly: " + std::to_string(rows->size()) + " hours");
+    self->log_.writeChange("hourly", "Downloaded hourly: " + std::to_string(rows->size()) + " hours");
 }
 
 QCoro::Task<> SyncEngine::downloadAppHourly(Self self, Shared session) {
@@ -74,7 +74,8 @@ QCoro::Task<> SyncEngine::downloadAppHourly(Self self, Shared session) {
     }
     if (const auto rows = wire::decodeAppHours(answer->body)) {
         self->remoteAppHourly_ = std::make_shared<AppHourlyCache>(appHourlyCache(*rows));
-        debugLog("[CloudSync] Downloaded app hourly: " + std::to_string(rows->size()) + " entries");
+        self->log_.writeChange("app hourly",
+                               "Downloaded app hourly: " + std::to_string(rows->size()) + " entries");
     }
 }
 
@@ -85,16 +86,19 @@ QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
     if (!answer) {
         co_return;
     }
-    debugLog("[CloudSync] downloadAppDaily HTTP status: " + std::to_string(answer->status));
+    self->log_.writeChange("app daily status",
+                           "downloadAppDaily HTTP status: " + std::to_string(answer->status));
     if (!answer->isSuccess()) {
-        debugLog("[CloudSync] downloadAppDaily failed with status " + std::to_string(answer->status) + ": " +
-                 loggedText(answer->body, appDailyLogLength).value_or("no body"));
+        self->log_.writeChange("app daily",
+                               "downloadAppDaily failed with status " + std::to_string(answer->status) +
+                                   ": " + loggedText(answer->body, appDailyLogLength).value_or("no body"));
         co_return;
     }
     const auto rows = wire::decodeAppDaily(answer->body);
     if (!rows) {
-        debugLog("[CloudSync] Failed to decode app daily. Response: " +
-                 loggedText(answer->body, appDailyLogLength).value_or("no body"));
+        self->log_.writeChange("app daily",
+                               "Failed to decode app daily. Response: " +
+                                   loggedText(answer->body, appDailyLogLength).value_or("no body"));
         co_return;
     }
     const auto cache = std::make_shared<AppDailyCache>(appDailyCache(*rows));
@@ -107,11 +111,12 @@ QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
             apps.insert(bundleId);
         }
     }
-    debugLog("[CloudSync] Downloaded app daily: " + std::to_string(rows->size()) + " entries, " +
-             std::to_string(days.size()) + " days, " + std::to_string(apps.size()) + " unique apps");
+    self->log_.writeChange("app daily", "Downloaded app daily: " + std::to_string(rows->size()) +
+                                            " entries, " + std::to_string(days.size()) + " days, " +
+                                            std::to_string(apps.size()) + " unique apps");
     if (!days.empty()) {
-        debugLog("[CloudSync] App daily date range: " + std::string(*days.begin()) + " to " +
-                 std::string(*days.rbegin()));
+        self->log_.writeChange("app daily range", "App daily date range: " + std::string(*days.begin()) +
+                                                      " to " + std::string(*days.rbegin()));
     }
 }
 
@@ -121,27 +126,41 @@ QCoro::Task<std::vector<DeviceInfo>> SyncEngine::getConnectedDevices() {
     }
     const auto self = shared_from_this();
     const auto stop = stop_.get_token();
-    auto email = co_await signedInEmail();
-    if (!email || stop.stop_requested()) {
+    if (!co_await isSignedIn() || stop.stop_requested()) {
         co_return {};
     }
-    const auto session = makeSession(std::move(*email));
+    if (backOff_.remaining(surroundings_.clock.monotonic()) > std::chrono::milliseconds(0)) {
+        co_return devices_; // the backend wants to be left alone
+    }
+    const auto session = makeSession();
+    auto devices = co_await fetchDevices(self, session);
+    if (session->wantedPause()) {
+        backOff(*session);
+    }
+    co_return std::move(devices);
+}
+
+QCoro::Task<std::vector<DeviceInfo>> SyncEngine::fetchDevices(Self self, Shared session) {
+    self->devices_.clear();
     const auto answer =
         co_await send(self, session, session->requests.devices(session->email), "Error fetching devices");
     if (!answer) {
         co_return {};
     }
-    debugLog("[CloudSync] Get devices response: " + std::to_string(answer->status));
+    self->log_.writeChange("devices status", "Get devices response: " + std::to_string(answer->status));
     if (answer->status >= firstFailure) {
-        debugLog("[CloudSync] Get devices error: " + loggedText(answer->body).value_or("no body"));
+        self->log_.writeChange("devices",
+                               "Get devices error: " + loggedText(answer->body).value_or("no body"));
         co_return {};
     }
     auto devices = wire::decodeDevices(answer->body);
     if (!devices) {
-        debugLog("[CloudSync] Failed to decode devices: " + loggedText(answer->body).value_or("no body"));
+        self->log_.writeChange("devices",
+                               "Failed to decode devices: " + loggedText(answer->body).value_or("no body"));
         co_return {};
     }
-    debugLog("[CloudSync] Found " + std::to_string(devices->size()) + " connected devices");
+    self->log_.writeChange("devices", "Found " + std::to_string(devices->size()) + " connected devices");
+    self->devices_ = *devices;
     co_return std::move(*devices);
 }
 
@@ -150,13 +169,13 @@ void SyncEngine::resetTodayCaches() {
     if (day == cachedDay_) {
         return;
     }
-    debugLog("[CloudSync] Day changed from " + cachedDay_.rawValue + " to " + day.rawValue +
-             ", resetting today caches");
+    SyncLog::write("Day changed from " + cachedDay_.rawValue + " to " + day.rawValue +
+                   ", resetting today caches");
     clearTodayCaches();
 }
 
 void SyncEngine::forceResetTodayCaches() {
-    debugLog("[CloudSync] Force resetting today caches");
+    SyncLog::write("Force resetting today caches");
     clearTodayCaches();
 }
 

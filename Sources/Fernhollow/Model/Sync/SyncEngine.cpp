@@ -4,13 +4,13 @@
 
 #include "Model/AccountManager.h"
 #include "Model/Sync/SyncRules.h"
-#include "Support/DebugLog.h"
 #include "Support/EventLoopExecutor.h"
 #include "Support/Sleep.h"
 
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace fernhollow {
@@ -23,17 +23,22 @@ constexpr auto changeDelay = 1s;
 
 constexpr auto firstPeriodicSync = 1s;
 
-// Of the rows of an upload, the last that are tried where there is no backend: hundreds may follow.
-constexpr int outOfReach = 3;
+// While counts wait for the network, the longest time until it is tried again.
+constexpr std::chrono::seconds longestPauseWithLosses = 15s;
+
+// What the caches show waits for them, too.
+constexpr std::size_t pastDaysPerCycle = 5;
+
+constexpr int recentDays = 30;
 
 } // namespace
 
 SyncEngine::SyncEngine(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
                        AccountManager& accountManager, std::string deviceId,
-                       std::optional<SupabaseConfig> config, std::shared_ptr<SyncStatus> status)
+                       std::optional<SupabaseConfig> config, SyncReports reports)
     : surroundings_(surroundings), store_(std::move(store)), accountManager_(accountManager),
-      deviceId_(std::move(deviceId)), config_(std::move(config)), lastActivityTime_(surroundings.clock.now()),
-      cachedDay_(today()), status_(std::move(status)) {}
+      email_(accountManager.email().value_or("")), deviceId_(std::move(deviceId)), config_(std::move(config)),
+      reports_(std::move(reports)), lastActivityTime_(surroundings.clock.monotonic()), cachedDay_(today()) {}
 
 void SyncEngine::start() {
     startPeriodicSync();
@@ -41,9 +46,9 @@ void SyncEngine::start() {
     surroundings_.executor.post([self = shared_from_this()] { return uploadAllAppHistory(self); });
 }
 
-void SyncEngine::markDirty(DayKey day) {
-    dirtyDays_.insert(std::move(day));
-    lastActivityTime_ = surroundings_.clock.now();
+void SyncEngine::markDirty(const DayKey& day) {
+    queue_.add(day, {.count = true, .hours = true, .apps = true});
+    lastActivityTime_ = surroundings_.clock.monotonic();
     scheduleSync(changeDelay);
 }
 
@@ -62,7 +67,7 @@ QCoro::Task<> SyncEngine::scheduledSync(Pause pause, std::chrono::milliseconds d
     if (co_await Sleep(pause.clock, delay, pause.stop)) {
         if (const auto self = pause.engine.lock()) {
             self->isScheduled_ = false;
-            co_await performSync(self);
+            co_await attemptSync(self);
         }
     }
 }
@@ -79,46 +84,51 @@ QCoro::Task<> SyncEngine::periodicLoop(Pause pause) {
             co_return;
         }
         // Another cycle may have come in between: while somebody types, each change asks for one.
-        if (const auto early = self->timeSinceLastSync(); early && *early < length) {
-            length -= *early;
-            continue;
+        if (self->lastSyncTime_) {
+            const auto early =
+                std::chrono::floor<std::chrono::milliseconds>(pause.clock.monotonic() - *self->lastSyncTime_);
+            if (early < length) {
+                length -= early;
+                continue;
+            }
         }
-        co_await performSync(self);
-        const Instant now = pause.clock.now();
-        // A clock set back would otherwise look like activity until it is what it was.
-        self->lastActivityTime_ = std::min(self->lastActivityTime_, now);
-        length = periodicPause(now - self->lastActivityTime_);
+        co_await attemptSync(self);
+        length = self->periodicPause();
     }
 }
 
-std::optional<std::chrono::milliseconds> SyncEngine::timeSinceLastSync() const {
-    const Instant now = surroundings_.clock.now();
-    if (!lastSyncTime_ || now < *lastSyncTime_) { // the clock was set back
-        return std::nullopt;
+std::chrono::milliseconds SyncEngine::periodicPause() const {
+    const auto pause = fernhollow::periodicPause(surroundings_.clock.monotonic() - lastActivityTime_);
+    return queue_.isEmpty() ? pause : std::min(pause, longestPauseWithLosses);
+}
+
+QCoro::Task<> SyncEngine::attemptSync(Self self) {
+    try {
+        co_await performSync(self);
+    } catch (const std::exception& error) {
+        self->log_.writeChange("unexpected", std::string("A sync cycle failed: ") + error.what());
     }
-    return std::chrono::floor<std::chrono::milliseconds>(now - *lastSyncTime_);
 }
 
 QCoro::Task<> SyncEngine::performSync(Self self) {
     if (self->isSyncing_) {
-        debugLog("[CloudSync] Sync already in progress, skipping");
+        self->log_.writeChange("attempt", "Sync already in progress, skipping");
         co_return;
     }
     if (!self->config_) {
-        debugLog("[CloudSync] No config available");
+        self->log_.writeChange("attempt", "No config available");
+        co_return;
+    }
+    if (const auto pause = self->backOff_.remaining(self->surroundings_.clock.monotonic()); pause > 0ms) {
+        self->scheduleSync(pause);
         co_return;
     }
     const auto stop = self->stop_.get_token();
-    auto email = co_await self->signedInEmail();
-    if (stop.stop_requested()) {
-        co_return;
-    }
-    if (!email) {
-        debugLog("[CloudSync] No email available");
+    if (!co_await self->isSignedIn() || stop.stop_requested()) {
         co_return;
     }
     if (self->isSyncing_) { // another one asked for the address at the same time
-        debugLog("[CloudSync] Sync already in progress, skipping");
+        self->log_.writeChange("attempt", "Sync already in progress, skipping");
         co_return;
     }
     self->isSyncing_ = true;
@@ -127,14 +137,20 @@ QCoro::Task<> SyncEngine::performSync(Self self) {
             self->isSyncing_ = false;
         }
     });
-    co_await runCycle(self, self->makeSession(std::move(*email)));
-    self->lastSyncTime_ = self->surroundings_.clock.now();
+    const auto session = self->makeSession();
+    co_await runCycle(self, session);
+    if (!stop.stop_requested()) {
+        self->lastSyncTime_ = self->surroundings_.clock.monotonic();
+        self->endCycle(*session);
+    }
 }
 
 QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
     self->resetTodayCaches();
-    const auto days =
-        std::exchange(self->dirtyDays_, {}); // what becomes dirty from now on is the next cycle's
+    Days days; // what becomes dirty from now on is the next cycle's
+    if (!self->isIdentityInUseElsewhere_) {
+        days = self->queue_.begin(session->day, pastDaysPerCycle);
+    }
     if (!days.empty()) {
         co_await uploadDays(self, session, days);
     }
@@ -146,58 +162,76 @@ QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
     }
     co_await downloadAppHourly(self, session);
     co_await downloadAppDaily(self, session);
-    co_await registerDevice(self, session);
-    co_await self->publishDevices(self, session);
-    if (!session->stop.stop_requested()) {
-        self->keepLostDays(*session, days);
+    if (!self->isIdentityInUseElsewhere_) {
+        co_await registerDevice(self, session);
+    }
+    if (session->mayAsk()) {
+        co_await publishDevices(self, session);
     }
 }
 
-// A machine may be offline over midnight and run on for months: nothing else would send that day again.
-void SyncEngine::keepLostDays(const Session& session, std::unordered_set<DayKey> days) {
-    if (session.isWriteLost) {
-        lostDays_.merge(days);
-        publishUnsentSince(unsentSince_.value_or(session.begun));
-    } else if (session.failuresInARow == 0 && lostDays_.empty()) {
-        publishUnsentSince(std::nullopt);
+void SyncEngine::endCycle(const SyncSession& session) {
+    publishUnsentSince(queue_.lostSince());
+    if (session.wantedPause() || (session.isLost() && session.isReachable())) {
+        backOff(session);
+    } else if (!session.isLost()) {
+        backOff_.end();
     }
-    if (session.failuresInARow == 0) {
-        dirtyDays_.merge(lostDays_);
-        lostDays_.clear();
+    // Without the network the periodic loop tries again.
+    if (!queue_.isEmpty() && session.isReachable() && !isIdentityInUseElsewhere_) {
+        scheduleSync(std::max<std::chrono::milliseconds>(
+            changeDelay, backOff_.remaining(surroundings_.clock.monotonic())));
     }
+}
+
+void SyncEngine::backOff(const SyncSession& session) {
+    if (session.hasTaken()) {
+        backOff_.end(); // one answer in a hundred may be trouble, and the pause is short after each
+    }
+    backOff_.lengthen(surroundings_.clock.monotonic(), session.wantedPause().value_or(0s));
 }
 
 void SyncEngine::publishUnsentSince(std::optional<Moment> since) {
     if (std::exchange(unsentSince_, since) == since) {
         return;
     }
-    surroundings_.mainThread.post([status = status_, since] {
-        if (const auto published = status.lock()) {
-            published->unsentSince.set(since);
-        }
-    });
+    surroundings_.mainThread.post([status = reports_.status, since] { status->unsentSince.set(since); });
 }
 
 QCoro::Task<> SyncEngine::publishDevices(Self self, Shared session) {
-    auto devices = co_await self->getConnectedDevices();
+    auto devices = co_await fetchDevices(self, session);
     if (session->stop.stop_requested()) {
         co_return;
     }
     co_await self->surroundings_.mainThread.run(
-        [&account = accountManager_, email = session->email, devices = std::move(devices)]() mutable {
+        [&account = self->accountManager_, email = self->email_, devices = std::move(devices)]() mutable {
             if (account.email() == email) {
                 account.connectedDevices.set(std::move(devices));
             }
         });
 }
 
-QCoro::Task<std::optional<std::string>> SyncEngine::signedInEmail() {
-    co_return co_await surroundings_.mainThread.run([&account = accountManager_] { return account.email(); });
+// The model gives this engine up soon after another account was signed in. Until then, the counts of one must
+// not become the other's.
+QCoro::Task<bool> SyncEngine::isSignedIn() {
+    const auto email =
+        co_await surroundings_.mainThread.run([&account = accountManager_] { return account.email(); });
+    if (!email) {
+        log_.writeChange("attempt", "No email available");
+    } else if (email != email_) {
+        log_.writeChange("attempt", "Another account is signed in, nothing is synced for " + email_);
+    }
+    co_return email == email_;
 }
 
-auto SyncEngine::makeSession(std::string email) const -> Shared {
-    return std::make_shared<Session>(Session{std::move(email), BackendRequests(config_.value(), deviceId_),
-                                             stop_.get_token(), surroundings_.clock.monotonic()});
+auto SyncEngine::makeSession() const -> Shared {
+    return std::make_shared<SyncSession>(email_, BackendRequests(config_.value(), deviceId_), today(),
+                                         surroundings_.clock.monotonic(), stop_.get_token());
+}
+
+DayKey SyncEngine::firstRecentDay() const {
+    const Instant now = surroundings_.clock.now();
+    return DayKey(calendar_.addingDays(now, -recentDays).value_or(now), calendar_);
 }
 
 auto SyncEngine::pause() -> Pause {
@@ -206,65 +240,41 @@ auto SyncEngine::pause() -> Pause {
 
 void SyncEngine::reset() {
     std::exchange(stop_, {}).request_stop();
-    dirtyDays_.clear();
-    lostDays_.clear();
+    queue_ = {};
+    sentDays_ = {};
     sentRows_ = {};
+    backOff_ = {};
     publishUnsentSince(std::nullopt);
     isScheduled_ = false;
     isSyncing_ = false;
     remoteHistory_ = std::make_shared<HistoryCache>();
     remoteAppDaily_ = std::make_shared<AppDailyCache>();
     clearTodayCaches();
+    devices_.clear();
     lastSyncTime_.reset();
-    lastActivityTime_ = surroundings_.clock.now();
-    debugLog("[CloudSync] Reset completed - all caches cleared");
-}
-
-void SyncEngine::Session::noteWrite(const std::optional<HttpAnswer>& answer) {
-    isWriteLost |= !answer || mayAnswerLater(answer->status);
-}
-
-// Asked before a row becomes a request: there may be a thousand of them.
-bool SyncEngine::Session::mayWrite() {
-    if (stop.stop_requested()) {
-        return false;
-    }
-    const bool isOutOfReach = failuresInARow >= outOfReach;
-    isWriteLost |= isOutOfReach;
-    return !isOutOfReach;
+    lastActivityTime_ = surroundings_.clock.monotonic();
+    SyncLog::write("Reset completed - all caches cleared");
 }
 
 QCoro::Task<std::optional<HttpAnswer>>
 SyncEngine::send(Self self, Shared session, BackendRequests::Request request, std::string_view failure) {
-    if (!request || session->stop.stop_requested()) {
+    if (!request || !session->mayAsk()) {
         co_return std::nullopt;
     }
     try {
         auto answer = co_await self->surroundings_.session.send(std::move(*request), session->stop);
-        session->failuresInARow = 0;
         if (!session->stop.stop_requested()) {
+            session->noteAnswer(answer, self->surroundings_.clock.now());
+            self->log_.clear(failure);
             co_return answer;
         }
     } catch (const TransportError& error) {
-        ++session->failuresInARow;
         if (!session->stop.stop_requested()) {
-            debugLog("[CloudSync] " + std::string(failure) + ": " + error.what());
+            session->noteNoAnswer();
+            self->log_.writeChange(failure, std::string(failure) + ": " + error.what());
         }
     }
     co_return std::nullopt;
-}
-
-QCoro::Task<bool> SyncEngine::write(Self self, Shared session, BackendRequests::Request request,
-                                    std::string_view failure, std::string_view refusal) {
-    if (!request) {
-        co_return false;
-    }
-    const auto answer = co_await send(self, session, std::move(request), failure);
-    session->noteWrite(answer);
-    if (answer && !answer->isSuccess()) {
-        debugLog("[CloudSync] " + std::string(refusal) + ": HTTP " + std::to_string(answer->status));
-    }
-    co_return answer && answer->isSuccess();
 }
 
 } // namespace fernhollow

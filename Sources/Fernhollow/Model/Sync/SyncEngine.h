@@ -4,9 +4,14 @@
 #include "KeypressCore/DayKey.h"
 #include "KeypressCore/Records.h"
 #include "Model/DeviceInfo.h"
+#include "Model/Sync/BackOff.h"
 #include "Model/Sync/BackendRequests.h"
+#include "Model/Sync/DayQueue.h"
 #include "Model/Sync/RemoteCaches.h"
+#include "Model/Sync/SentDays.h"
 #include "Model/Sync/SentRows.h"
+#include "Model/Sync/SyncLog.h"
+#include "Model/Sync/SyncSession.h"
 #include "Model/Sync/SyncStatus.h"
 #include "Support/Clock.h"
 #include "Support/HttpSession.h"
@@ -14,14 +19,14 @@
 
 #include <qcorotask.h>
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace fernhollow {
@@ -38,7 +43,13 @@ struct SyncSurroundings {
     HttpSession& session;          ///< for the engine's executor
 };
 
-/// The inside of the CloudSyncCoordinator: one account's dirty days, remote caches and sync cycles.
+/// What the engine tells the main thread, which outlives it.
+struct SyncReports {
+    std::shared_ptr<SyncStatus> status;
+    std::function<void()> onIdentityInUseElsewhere; ///< may be empty
+};
+
+/// The inside of the CloudSyncCoordinator: one account's days to send, remote caches and sync cycles.
 ///
 /// Everything here runs on the engine's executor; only it touches the fields. Coroutines interleave where
 /// they wait, and each looks after a wait whether it was stopped meanwhile. What a stop interrupts is not
@@ -46,14 +57,15 @@ struct SyncSurroundings {
 /// by the coroutines under way, other than the periodic loop and the scheduled ones in their pauses.
 class SyncEngine : public std::enable_shared_from_this<SyncEngine> {
 public:
+    /// For the account that is signed in, on the main thread.
     SyncEngine(SyncSurroundings surroundings, std::shared_ptr<DailyCountsStore> store,
                AccountManager& accountManager, std::string deviceId, std::optional<SupabaseConfig> config,
-               std::shared_ptr<SyncStatus> status);
+               SyncReports reports);
 
     /// Begins the periodic loop and queues what the store holds for upload.
     void start();
 
-    void markDirty(DayKey day);
+    void markDirty(const DayKey& day);
     void notifyFlushCompleted();
 
     std::int64_t remoteTodayTotal() const { return remoteTodayTotal_; }
@@ -75,21 +87,8 @@ public:
 
 private:
     using Self = std::shared_ptr<SyncEngine>;
-
-    /// What the requests of one cycle, or of one upload, have in common.
-    struct Session {
-        std::string email;
-        BackendRequests requests;
-        std::stop_token stop;
-        Moment begun;
-        int failuresInARow = 0;   ///< requests that had no answer
-        bool isWriteLost = false; ///< a write had no answer, or one that may be another later
-
-        void noteWrite(const std::optional<HttpAnswer>& answer);
-        /// Whether one of many writes is worth a try; false once the backend is out of reach.
-        bool mayWrite();
-    };
-    using Shared = std::shared_ptr<Session>;
+    using Shared = std::shared_ptr<SyncSession>;
+    using Days = std::vector<DayKey>;
 
     struct Pause {
         std::weak_ptr<SyncEngine> engine;
@@ -101,36 +100,56 @@ private:
     void startPeriodicSync();
     static QCoro::Task<> scheduledSync(Pause pause, std::chrono::milliseconds delay);
     static QCoro::Task<> periodicLoop(Pause pause);
+    static QCoro::Task<> attemptSync(Self self);
     static QCoro::Task<> performSync(Self self);
     static QCoro::Task<> runCycle(Self self, Shared session);
-    QCoro::Task<std::optional<std::string>> signedInEmail();
-    void keepLostDays(const Session& session, std::unordered_set<DayKey> days);
+    void endCycle(const SyncSession& session);
+    std::chrono::milliseconds periodicPause() const;
+    /// Whether the engine's account is signed in; logs what is instead.
+    QCoro::Task<bool> isSignedIn();
     void publishUnsentSince(std::optional<Moment> since);
-    QCoro::Task<> publishDevices(Self self, Shared session);
-    Shared makeSession(std::string email) const;
-    /// Absent before the first cycle, and where the clock cannot tell.
-    std::optional<std::chrono::milliseconds> timeSinceLastSync() const;
+    static QCoro::Task<> publishDevices(Self self, Shared session);
+    static QCoro::Task<std::vector<DeviceInfo>> fetchDevices(Self self, Shared session);
+    Shared makeSession() const;
+    void backOff(const SyncSession& session);
     DayKey today() const { return DayKey(surroundings_.clock.now(), calendar_); }
+    /// The first day whose counts per hour and application are sent unasked.
+    DayKey firstRecentDay() const;
     Pause pause();
 
-    // Uploads, in SyncUpload.cpp.
-    using Registry = std::vector<AppRegistryRow>;
+    // Days, in SyncUpload.cpp.
     static QCoro::Task<> uploadAllHistory(Self self);
-    static QCoro::Task<> uploadAllAppHistory(Self self);
-    static QCoro::Task<> uploadDays(Self self, Shared session, std::unordered_set<DayKey> days);
+    static QCoro::Task<> uploadDays(Self self, Shared session, Days days);
     static QCoro::Task<> uploadDay(Self self, Shared session, DayKey day);
-    static QCoro::Task<> uploadHours(Self self, Shared session, DayKey day);
-    static QCoro::Task<> uploadAppCounts(Self self, Shared session, std::unordered_set<DayKey> days);
-    static QCoro::Task<> uploadAppHours(Self self, Shared session, DayKey day,
-                                        std::vector<AppHourlyCountRow> rows);
-    static QCoro::Task<> uploadRegistry(Self self, Shared session, std::shared_ptr<const Registry> registry);
+    /// False when the count was lost; so are the two below.
+    static QCoro::Task<bool> uploadCount(Self self, Shared session, DayKey day);
+    static QCoro::Task<bool> upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count);
+    QCoro::Task<bool> mayStillWrite(Shared session);
+    void noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent, std::int64_t remote);
     QCoro::Task<std::optional<std::int64_t>> localCount(DayKey day);
     QCoro::Task<bool> addToLocal(DayKey day, std::int64_t count);
-    QCoro::Task<std::optional<std::vector<AppHourlyCountRow>>> localAppHours(DayKey day);
-    QCoro::Task<std::shared_ptr<const Registry>> fetchRegistry();
-    static QCoro::Task<> upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count);
     static QCoro::Task<> registerDevice(Self self, Shared session);
     static QCoro::Task<std::optional<std::int64_t>> fetchDeviceCount(Self self, Shared session, DayKey day);
+
+    // Rows, in SyncRowUpload.cpp.
+    using AppRows = std::vector<AppHourlyCountRow>;
+    using Registry = std::vector<AppRegistryRow>;
+    struct Sent {
+        std::size_t taken = 0;
+        bool isComplete = true; ///< each was taken or refused for good
+    };
+    /// False when one of them was lost.
+    static QCoro::Task<bool> uploadHours(Self self, Shared session, DayKey day);
+    static QCoro::Task<> uploadAllAppHistory(Self self);
+    static QCoro::Task<> uploadAppCounts(Self self, Shared session, Days days);
+    static QCoro::Task<Sent> uploadAppDay(Self self, Shared session, DayKey day);
+    QCoro::Task<std::optional<AppRows>> localAppHours(DayKey day);
+    QCoro::Task<Registry> fetchRegistry();
+    /// Sends the rows that the backend does not have yet, at most a portion of them.
+    template<class Row>
+    static QCoro::Task<Sent> uploadRows(Self self, Shared session, std::vector<Row> rows);
+    template<class Row>
+    static QCoro::Task<std::optional<std::size_t>> uploadInPortions(Self self, std::vector<Row> rows);
 
     // Downloads, in SyncDownload.cpp.
     static QCoro::Task<> downloadTotals(Self self, Shared session);
@@ -142,35 +161,36 @@ private:
     void clearTodayCaches();
 
     /// Sends one request. Nothing when there is no answer, which is logged as "[CloudSync] {failure}: ...",
-    /// or when the engine was stopped meanwhile.
+    /// or when no more requests may be made.
     static QCoro::Task<std::optional<HttpAnswer>>
     send(Self self, Shared session, BackendRequests::Request request, std::string_view failure);
-    /// Sends one of many writes, whose refusal is logged as "[CloudSync] {refusal}: HTTP {status}"; true when
-    /// the backend took it.
-    static QCoro::Task<bool> write(Self self, Shared session, BackendRequests::Request request,
-                                   std::string_view failure, std::string_view refusal);
 
     SyncSurroundings surroundings_;
     Calendar calendar_ = Calendar::autoupdatingCurrent();
     std::shared_ptr<DailyCountsStore> store_;
     AccountManager& accountManager_; // main thread
+    std::string email_;              // of the account whose engine this is
     std::string deviceId_;
     std::optional<SupabaseConfig> config_;
-    std::unordered_set<DayKey> dirtyDays_;
-    std::unordered_set<DayKey> lostDays_; // not all of them was taken; dirty again once the backend answers
+    SyncReports reports_; // for the main thread
+    SyncLog log_;
+    DayQueue queue_;
+    SentDays sentDays_;
     SentRows sentRows_;
+    BackOff backOff_;
+    bool isIdentityInUseElsewhere_ = false; // nothing is sent under it any more
     bool isSyncing_ = false;
     std::int64_t remoteTodayTotal_ = 0;
     std::shared_ptr<const HistoryCache> remoteHistory_ = std::make_shared<HistoryCache>();
     std::shared_ptr<const HourlyCache> remoteHourly_ = std::make_shared<HourlyCache>();
     std::shared_ptr<const AppHourlyCache> remoteAppHourly_ = std::make_shared<AppHourlyCache>();
     std::shared_ptr<const AppDailyCache> remoteAppDaily_ = std::make_shared<AppDailyCache>();
-    std::optional<Instant> lastSyncTime_;
-    Instant lastActivityTime_;
+    std::vector<DeviceInfo> devices_; // as the backend told them last
+    std::optional<Moment> lastSyncTime_;
+    Moment lastActivityTime_;
     DayKey cachedDay_;
-    std::optional<Moment> unsentSince_; // as it is published
-    std::weak_ptr<SyncStatus> status_;  // main thread
     bool isScheduled_ = false;          // a cycle waits for its delay
+    std::optional<Moment> unsentSince_; // as it is published
     std::stop_source stop_;
 };
 

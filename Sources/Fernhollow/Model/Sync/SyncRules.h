@@ -8,10 +8,19 @@ namespace fernhollow {
 /// How long the periodic loop pauses when nothing was counted for `idle`.
 std::chrono::seconds periodicPause(std::chrono::duration<double> idle);
 
-/// Whether a server that answered with this status may answer otherwise soon: too many requests (429), or
-/// a trouble of its own.
-constexpr bool mayAnswerLater(int status) {
-    return status == 429 || status >= 500;
+constexpr int tooManyRequests = 429;
+
+/// Whether a server that answered with this status is to be left alone for a while.
+constexpr bool asksForPause(int status) {
+    return status == tooManyRequests || status >= 500;
+}
+
+/// Whether a write that was answered with this status may be taken another time: there was trouble, it was
+/// not our backend (a redirection), or the backend does not let anything be written or has no tables yet.
+/// Any other status refuses what was sent.
+constexpr bool mayBeTakenLater(int status) {
+    return asksForPause(status) || status < 200 || (status >= 300 && status < 400) || status == 401 ||
+           status == 403 || status == 404 || status == 408;
 }
 
 /// What becomes of a day that this device counted here and that the backend knows of from this device.

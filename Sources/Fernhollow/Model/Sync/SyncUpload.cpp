@@ -1,17 +1,15 @@
-// What the engine writes to the backend, and the rule by which it raises a day of the store.
+// What the engine writes of days to the backend, and the rule by which it raises a day of the store.
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
-#include "Model/AccountManager.h"
 #include "Model/Sync/LoggedText.h"
 #include "Model/Sync/SyncEngine.h"
 #include "Model/Sync/SyncRules.h"
 #include "Platform/HostName.h"
-#include "Support/DebugLog.h"
 #include "Support/EventLoopExecutor.h"
+#include "Support/Sleep.h"
 
 #include <cstdint>
-#include <unordered_set>
 #include <utility>
 
 namespace fernhollow {
@@ -20,8 +18,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int historyDays = 365;
-constexpr int appHistoryDays = 30;
 constexpr auto historyDelay = 1s;
+constexpr auto historyRetry = 15s;
 
 } // namespace
 
@@ -32,195 +30,118 @@ QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
     if (!start) {
         co_return;
     }
-    try {
-        const auto rows =
-            co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), DayKey(now, self->calendar_));
-        if (stop.stop_requested()) {
+    const DayKey today(now, self->calendar_);
+    std::optional<std::vector<DailyCountRow>> rows;
+    while (!rows) {
+        try {
+            rows = co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), today);
+        } catch (const DailyCountsStoreError& error) {
+            self->log_.writeChange("history",
+                                   std::string("Failed to fetch history for upload: ") + error.what());
+        }
+        if (stop.stop_requested() ||
+            (!rows && !co_await Sleep(self->surroundings_.clock, historyRetry, stop))) {
             co_return;
         }
-        for (const auto& row : rows) {
-            self->dirtyDays_.insert(row.day);
-        }
-    } catch (const DailyCountsStoreError& error) {
-        debugLog(std::string("[CloudSync] Failed to fetch history for upload: ") + error.what());
-        co_return;
     }
-    if (!self->dirtyDays_.empty()) {
-        debugLog("[CloudSync] Queued " + std::to_string(self->dirtyDays_.size()) +
-                 " historical days for upload");
+    for (const auto& row : *rows) {
+        if (row.day == today) {
+            self->queue_.add(row.day, {.count = true, .hours = true, .apps = true});
+        } else {
+            self->queue_.addPast(row.day, {.count = true, .hours = row.day >= self->firstRecentDay()});
+        }
+    }
+    if (!self->queue_.isEmpty()) {
+        SyncLog::write("Queued " + std::to_string(self->queue_.size()) + " historical days for upload");
         self->scheduleSync(historyDelay);
     }
 }
 
-QCoro::Task<> SyncEngine::uploadAllAppHistory(Self self) {
-    if (!self->config_) {
-        debugLog("[CloudSync] uploadAllAppHistory: No config available");
-        co_return;
-    }
-    const auto stop = self->stop_.get_token();
-    auto email = co_await self->signedInEmail();
-    if (stop.stop_requested()) {
-        co_return;
-    }
-    if (!email) {
-        debugLog("[CloudSync] uploadAllAppHistory: No email available");
-        co_return;
-    }
-    const auto session = self->makeSession(std::move(*email));
-    const auto start = self->calendar_.addingDays(self->surroundings_.clock.now(), -appHistoryDays);
-    debugLog("[CloudSync] Starting uploadAllAppHistory for last 30 days");
-    const auto registry = co_await self->fetchRegistry();
-    debugLog("[CloudSync] App registry has " + std::to_string(registry->size()) + " apps");
-    co_await uploadRegistry(self, session, registry);
-    self->sentRows_ = {}; // the first cycle says all of today
-
-    std::size_t entries = 0;
-    for (int offset = 0; start && offset < appHistoryDays && !stop.stop_requested(); ++offset) {
-        const auto date = self->calendar_.addingDays(*start, offset);
-        if (!date) {
-            continue;
+QCoro::Task<> SyncEngine::uploadDays(Self self, Shared session, Days days) {
+    self->log_.writeChange("days",
+                           "Uploading " + std::to_string(days.size()) + " day(s) for " + session->email);
+    bool isAnyPastSent = false;
+    for (const DayKey& day : days) {
+        const bool isPast = self->queue_.isPast(day);
+        const bool givesWay = isPast && isAnyPastSent && self->queue_.hasChanged(session->day);
+        if (givesWay || !co_await self->mayStillWrite(session)) {
+            co_return; // what is left waits for the next cycle
         }
-        const DayKey day(*date, self->calendar_);
-        auto rows = co_await self->localAppHours(day);
-        if (!rows || rows->empty()) {
-            continue;
-        }
-        debugLog("[CloudSync] Day " + day.rawValue + ": " + std::to_string(rows->size()) +
-                 " app-hour entries to upload");
-        entries += rows->size();
-        co_await uploadAppHours(self, session, day, std::move(*rows));
-    }
-    if (!stop.stop_requested()) {
-        debugLog("[CloudSync] uploadAllAppHistory completed: " + std::to_string(entries) +
-                 " entries uploaded");
+        co_await uploadDay(self, session, day);
+        isAnyPastSent |= isPast;
     }
 }
 
-QCoro::Task<> SyncEngine::uploadDays(Self self, Shared session, std::unordered_set<DayKey> days) {
-    debugLog("[CloudSync] Uploading " + std::to_string(days.size()) + " day(s) for " + session->email);
-    for (const DayKey& day : days) {
-        co_await uploadDay(self, session, day);
-        if (session->stop.stop_requested()) {
-            co_return;
-        }
-        if (day == self->today()) {
-            co_await uploadHours(self, session, day);
-        }
+QCoro::Task<bool> SyncEngine::mayStillWrite(Shared session) {
+    if (session->mayWrite() && (isIdentityInUseElsewhere_ || !co_await isSignedIn())) {
+        session->end();
     }
+    // After midnight the order of the days and the window of the recent ones are others.
+    co_return session->mayWrite() && session->day == today();
 }
 
 QCoro::Task<> SyncEngine::uploadDay(Self self, Shared session, DayKey day) {
+    if (self->queue_.work(day).count) {
+        if (!co_await uploadCount(self, session, day)) {
+            self->queue_.lost(day, session->begun);
+            co_return;
+        }
+        self->queue_.done(day, {.count = true});
+    }
+    if (self->queue_.work(day).hours) {
+        if (!co_await uploadHours(self, session, day)) {
+            self->queue_.lost(day, session->begun);
+            co_return;
+        }
+        self->queue_.done(day, {.hours = true});
+    }
+}
+
+QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day) {
     const auto local = co_await self->localCount(day);
+    if (!local) {
+        session->lose(true);
+        co_return false;
+    }
     const auto remote = co_await fetchDeviceCount(self, session, day);
-    if (session->stop.stop_requested()) {
-        co_return;
+    if (!remote || session->stop.stop_requested()) {
+        co_return false; // a guess could replace a larger count there or here
     }
-    if (!local || !remote) {
-        session->isWriteLost = true; // a guess could replace a larger count there or here
-        co_return;
+    const auto merge = self->sentDays_.merge(day, *local, *remote);
+    if (merge.kind == DayMerge::Kind::foreign) {
+        self->noticeForeignCounts(*session, day, merge.count, *remote);
+        co_return false;
     }
-    const auto merge = DayMerge::of(*local, *remote);
     if (merge.kind == DayMerge::Kind::restore) {
-        debugLog("[CloudSync] Syncing up: local (0) -> remote (" + std::to_string(*remote) + ") for " +
-                 day.rawValue);
+        SyncLog::write("Syncing up: local (0) -> remote (" + std::to_string(*remote) + ") for " +
+                       day.rawValue);
     } else if (merge.kind == DayMerge::Kind::add) {
-        debugLog("[CloudSync] Merging: remote (" + std::to_string(*remote) + ") + local (" +
-                 std::to_string(*local) + ") = " + std::to_string(merge.count) + " for " + day.rawValue);
+        SyncLog::write("Merging: remote (" + std::to_string(*remote) + ") + local (" +
+                       std::to_string(*local) + ") = " + std::to_string(merge.count) + " for " +
+                       day.rawValue);
     }
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
     if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
-        co_return;
+        session->lose(true);
+        co_return false;
     }
-    co_await upsertDayCount(self, session, day, merge.count);
+    self->sentDays_.note(day, merge.count);
+    if (*remote < merge.count) {
+        self->queue_.require(day, {.hours = true}); // they waited for the network, too
+    }
+    co_return co_await upsertDayCount(self, session, day, merge.count);
 }
 
-QCoro::Task<> SyncEngine::uploadHours(Self self, Shared session, DayKey day) {
-    std::vector<HourlyCountRow> rows;
-    try {
-        rows = co_await self->store_->fetchDurableHourlyCounts(day);
-    } catch (const DailyCountsStoreError&) {
-        co_return; // the next cycle with a press in it reads them again
-    }
-    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
-    for (const auto& row : rows) {
-        if (!session->mayWrite()) {
-            co_return;
-        }
-        const Instant now = self->surroundings_.clock.now();
-        if (!self->sentRows_.hold(row) &&
-            co_await write(self, session,
-                           session->requests.upsertHourCount(session->email, day, row.hour, row.count, now),
-                           "Error uploading hour count", "Failed to upsert hour count")) {
-            self->sentRows_.note(row);
-        }
-    }
-}
-
-QCoro::Task<> SyncEngine::uploadAppCounts(Self self, Shared session, std::unordered_set<DayKey> days) {
-    debugLog("[CloudSync] uploadAppCounts: processing " + std::to_string(days.size()) + " days");
-    std::size_t entries = 0;
-    for (const DayKey& day : days) {
-        auto rows = co_await self->localAppHours(day);
-        if (session->stop.stop_requested()) {
-            co_return;
-        }
-        if (!rows) {
-            debugLog("[CloudSync] uploadAppCounts: no data for day " + day.rawValue);
-            continue;
-        }
-        if (rows->empty()) {
-            continue;
-        }
-        const auto registry = co_await self->fetchRegistry();
-        std::unordered_set<std::string_view> apps;
-        for (const auto& row : *rows) {
-            apps.insert(row.bundleId);
-        }
-        debugLog("[CloudSync] uploadAppCounts day " + day.rawValue + ": " + std::to_string(rows->size()) +
-                 " entries, " + std::to_string(apps.size()) + " unique apps");
-        entries += rows->size();
-        co_await uploadAppHours(self, session, day, std::move(*rows));
-        co_await uploadRegistry(self, session, registry);
-    }
-    if (!session->stop.stop_requested()) {
-        debugLog("[CloudSync] uploadAppCounts completed: " + std::to_string(entries) + " entries uploaded");
-    }
-}
-
-QCoro::Task<> SyncEngine::uploadAppHours(Self self, Shared session, DayKey day,
-                                         std::vector<AppHourlyCountRow> rows) {
-    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
-    for (const auto& row : rows) {
-        if (!session->mayWrite()) {
-            co_return;
-        }
-        const Instant now = self->surroundings_.clock.now();
-        if (!self->sentRows_.hold(row) &&
-            co_await write(self, session,
-                           session->requests.upsertAppHourCount(session->email, day, row.hour, row.bundleId,
-                                                                row.count, now),
-                           "Error uploading app hour count", "Failed to upsert app hour count")) {
-            self->sentRows_.note(row);
-        }
-    }
-}
-
-QCoro::Task<> SyncEngine::uploadRegistry(Self self, Shared session,
-                                         std::shared_ptr<const Registry> registry) {
-    self->sentRows_.begin(self->today(), self->surroundings_.clock.now());
-    for (const auto& app : *registry) {
-        if (!session->mayWrite()) {
-            co_return;
-        }
-        const Instant now = self->surroundings_.clock.now();
-        if (!self->sentRows_.hold(app) &&
-            co_await write(self, session,
-                           session->requests.upsertAppRegistry(session->email, app.bundleId, app.appName,
-                                                               app.isHidden, now),
-                           "Error uploading app registry", "Failed to upsert app registry")) {
-            self->sentRows_.note(app);
-        }
+void SyncEngine::noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent,
+                                     std::int64_t remote) {
+    session.lose(false);
+    isIdentityInUseElsewhere_ = true;
+    SyncLog::write("Another machine sends counts under this machine's identity: the backend has " +
+                   std::to_string(remote) + " for " + day.rawValue + ", of which " + std::to_string(sent) +
+                   " are from here. Nothing is added and nothing more is sent under it: " + deviceId_);
+    if (reports_.onIdentityInUseElsewhere) {
+        surroundings_.mainThread.post(reports_.onIdentityInUseElsewhere);
     }
 }
 
@@ -243,35 +164,27 @@ QCoro::Task<bool> SyncEngine::addToLocal(DayKey day, std::int64_t count) {
     }
 }
 
-// Nothing when the store cannot be read.
-QCoro::Task<std::optional<std::vector<AppHourlyCountRow>>> SyncEngine::localAppHours(DayKey day) {
-    try {
-        co_return co_await store_->fetchDurableAppHourlyCounts(day);
-    } catch (const DailyCountsStoreError&) {
-        co_return std::nullopt;
-    }
-}
-
-QCoro::Task<std::shared_ptr<const SyncEngine::Registry>> SyncEngine::fetchRegistry() {
-    try {
-        co_return std::make_shared<Registry>(co_await store_->fetchAppRegistry());
-    } catch (const DailyCountsStoreError&) {
-        co_return std::make_shared<Registry>();
-    }
-}
-
-QCoro::Task<> SyncEngine::upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count) {
+QCoro::Task<bool> SyncEngine::upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count) {
     const Instant now = self->surroundings_.clock.now();
     const auto answer =
         co_await send(self, session, session->requests.upsertDayCount(session->email, day, count, now),
                       "Error uploading day count");
-    session->noteWrite(answer);
     if (answer && answer->isSuccess()) {
-        debugLog("[CloudSync] Day count uploaded successfully for " + day.rawValue);
-    } else if (answer) {
-        debugLog("[CloudSync] Failed to upsert day count: HTTP " + std::to_string(answer->status) + " - " +
-                 loggedText(answer->body).value_or("N/A"));
+        session->noteTaken();
+        self->log_.writeChange("day count", "Day count uploaded successfully for " + day.rawValue,
+                               std::to_string(count));
+        co_return true;
     }
+    if (answer) {
+        self->log_.writeChange("day count", "Failed to upsert day count: HTTP " +
+                                                std::to_string(answer->status) + " - " +
+                                                loggedText(answer->body).value_or("N/A"));
+    }
+    const bool isLost = !answer || mayBeTakenLater(answer->status);
+    if (isLost) {
+        session->lose(answer.has_value());
+    }
+    co_return !isLost;
 }
 
 QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
@@ -279,35 +192,37 @@ QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
     const auto request =
         session->requests.registerDevice(session->email, name, self->surroundings_.clock.now());
     if (!request) {
-        debugLog("[CloudSync] Failed to serialize device payload");
+        self->log_.writeChange("registering", "Failed to serialize device payload");
         co_return;
     }
-    if (session->stop.stop_requested()) {
+    if (!session->mayAsk()) {
         co_return;
     }
-    debugLog("[CloudSync] Registering device: " + name + " with ID: " + self->deviceId_);
+    self->log_.writeChange("registering", "Registering device: " + name + " with ID: " + self->deviceId_);
     const auto answer = co_await send(self, session, request, "Device registration error");
     if (answer && answer->isSuccess()) {
-        debugLog("[CloudSync] Device registered successfully: " + name);
+        self->log_.writeChange("registered", "Device registered successfully: " + name);
     } else if (answer) {
-        debugLog("[CloudSync] Device registration failed (" + std::to_string(answer->status) +
-                 "): " + loggedText(answer->body).value_or("no body"));
+        self->log_.writeChange("registered", "Device registration failed (" + std::to_string(answer->status) +
+                                                 "): " + loggedText(answer->body).value_or("no body"));
     }
 }
 
-// Nothing when that cannot be told now; what the backend refuses to tell counts as 0.
+// Nothing but an answer with the count is one: a refusal or a network's sign-in page says nothing about the
+// day.
 QCoro::Task<std::optional<std::int64_t>> SyncEngine::fetchDeviceCount(Self self, Shared session, DayKey day) {
     const auto answer = co_await send(self, session, session->requests.fetchDeviceCount(session->email, day),
                                       "Error fetching device count");
-    if (!answer || mayAnswerLater(answer->status)) {
+    if (!answer) {
+        session->lose(false);
         co_return std::nullopt;
     }
-    if (!answer->isSuccess()) {
-        co_return 0;
-    }
-    const auto rows = wire::decodeDeviceCounts(answer->body);
+    const auto rows = answer->isSuccess() ? wire::decodeDeviceCounts(answer->body) : std::nullopt;
     if (!rows) {
-        co_return std::nullopt; // not our backend's answer, such as a hotel's page
+        self->log_.writeChange("device count",
+                               "The device's count cannot be learnt: HTTP " + std::to_string(answer->status));
+        session->lose(true);
+        co_return std::nullopt;
     }
     co_return rows->empty() ? 0 : rows->front().count;
 }
