@@ -6,6 +6,7 @@
 #include "SyncFixture.h"
 
 #include <cstdint>
+#include <stdexcept>
 
 namespace fernhollow::tests {
 namespace {
@@ -80,6 +81,46 @@ TEST_F(SyncCycle, RunsSoonAfterAPressAndSeldomWhenIdle) {
     pass(60s);
     pass(60s);
     EXPECT_EQ(cycles(), idle + 2);
+}
+
+TEST_F(SyncCycle, KeepsItsPaceWhateverTheWallClockDoes) {
+    openStore();
+    const Instant start = clock_.now();
+    for (const auto jump : {0h, 24h * 365, -24h * 365}) { // the first stands still
+        SCOPED_TRACE(jump.count());
+        const auto setAndPass = [&](int times, std::chrono::seconds time) {
+            const auto before = cycles();
+            for (int i = 0; i < times; ++i) {
+                clock_.set(start + jump * (i % 2));
+                pass(time);
+            }
+            return cycles() - before;
+        };
+        coordinator_.reset();
+        startSync();
+        EXPECT_EQ(setAndPass(25, 1s), 25);
+        setAndPass(15, 60s);
+        EXPECT_EQ(setAndPass(10, 60s), 10);
+    }
+}
+
+TEST_F(SyncCycle, GoesOnAfterAFailureThatNothingForesees) {
+    openStore();
+    answers_["get_account_devices"].body =
+        R"([{"device_id":"1","device_name":"Ana's","last_seen_at":"2026-03-05T08:00:00Z"}])";
+    bool isBroken = true;
+    const auto observation = account_->connectedDevices.observe([&isBroken] {
+        if (isBroken) {
+            throw std::runtime_error("out of order");
+        }
+    });
+    startSync();
+    pass(1s);
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] A sync cycle failed: out of order\n"));
+    isBroken = false;
+    pass(1s);
+    EXPECT_EQ(cycles(), 2);
+    EXPECT_EQ(account_->connectedDevices.get().size(), 1);
 }
 
 TEST_F(SyncCycle, ComesOnceASecondWhileAKeyIsHeld) {

@@ -205,6 +205,38 @@ TEST_F(SyncNetwork, SendsNoDayOfWhichItCouldNotLearnTheServersCount) {
     EXPECT_THAT(sentCounts("device_day_counts"), ElementsAre(150));
 }
 
+TEST_F(SyncNetwork, LogsWhatChangedAndNoLineThatAServerMadeUp) {
+    openStore();
+    answers_["get_account_today_total"].body = "250";
+    startSync();
+    pass(1s);
+    const std::string start = home_.log();
+    for (int second = 0; second < 20; ++second) {
+        coordinator_->markDirty(today, 9);
+        pass(1s);
+    }
+    EXPECT_LT(home_.log().size(), start.size() + 500) << home_.log();
+
+    const std::string forged = "x\n[2026-03-05T09:00:00Z] [AccountManager] Signed out";
+    answers_["get_account_daily_totals"].body = forged;
+    answers_["device_day_counts"] = {.status = 400, .body = forged};
+    coordinator_->markDirty(today, 9);
+    pass(1s);
+    EXPECT_THAT(home_.log(), HasSubstr("Failed to decode history. Response: x "));
+    EXPECT_THAT(home_.log(), Not(HasSubstr("\n[2026-03-05T09:00:00Z] [AccountManager] Signed out")));
+    answers_.clear();
+    pass(1s);
+    server_.answer = [](const Request&) { return Answer{.raw = " ", .closes = true}; };
+    pass(1s);
+    server_.answer = [](const Request&) { return Answer{}; };
+    pass(1s);
+    const auto before = home_.log();
+    server_.answer = [](const Request&) { return Answer{.raw = " ", .closes = true}; };
+    pass(1s);
+    EXPECT_THAT(home_.log().substr(before.size()), HasSubstr("Error downloading totals: "))
+        << "another outage is news";
+}
+
 TEST_F(SyncNetwork, BreaksOffWhatHangsWhenItIsGivenUp) {
     openStore();
     server_.answer = [](const Request&) { return Answer{.isSilent = true}; };

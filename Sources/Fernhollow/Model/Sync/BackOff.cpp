@@ -30,8 +30,7 @@ std::chrono::milliseconds BackOff::remaining(Moment now) const {
 }
 
 std::chrono::seconds retryAfter(std::string_view field, Instant now) {
-    const auto text =
-        QString::fromLatin1(field.data(), static_cast<qsizetype>(field.size())).trimmed();
+    const auto text = QString::fromLatin1(field.data(), static_cast<qsizetype>(field.size())).trimmed();
     bool isNumber = false;
     std::chrono::seconds asked{text.toLongLong(&isNumber)};
     if (!isNumber) {

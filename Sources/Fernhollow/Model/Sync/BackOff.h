@@ -26,8 +26,8 @@ private:
     Moment until_;
 };
 
-/// The pause that a Retry-After field asks for (RFC 9110, section 10.2.3), as seconds or as a date; at most an
-/// hour, and 0 when the field is neither.
+/// The pause that a Retry-After field asks for (RFC 9110, section 10.2.3), as seconds or as a date; at most
+/// an hour, and 0 when the field is neither.
 std::chrono::seconds retryAfter(std::string_view field, Instant now);
 
 } // namespace fernhollow

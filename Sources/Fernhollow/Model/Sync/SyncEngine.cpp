@@ -99,7 +99,8 @@ QCoro::Task<> SyncEngine::periodicLoop(Pause pause) {
 
 std::chrono::milliseconds SyncEngine::periodicPause() const {
     const auto pause = fernhollow::periodicPause(surroundings_.clock.monotonic() - lastActivityTime_);
-    return queue_.isEmpty() ? pause : std::min(pause, longestPauseWithLosses);
+    const bool mayGainByTrying = !queue_.isEmpty() && !isIdentityInUseElsewhere_;
+    return mayGainByTrying ? std::min(pause, longestPauseWithLosses) : pause;
 }
 
 QCoro::Task<> SyncEngine::attemptSync(Self self) {

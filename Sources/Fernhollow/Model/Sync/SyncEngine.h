@@ -141,6 +141,8 @@ private:
     /// False when one of them was lost.
     static QCoro::Task<bool> uploadHours(Self self, Shared session, DayKey day);
     static QCoro::Task<> uploadAllAppHistory(Self self);
+    /// How many rows of the day were taken, as below.
+    static QCoro::Task<std::optional<std::size_t>> uploadPastAppDay(Self self, DayKey day);
     static QCoro::Task<> uploadAppCounts(Self self, Shared session, Days days);
     static QCoro::Task<Sent> uploadAppDay(Self self, Shared session, DayKey day);
     QCoro::Task<std::optional<AppRows>> localAppHours(DayKey day);
@@ -148,6 +150,7 @@ private:
     /// Sends the rows that the backend does not have yet, at most a portion of them.
     template<class Row>
     static QCoro::Task<Sent> uploadRows(Self self, Shared session, std::vector<Row> rows);
+    /// Until each row was taken or refused: how many were taken, or nothing when no more may be sent.
     template<class Row>
     static QCoro::Task<std::optional<std::size_t>> uploadInPortions(Self self, std::vector<Row> rows);
 

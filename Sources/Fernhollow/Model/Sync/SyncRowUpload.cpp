@@ -23,7 +23,7 @@ constexpr int appHistoryDays = 30;
 
 // What is being typed meanwhile does not wait for more.
 constexpr std::size_t rowsPerPortion = 50;
-constexpr std::chrono::milliseconds portionPause = 1s;
+constexpr std::chrono::milliseconds portionPause = 500ms;
 constexpr std::chrono::milliseconds lostPortionPause = 15s;
 
 BackendRequests::Request upsert(const SyncSession& session, const HourlyCountRow& row, Instant now) {
@@ -92,7 +92,6 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
     co_return sent;
 }
 
-/// Until each row was taken or refused; how many were taken, or nothing when no more may be sent.
 template<class Row>
 QCoro::Task<std::optional<std::size_t>> SyncEngine::uploadInPortions(Self self, std::vector<Row> rows) {
     Clock& clock = self->surroundings_.clock;
@@ -150,32 +149,41 @@ QCoro::Task<> SyncEngine::uploadAllAppHistory(Self self) {
     const auto start = self->calendar_.addingDays(self->surroundings_.clock.now(), -appHistoryDays);
     SyncLog::write("Starting uploadAllAppHistory for last 30 days");
     auto registry = co_await self->fetchRegistry();
+    if (stop.stop_requested()) {
+        co_return;
+    }
     SyncLog::write("App registry has " + std::to_string(registry.size()) + " apps");
     auto sent = co_await uploadInPortions(self, std::move(registry));
 
     std::size_t entries = 0;
     for (int offset = 0; sent && start && offset < appHistoryDays; ++offset) {
-        const auto date = self->calendar_.addingDays(*start, offset);
-        if (!date) {
-            continue;
+        if (const auto date = self->calendar_.addingDays(*start, offset)) {
+            sent = co_await uploadPastAppDay(self, DayKey(*date, self->calendar_));
+            entries += sent.value_or(0);
         }
-        const DayKey day(*date, self->calendar_);
-        auto rows = co_await self->localAppHours(day);
-        while (!rows && co_await Sleep(self->surroundings_.clock, lostPortionPause, stop)) {
-            rows = co_await self->localAppHours(day);
-        }
-        if (!rows || rows->empty()) {
-            continue;
-        }
-        SyncLog::write("Day " + day.rawValue + ": " + std::to_string(rows->size()) +
-                       " app-hour entries to upload");
-        sent = co_await uploadInPortions(self, std::move(*rows));
-        self->sentRows_.forget(day);
-        entries += sent.value_or(0);
     }
-    if (sent && !stop.stop_requested()) {
+    if (sent) {
         SyncLog::write("uploadAllAppHistory completed: " + std::to_string(entries) + " entries uploaded");
     }
+}
+
+QCoro::Task<std::optional<std::size_t>> SyncEngine::uploadPastAppDay(Self self, DayKey day) {
+    const auto stop = self->stop_.get_token();
+    auto rows = co_await self->localAppHours(day);
+    while (!rows && co_await Sleep(self->surroundings_.clock, lostPortionPause, stop)) {
+        rows = co_await self->localAppHours(day);
+    }
+    if (!rows || stop.stop_requested()) {
+        co_return std::nullopt;
+    }
+    if (rows->empty()) {
+        co_return 0;
+    }
+    SyncLog::write("Day " + day.rawValue + ": " + std::to_string(rows->size()) +
+                   " app-hour entries to upload");
+    const auto sent = co_await uploadInPortions(self, std::move(*rows));
+    self->sentRows_.forget(day);
+    co_return sent;
 }
 
 QCoro::Task<> SyncEngine::uploadAppCounts(Self self, Shared session, Days days) {
@@ -198,8 +206,8 @@ QCoro::Task<> SyncEngine::uploadAppCounts(Self self, Shared session, Days days) 
         }
     }
     if (!session->stop.stop_requested()) {
-        self->log_.writeChange("apps completed", "uploadAppCounts completed: " + std::to_string(entries) +
-                                                     " entries uploaded");
+        self->log_.writeChange("apps completed",
+                               "uploadAppCounts completed: " + std::to_string(entries) + " entries uploaded");
     }
 }
 

@@ -21,6 +21,16 @@ constexpr int historyDays = 365;
 constexpr auto historyDelay = 1s;
 constexpr auto historyRetry = 15s;
 
+void logMerge(const DayMerge& merge, const DayKey& day, std::int64_t local, std::int64_t remote) {
+    const std::string there = std::to_string(remote);
+    if (merge.kind == DayMerge::Kind::restore) {
+        SyncLog::write("Syncing up: local (0) -> remote (" + there + ") for " + day.rawValue);
+    } else if (merge.kind == DayMerge::Kind::add) {
+        SyncLog::write("Merging: remote (" + there + ") + local (" + std::to_string(local) +
+                       ") = " + std::to_string(merge.count) + " for " + day.rawValue);
+    }
+}
+
 } // namespace
 
 QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
@@ -112,14 +122,7 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
         self->noticeForeignCounts(*session, day, merge.count, *remote);
         co_return false;
     }
-    if (merge.kind == DayMerge::Kind::restore) {
-        SyncLog::write("Syncing up: local (0) -> remote (" + std::to_string(*remote) + ") for " +
-                       day.rawValue);
-    } else if (merge.kind == DayMerge::Kind::add) {
-        SyncLog::write("Merging: remote (" + std::to_string(*remote) + ") + local (" +
-                       std::to_string(*local) + ") = " + std::to_string(merge.count) + " for " +
-                       day.rawValue);
-    }
+    logMerge(merge, day, *local, *remote);
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
     if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
