@@ -106,6 +106,7 @@ std::chrono::milliseconds SyncEngine::periodicPause() const {
 QCoro::Task<> SyncEngine::attemptSync(Self self) {
     try {
         co_await performSync(self);
+        self->log_.clear("unexpected");
     } catch (const std::exception& error) {
         self->log_.writeChange("unexpected", std::string("A sync cycle failed: ") + error.what());
     }

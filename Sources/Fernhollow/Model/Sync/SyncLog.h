@@ -17,7 +17,7 @@ public:
 
     /// Writes the message unless it, with the same `content`, is the last one on this topic.
     void writeChange(std::string_view topic, const std::string& message, const std::string& content = {});
-    /// The next message on this topic is written.
+    /// The next message on this topic is written, whatever it is: the last one is over.
     void clear(std::string_view topic);
 
 private:

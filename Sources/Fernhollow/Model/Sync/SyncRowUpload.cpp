@@ -77,6 +77,7 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
         if (answer && answer->isSuccess()) {
             release.dismiss();
             session->noteTaken();
+            self->log_.clear(textsOf(row).refusal);
             ++sent.taken;
             continue;
         }

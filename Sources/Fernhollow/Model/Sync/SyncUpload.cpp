@@ -46,7 +46,7 @@ QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
         try {
             rows = co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), today);
         } catch (const DailyCountsStoreError& error) {
-            self->log_.writeChange("history",
+            self->log_.writeChange("history upload",
                                    std::string("Failed to fetch history for upload: ") + error.what());
         }
         if (stop.stop_requested() ||
@@ -227,6 +227,7 @@ QCoro::Task<std::optional<std::int64_t>> SyncEngine::fetchDeviceCount(Self self,
         session->lose(true);
         co_return std::nullopt;
     }
+    self->log_.clear("device count");
     co_return rows->empty() ? 0 : rows->front().count;
 }
 
