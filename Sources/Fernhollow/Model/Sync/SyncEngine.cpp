@@ -174,7 +174,7 @@ QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
 
 void SyncEngine::endCycle(const SyncSession& session) {
     publishUnsentSince(queue_.lostSince());
-    if (session.wantedPause() || (session.isLost() && session.isReachable())) {
+    if (session.wantedPause()) {
         backOff(session);
     } else if (!session.isLost()) {
         backOff_.end();

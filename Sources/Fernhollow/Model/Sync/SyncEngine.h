@@ -43,7 +43,7 @@ struct SyncSurroundings {
     HttpSession& session;          ///< for the engine's executor
 };
 
-/// What the engine tells the main thread, which outlives it.
+/// What the engine reports to the main thread, which outlives it.
 struct SyncReports {
     std::shared_ptr<SyncStatus> status;
     std::function<void()> onIdentityInUseElsewhere; ///< may be empty
@@ -121,9 +121,10 @@ private:
     static QCoro::Task<> uploadAllHistory(Self self);
     static QCoro::Task<> uploadDays(Self self, Shared session, Days days);
     static QCoro::Task<> uploadDay(Self self, Shared session, DayKey day);
-    /// False when the count was lost; so are the two below.
+    /// False when the count was lost.
     static QCoro::Task<bool> uploadCount(Self self, Shared session, DayKey day);
     static QCoro::Task<bool> upsertDayCount(Self self, Shared session, DayKey day, std::int64_t count);
+    /// Asked before each day: whether the account, the identity and the date are still those of the session.
     QCoro::Task<bool> mayStillWrite(Shared session);
     void noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent, std::int64_t remote);
     QCoro::Task<std::optional<std::int64_t>> localCount(DayKey day);
@@ -188,7 +189,7 @@ private:
     std::shared_ptr<const HourlyCache> remoteHourly_ = std::make_shared<HourlyCache>();
     std::shared_ptr<const AppHourlyCache> remoteAppHourly_ = std::make_shared<AppHourlyCache>();
     std::shared_ptr<const AppDailyCache> remoteAppDaily_ = std::make_shared<AppDailyCache>();
-    std::vector<DeviceInfo> devices_; // as the backend told them last
+    std::vector<DeviceInfo> devices_; // as the backend listed them last
     std::optional<Moment> lastSyncTime_;
     Moment lastActivityTime_;
     DayKey cachedDay_;

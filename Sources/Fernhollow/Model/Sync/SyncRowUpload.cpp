@@ -86,7 +86,7 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
             self->log_.writeChange(refusal, refusal + ": HTTP " + std::to_string(answer->status));
         }
         if (!answer || mayBeTakenLater(answer->status)) {
-            session->lose(answer.has_value());
+            session->lose();
         }
     }
     sent.isComplete &= !session->isLost();
@@ -126,7 +126,7 @@ QCoro::Task<bool> SyncEngine::uploadHours(Self self, Shared session, DayKey day)
     try {
         rows = co_await self->store_->fetchDurableHourlyCounts(day);
     } catch (const DailyCountsStoreError&) {
-        session->lose(true);
+        session->lose();
         co_return false;
     }
     const auto sent = co_await uploadRows(self, session, std::move(rows));
@@ -216,7 +216,7 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadAppDay(Self self, Shared session
     auto rows = co_await self->localAppHours(day);
     if (!rows) {
         self->log_.writeChange("apps of a day", "uploadAppCounts: no data for day " + day.rawValue);
-        session->lose(true);
+        session->lose();
         co_return {0, false};
     }
     if (rows->empty()) {

@@ -20,11 +20,9 @@ void SyncSession::noteAnswer(const HttpAnswer& answer, Instant now) {
     isOver_ |= answer.status == tooManyRequests || asked > 0s;
 }
 
-void SyncSession::lose(bool needsPause) {
-    isLost_ = true;
-    if (needsPause) {
-        wantedPause_ = wantedPause_.value_or(0s);
-    }
+std::optional<std::chrono::seconds> SyncSession::wantedPause() const {
+    const bool isTroubled = wantedPause_ || (isLost_ && isReachable_);
+    return isTroubled ? std::optional(wantedPause_.value_or(0s)) : std::nullopt;
 }
 
 } // namespace fernhollow

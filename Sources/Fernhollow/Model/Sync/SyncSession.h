@@ -38,8 +38,8 @@ public:
     void noteNoAnswer() { isReachable_ = false; }
     void noteTaken() { hasTaken_ = true; }
 
-    /// Something could not be sent, and neither is anything after it. With `needsPause` the next try waits.
-    void lose(bool needsPause);
+    /// Something could not be sent. Nothing is sent after it.
+    void lose() { isLost_ = true; }
     /// No request is made any more.
     void end() { isOver_ = true; }
 
@@ -48,8 +48,9 @@ public:
     bool isLost() const { return isLost_; }
     /// The last request had an answer.
     bool isReachable() const { return isReachable_; }
-    /// How long the backend wants to be left alone; absent unless it had trouble.
-    std::optional<std::chrono::seconds> wantedPause() const { return wantedPause_; }
+    /// How long the backend is to be left alone at least; absent unless it, or the store, had trouble. While
+    /// the network is gone there is nothing to be left alone.
+    std::optional<std::chrono::seconds> wantedPause() const;
 
 private:
     bool isReachable_ = true;

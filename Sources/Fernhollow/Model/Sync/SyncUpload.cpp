@@ -110,7 +110,7 @@ QCoro::Task<> SyncEngine::uploadDay(Self self, Shared session, DayKey day) {
 QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day) {
     const auto local = co_await self->localCount(day);
     if (!local) {
-        session->lose(true);
+        session->lose();
         co_return false;
     }
     const auto remote = co_await fetchDeviceCount(self, session, day);
@@ -126,7 +126,7 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
     if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
-        session->lose(true);
+        session->lose();
         co_return false;
     }
     self->sentDays_.note(day, merge.count);
@@ -138,7 +138,7 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
 
 void SyncEngine::noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent,
                                      std::int64_t remote) {
-    session.lose(false);
+    session.lose();
     isIdentityInUseElsewhere_ = true;
     SyncLog::write("Another machine sends counts under this machine's identity: the backend has " +
                    std::to_string(remote) + " for " + day.rawValue + ", of which " + std::to_string(sent) +
@@ -183,11 +183,11 @@ QCoro::Task<bool> SyncEngine::upsertDayCount(Self self, Shared session, DayKey d
                                                 std::to_string(answer->status) + " - " +
                                                 loggedText(answer->body).value_or("N/A"));
     }
-    const bool isLost = !answer || mayBeTakenLater(answer->status);
-    if (isLost) {
-        session->lose(answer.has_value());
+    if (answer && !mayBeTakenLater(answer->status)) {
+        co_return true; // refused for good
     }
-    co_return !isLost;
+    session->lose();
+    co_return false;
 }
 
 QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
@@ -217,14 +217,14 @@ QCoro::Task<std::optional<std::int64_t>> SyncEngine::fetchDeviceCount(Self self,
     const auto answer = co_await send(self, session, session->requests.fetchDeviceCount(session->email, day),
                                       "Error fetching device count");
     if (!answer) {
-        session->lose(false);
+        session->lose();
         co_return std::nullopt;
     }
     const auto rows = answer->isSuccess() ? wire::decodeDeviceCounts(answer->body) : std::nullopt;
     if (!rows) {
         self->log_.writeChange("device count",
                                "The device's count cannot be learnt: HTTP " + std::to_string(answer->status));
-        session->lose(true);
+        session->lose();
         co_return std::nullopt;
     }
     self->log_.clear("device count");
