@@ -11,7 +11,6 @@ namespace fernhollow::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using namespace std::chrono_literals;
 
 constexpr DayWork all = {.count = true, .hours = true, .apps = true};
