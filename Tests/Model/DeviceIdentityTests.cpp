@@ -28,7 +28,7 @@ protected:
     std::string run(const std::string& machine, std::int64_t presses) {
         machine_ = machine;
         std::string deviceId;
-        start([&](std::shared_ptr<DailyCountsStore>, AccountManager&, std::string id) {
+        start([&](std::shared_ptr<DailyCountsStore>, AccountManager&, std::string id, const auto&) {
             deviceId = std::move(id);
             return std::shared_ptr<CloudSyncCoordinator>();
         });
@@ -127,7 +127,7 @@ TEST_F(Identity, IsKeptWhereTheMachineCannotBeTold) {
 
 TEST_F(Identity, ThatAnotherMachineUsesIsGivenUpWithWhatWasSentUnderIt) {
     std::vector<std::string> ids;
-    start([&](std::shared_ptr<DailyCountsStore>, AccountManager&, std::string id) {
+    start([&](std::shared_ptr<DailyCountsStore>, AccountManager&, std::string id, const auto&) {
         ids.push_back(std::move(id));
         return std::shared_ptr<CloudSyncCoordinator>();
     });

@@ -66,16 +66,22 @@ protected:
 
     /// A model that makes its coordinators as the program does.
     void startModel() {
-        start([this](std::shared_ptr<DailyCountsStore> store, AccountManager&, std::string) {
-            return makeCoordinator(std::move(store));
+        start([this](std::shared_ptr<DailyCountsStore> store, AccountManager&, std::string,
+                     std::function<void()> takeNewIdentity) {
+            return makeCoordinator(std::move(store), std::move(takeNewIdentity));
         });
         modelSleepers_ = 2; // the flush loop and the refresh loop
     }
 
-    std::shared_ptr<CloudSyncCoordinator> makeCoordinator(std::shared_ptr<DailyCountsStore> store) {
+    std::shared_ptr<CloudSyncCoordinator>
+    makeCoordinator(std::shared_ptr<DailyCountsStore> store, std::function<void()> takeNewIdentity = [] {}) {
         return std::make_shared<CloudSyncCoordinator>(
             SyncSurroundings{clock_, executor_, executor_, session_}, std::move(store), *account_, deviceId,
-            SupabaseConfig{server_.url(), "the.anon.key"}, [this] { ++identityNotices_; });
+            SupabaseConfig{server_.url(), "the.anon.key"},
+            [this, takeNewIdentity = std::move(takeNewIdentity)] {
+                ++identityNotices_;
+                takeNewIdentity();
+            });
     }
 
     /// Lets time pass and what it wakes up come to its end. What a test wrote to its store is on the disk

@@ -1,5 +1,6 @@
 // What the engine decides from: the days that wait, what was sent, and how long it keeps still.
 
+#include "KeypressCore/CountLimits.h"
 #include "Model/Sync/BackOff.h"
 #include "Model/Sync/DayQueue.h"
 #include "Model/Sync/SentDays.h"
@@ -63,7 +64,7 @@ TEST(SentDays, MergeADayUntilItWasSentAndThenTellForeignCounts) {
     EXPECT_EQ(days.merge(today, 160, 150), (DayMerge{Kind::uploadLocal, 160}));
     EXPECT_EQ(days.merge(today, 160, 151), (DayMerge{Kind::foreign, 150})) << "whether it is more or less";
     EXPECT_EQ(days.merge(today, 4, 150), (DayMerge{Kind::add, 154})) << "the database was lost meanwhile";
-    EXPECT_EQ(days.merge(today, 160, implausibleCount + 1), (DayMerge{Kind::uploadLocal, 160}));
+    EXPECT_EQ(days.merge(today, 160, maximumDeviceDay + 1), (DayMerge{Kind::uploadLocal, 160}));
     EXPECT_EQ(days.merge(yesterday, 0, 120), (DayMerge{Kind::restore, 120}));
 }
 

@@ -65,9 +65,11 @@ FernhollowApp::FernhollowApp()
               return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
                                                        std::move(handlers));
           },
-          [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId) {
-              return std::make_shared<CloudSyncCoordinator>(syncThread_.surroundings(), std::move(store),
-                                                            account, std::move(deviceId));
+          [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId,
+                 std::function<void()> onIdentityInUseElsewhere) {
+              return std::make_shared<CloudSyncCoordinator>(
+                  syncThread_.surroundings(), std::move(store), account, std::move(deviceId),
+                  SupabaseConfig::compiledIn(), std::move(onIdentityInUseElsewhere));
           })),
       updateManager_(std::make_shared<UpdateManager>(
           [this](UpdaterDelegate& delegate, UserDriverDelegate& userDriverDelegate) {

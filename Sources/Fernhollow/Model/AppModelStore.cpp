@@ -50,7 +50,12 @@ bool AppModel::openStore(std::chrono::milliseconds patience) {
         openingFailure_.clear();
         areCountsSaved.set(true);
         if (makeSync_) {
-            cloudSync_ = makeSync_(store_, account_, identity_.id());
+            cloudSync_ =
+                makeSync_(store_, account_, identity_.id(), [weak = weak_from_this(), id = identity_.id()] {
+                    if (const auto self = weak.lock()) {
+                        self->takeNewIdentity(id);
+                    }
+                });
         }
         return true;
     } catch (const std::exception& error) {

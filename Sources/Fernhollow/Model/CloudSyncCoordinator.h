@@ -26,7 +26,8 @@ namespace fernhollow {
 class CloudSyncCoordinator {
 public:
     using Factory = std::function<std::shared_ptr<CloudSyncCoordinator>(
-        std::shared_ptr<DailyCountsStore> store, AccountManager& accountManager, std::string deviceId)>;
+        std::shared_ptr<DailyCountsStore> store, AccountManager& accountManager, std::string deviceId,
+        std::function<void()> onIdentityInUseElsewhere)>;
 
     /// `onIdentityInUseElsewhere` is called once, on the main thread and even when this coordinator is gone,
     /// should another machine send counts under `deviceId`. Nothing more is sent under it from here.
