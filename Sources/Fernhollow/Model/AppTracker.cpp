@@ -13,8 +13,14 @@
 namespace fernhollow {
 namespace {
 
+using namespace std::chrono_literals;
+
 using AppStats = AppTracker::AppStats;
 using HourlyAppStats = AppTracker::HourlyAppStats;
+
+// A program that is killed loses what is in the buffer. The refresh of each second empties it too, but comes
+// late where the machine is busy.
+constexpr auto bufferedAtMost = 500ms;
 
 /// Moves the entry whose count has just grown up past the smaller ones; the others keep their order.
 void moveUp(std::vector<AppStats>& totals, std::vector<AppStats>::iterator grown) {
@@ -78,6 +84,12 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
     }
     rolloverIfNeeded(now);
     const int hour = calendar_.hour(now);
+    if (pending_.isEmpty()) {
+        pendingSince_ = now;
+    } else if (now - pendingSince_ >= bufferedAtMost || now < pendingSince_) {
+        pendingSince_ = now;
+        tasks_.start([self = shared_from_this()](std::stop_token) { return self->flushPending(); });
+    }
     ++pending_.applications[{currentDay_, hour, bundleId}];
     pending_.names[bundleId] = appName;
     updateDisplayData(hour, bundleId, appName, 1);

@@ -157,6 +157,7 @@ private:
     Calendar calendar_ = Calendar::autoupdatingCurrent();
     CountBatch pending_;       // applications and their names alone
     CountBatch written_;       // likewise
+    Instant pendingSince_;     // of the first press in `pending_`
     bool writesFail_ = false;  // keeps a full disk from filling the log
     std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
     DayKey currentDay_;
