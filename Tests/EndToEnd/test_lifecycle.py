@@ -129,11 +129,50 @@ class Lifecycle(DesktopTest):
         self.program.wait()
         self.assertEqual(self.stored_today(), self.began_with + 70)
 
-    def use(self, desktop):
+    def test_a_frozen_display_keeps_no_signal_from_writing_the_last_presses(self):
+        for window in (False, True):
+            with self.subTest(window=window):
+                desktop = Desktop()
+                self.addCleanup(desktop.end)
+                self.use(desktop, f"window-{window}")
+                self.sign_in()
+                if not window:
+                    self.program.command("--toggle")
+                    wait_until(lambda: not self.program.window(), "the window hidden")
+                self.type(60)
+                desktop.freeze_display()
+                time.sleep(2)  # for the window to wait for it
+                self.program.signal(signal.SIGTERM)
+                self.assertEqual(self.stored_today(), self.began_with + 60)
+
+    def test_a_frozen_display_at_the_start_leaves_the_program_to_signals(self):
+        desktop = Desktop()
+        self.addCleanup(desktop.end)
+        self.use(desktop)
+        desktop.freeze_display()
+        self.program.launch()
+        time.sleep(0.5)
+        self.assertNotEqual(self.program.signal(signal.SIGTERM), -signal.SIGKILL)
+
+    def test_a_silent_session_bus_stops_no_counting(self):
+        desktop = Desktop()
+        self.addCleanup(desktop.end)
+        self.use(desktop)
+        self.sign_in()
+        self.program.quit()
+        desktop.silence_bus()
+        self.program.start()
+        self.assertIn("session bus", self.program.log())
+        self.terminal.focus()
+        desktop.type(letters(25))
+        self.assertEqual(self.program.signal(signal.SIGTERM), 0)
+        self.assertEqual(self.stored_today(), self.began_with + 25)
+
+    def use(self, desktop, name=None):
         """Continues on a desktop that the test may break."""
         self.desktop = desktop
         self.terminal = Terminal(desktop)
-        self.program = Program(desktop, "home-of-" + self._testMethodName, self.clock)
+        self.program = Program(desktop, name or "home-of-" + self._testMethodName, self.clock)
         self.addCleanup(self.program.end)
 
 

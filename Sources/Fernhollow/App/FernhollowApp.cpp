@@ -34,12 +34,6 @@ void logUnless(bool isWritten) {
     }
 }
 
-void flushNow() {
-    if (const auto& model = AppStateHolder::shared().model) {
-        logUnless(model->flushNow(lastFlushLimit));
-    }
-}
-
 FernhollowApp* running = nullptr;
 
 void endAtExit() {
@@ -83,6 +77,12 @@ FernhollowApp::FernhollowApp()
     QHostInfo::lookupHost(QStringLiteral("127.0.0.1"), &appDelegate_, [](const QHostInfo&) {});
     running = this;
     std::atexit(endAtExit);
+}
+
+void FernhollowApp::flushNow() {
+    if (const auto& model = AppStateHolder::shared().model) {
+        logUnless(model->flushNow(lastFlushLimit));
+    }
 }
 
 bool FernhollowApp::end() {

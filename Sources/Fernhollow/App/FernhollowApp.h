@@ -30,6 +30,9 @@ public:
 
     AppDelegate& delegate() { return appDelegate_; }
 
+    /// Writes what is left, while the program or its session is about to end; logs what could not be written.
+    static void flushNow();
+
     /// Writes what is left, then ends the sync engine; false when the latter takes too long, so that nothing
     /// may be destroyed any more.
     bool end();

@@ -5,11 +5,13 @@
 #include "App/TerminationSignals.h"
 #include "App/Theme.h"
 #include "Platform/Display.h"
+#include "Platform/SessionBus.h"
 #include "Support/ApplicationIdentity.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <sys/prctl.h>
@@ -19,7 +21,12 @@
 namespace fernhollow {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr int usageError = 2;
+
+// A bus that starts with the session may be slow for a moment; nothing is counted while we wait.
+constexpr auto busPatience = 2s;
 
 struct CommandLine {
     std::optional<InstanceRequest> request{}; ///< --toggle or --quit
@@ -95,11 +102,19 @@ bool hasDisplay() {
     return (platform.isEmpty() && !qgetenv("WAYLAND_DISPLAY").isEmpty()) || isDisplayReachable();
 }
 
-int runApplication(QApplication& application, SingleInstance& instance, bool showWindow) {
+struct Surroundings {
+    TerminationSignals& termination;
+    SingleInstance& instance;
+};
+
+int runApplication(QApplication& application, const Surroundings& around, bool showWindow) {
+    auto& [termination, instance] = around;
     FernhollowApp fernhollow;
     AppDelegate& delegate = fernhollow.delegate();
-    const TerminationSignals termination;
-    QObject::connect(&termination, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    termination.startReporting([] {
+        FernhollowApp::flushNow(); // before the toolkit closes windows on a display that may not answer
+        QCoreApplication::quit();
+    });
     QObject::connect(&instance, &SingleInstance::requested, &delegate, [&delegate](InstanceRequest request) {
         switch (request) {
         case InstanceRequest::activate:
@@ -116,10 +131,13 @@ int runApplication(QApplication& application, SingleInstance& instance, bool sho
     if (showWindow) {
         delegate.activate();
     }
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    termination.stopReporting();
+    return status;
 }
 
-int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
+int run(int argc, char** argv, const Surroundings& around, bool showWindow) {
+    avoidSilentSessionBus(busPatience);
     if (!hasDisplay()) {
         std::fputs("fernhollow: no display answers: start it in a desktop session\n", stderr);
         return EXIT_FAILURE;
@@ -129,7 +147,7 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
     QApplication::setQuitOnLastWindowClosed(false);
     Theme::applyDark();
 
-    const int status = runApplication(application, instance, showWindow);
+    const int status = runApplication(application, around, showWindow);
 #ifndef FERNHOLLOW_LOOKS_FOR_LEAKS // which happens at an ordinary end
     leave(status);
 #else
@@ -140,8 +158,8 @@ int run(int argc, char** argv, SingleInstance& instance, bool showWindow) {
 } // namespace
 
 int launch(int argc, char** argv) {
-    TerminationSignals::block();
-    ::umask(077); // what this program writes is for its user alone
+    TerminationSignals termination; // first: threads inherit that it holds the signals back
+    ::umask(077);                   // what this program writes is for its user alone
     keepMemoryPrivate();
 
     const CommandLine command = parse(argc, argv);
@@ -163,7 +181,7 @@ int launch(int argc, char** argv) {
         std::puts("Fernhollow is not running.");
         return EXIT_SUCCESS;
     }
-    return run(argc, argv, instance, command.request == InstanceRequest::toggle);
+    return run(argc, argv, {termination, instance}, command.request == InstanceRequest::toggle);
 }
 
 } // namespace fernhollow

@@ -1,28 +1,44 @@
 #pragma once
 
-#include <QObject>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <thread>
 
 namespace fernhollow {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the event loop, so that they end the program the way
-/// a click on Quit does.
-class TerminationSignals : public QObject {
-    Q_OBJECT
-
+/// Turns SIGTERM, SIGINT and SIGHUP into an orderly end, also while the main thread waits for a display or a
+/// session bus that no longer answers.
+///
+/// A thread of this object takes the signals and passes each on to the main thread. Where that has not taken
+/// it in time, the thread cuts the connections by which the main thread waits, so that the program ends as it
+/// does when the display goes away: the main thread writes what is left and leaves. A program that has not
+/// ended even so is ended without more ado. The two threads share nothing but kernel objects. Created first
+/// in launch(), before any other thread exists; lives as long as the program.
+class TerminationSignals {
 public:
-    /// Holds the signals back from now on. Called first in main(), before any thread exists that could
-    /// still be struck by one.
-    static void block();
+    TerminationSignals();
+    ~TerminationSignals();
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
 
-    /// Reports the signals that were held back and those that come.
-    explicit TerminationSignals(QObject* parent = nullptr);
-    ~TerminationSignals() override;
-
-Q_SIGNALS:
-    void received();
+    /// From now on `received` is called on this thread, from its event loop, for each signal and for those
+    /// that came before. Main thread, once there is an application object; until stopReporting().
+    void startReporting(std::function<void()> received);
+    void stopReporting() { notifier_.reset(); }
 
 private:
-    int file_;
+    void watch() const;
+    void seeToTheEnd() const;
+
+    sigset_t set_{};
+    int signals_ = -1;  ///< a signalfd
+    int passedOn_ = -1; ///< an eventfd: readable while the main thread has not taken a signal
+    int over_ = -1;     ///< an eventfd: readable once this object ends
+    std::unique_ptr<QSocketNotifier> notifier_;
+    std::thread thread_;
 };
 
 } // namespace fernhollow

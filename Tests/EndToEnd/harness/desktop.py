@@ -4,6 +4,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -84,6 +85,26 @@ class Desktop:
         """What a crash of the X server, or a hard end of the session, looks like to programs."""
         self._display.kill()
         self._display.wait()
+
+    def freeze_display(self):
+        """An X server that takes requests and never answers."""
+        self._display.send_signal(signal.SIGSTOP)
+
+    def silence_bus(self):
+        """From now on programs are sent to a session bus that takes connections and never answers."""
+        path = self.folder / "silent-bus"
+        script = (
+            "import socket, sys\n"
+            "listener = socket.socket(socket.AF_UNIX)\n"
+            "listener.bind(sys.argv[1])\n"
+            "listener.listen()\n"
+            "print('listening', flush=True)\n"
+            "connections = []\n"
+            "while True: connections.append(listener.accept())\n"
+        )
+        bus = self.spawn([sys.executable, "-c", script, path], stdout=subprocess.PIPE, text=True)
+        bus.stdout.readline()
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={path}"
 
     # Windows
 

@@ -30,6 +30,7 @@ def end(child, seconds=5):
     """Asks a child to end, then insists."""
     if child.poll() is None:
         child.terminate()
+        child.send_signal(signal.SIGCONT)  # in case a test stopped it
         try:
             child.wait(seconds)
         except subprocess.TimeoutExpired:

@@ -83,8 +83,7 @@ class Program:
         """Starts the program and waits until it counts."""
         started = "[KeyboardMonitor] Started successfully"
         before = self.log().count(started)
-        command = [*self.prefix, self.executable]
-        self.process = processes.start(command, self.environment(), self.home / "output")
+        self.launch()
         wait_until(
             lambda: self.log().count(started) > before or self.process.poll() is not None,
             "the program counting",
@@ -92,6 +91,11 @@ class Program:
         )
         self.expect_running()
         return self
+
+    def launch(self):
+        """Starts the program and does not wait."""
+        command = [*self.prefix, self.executable]
+        self.process = processes.start(command, self.environment(), self.home / "output")
 
     def command(self, *arguments):
         """Starts the program a second time, with or without arguments, and returns what became of it."""

@@ -14,6 +14,11 @@
 namespace fernhollow {
 namespace {
 
+// Without a feed there is never anything to notify of, and the bus is not asked for.
+QDBusConnection notificationBus(bool hasFeed) {
+    return hasFeed ? QDBusConnection::sessionBus() : QDBusConnection(QString());
+}
+
 // What is compared may be finer than what people read.
 std::string comparedVersion() {
     return BundleInfo::main().string("CFBundleVersion").value_or(std::string(applicationVersion()));
@@ -26,10 +31,10 @@ std::filesystem::path downloadFolder() {
 } // namespace
 
 StandardUpdaterController::StandardUpdaterController(Clock& clock, UpdaterDelegate& delegate,
-                                                     UserDriverDelegate& userDriverDelegate)
-    : driver_(std::make_shared<StandardUserDriver>(std::string(applicationVersion()),
-                                                   QDBusConnection::sessionBus())) {
+                                                     UserDriverDelegate& userDriverDelegate) {
     const auto configuration = readUpdateConfiguration();
+    driver_ = std::make_shared<StandardUserDriver>(std::string(applicationVersion()),
+                                                   notificationBus(configuration.has_value()));
     std::shared_ptr<UpdateInstaller> installer;
     std::shared_ptr<UpdateSource> source;
     if (configuration) {
