@@ -4,12 +4,18 @@
 
 #include <gmock/gmock.h>
 
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <tuple>
+
 namespace fernhollow {
 namespace {
 
 using namespace std::chrono_literals;
 using tests::at;
 using tests::EnvironmentGuard;
+using tests::TemporaryHome;
 
 TEST(CalendarDays, AreCountedByTheirDatesNotByTheirHours) {
     const Calendar berlin("Europe/Berlin"); // 29 March 2026 has 23 hours, 25 October has 25
@@ -47,6 +53,54 @@ TEST(AutoupdatingCalendar, FollowsTheZoneOfTheSystem) {
     EXPECT_EQ(calendar.components(instant).day, 2);
     EXPECT_EQ(copy.hour(instant), 4);
     EXPECT_EQ(Calendar("UTC").hour(instant), 23);
+}
+
+class EverySettingOfTz : public testing::TestWithParam<std::string> {};
+
+TEST_P(EverySettingOfTz, IsReadAsTheCLibraryReadsIt) {
+    const TemporaryHome home;
+    std::filesystem::copy_file("/usr/share/zoneinfo/Europe/Berlin", home.path() / "copied");
+    const std::string value =
+        GetParam() == "a copied file" ? ":" + (home.path() / "copied").native() : GetParam();
+    const EnvironmentGuard zone("TZ", value);
+    ::tzset();
+    const Calendar calendar = Calendar::autoupdatingCurrent().snapshot();
+    std::time_t second =
+        1735689599; // the last of 2024; each half hour of two years, just before and after it
+    for (int step = 0; step < 4 * 17520; ++step, second += step % 2 == 1 ? 1 : 1799) {
+        std::tm expected{};
+        ::localtime_r(&second, &expected);
+        const auto actual = calendar.components(std::chrono::system_clock::from_time_t(second));
+        ASSERT_EQ(std::tuple(actual.month, actual.day, actual.hour, actual.minute),
+                  std::tuple(expected.tm_mon + 1, expected.tm_mday, expected.tm_hour, expected.tm_min))
+            << value << " at " << second;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AutoupdatingCalendar, EverySettingOfTz,
+                         testing::Values("", ":", "UTC", "Europe/Berlin", ":America/New_York",
+                                         ":/etc/localtime", "localtime", ":/usr/share/zoneinfo/Europe/Berlin",
+                                         "/usr/share/zoneinfo/Australia/Lord_Howe", "posix/Africa/Casablanca",
+                                         "a copied file", "EST5EDT", "GMT+3", "UTC-5:45", "<+0330>-3:30",
+                                         "CET-1CEST,M3.5.0,M10.5.0/3", "EST5EDT4,M3.2.0,M11.1.0",
+                                         "PST8PDT,J60/0,J300/24:30:10", "NZST-12NZDT,M9.5.0,M4.1.0/3",
+                                         "IST-1GMT0,M10.5.0,M3.5.0/1", "<-02>2<-01>,M3.5.0/-1,M10.5.0/0",
+                                         "IST-2IDT,M3.4.4/50,M10.4.4/50", "ABC3DEF,59,304/1", "Nowhere/Land",
+                                         "PST", "12", "<+05"));
+
+TEST(SystemTimeZone, KeepsASummerTimeOfTheWholeYear) {
+    const EnvironmentGuard zone("TZ", "EST5EDT,0/0,J365/25");
+    for (const int month : {1, 7, 12}) {
+        const Instant noon = at("UTC", {.year = 2026, .month = month, .day = 31, .hour = 12});
+        EXPECT_EQ(Calendar::autoupdatingCurrent().hour(noon), 8) << month;
+    }
+}
+
+TEST(SystemTimeZone, LogsWhatItCannotResolve) {
+    const TemporaryHome home;
+    const EnvironmentGuard zone("TZ", "CET-1CEST,nonsense");
+    EXPECT_EQ(Calendar::autoupdatingCurrent().hour(Instant()), 0);
+    EXPECT_THAT(home.log(), testing::HasSubstr("[SystemTimeZone] TZ=CET-1CEST,nonsense"));
 }
 
 TEST(CalendarOfAnUnknownZone, IsUtc) {

@@ -9,7 +9,8 @@
 
 namespace fernhollow {
 
-/// Follows the time zone of the system: the TZ variable, else what /etc/localtime points to.
+/// Follows the time zone of the system: the TZ variable, as the C library reads it (a zone, a file, or a
+/// rule), else what /etc/localtime points to.
 ///
 /// Asking for the zone costs one lstat() while it stays the same; only a change asks ICU to find it.
 class SystemTimeZone {
