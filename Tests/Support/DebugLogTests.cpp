@@ -1,10 +1,27 @@
 #include "Support/DebugLog.h"
+#include "Support/RepeatedLog.h"
 #include "Support/TemporaryHome.h"
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
+
+namespace {
+bool hasHardLinks = true;
+}
+
+// Takes the C library's place in this program.
+extern "C" int link(const char* from, const char* to) noexcept {
+    if (!hasHardLinks) {
+        errno = EPERM;
+        return -1;
+    }
+    return ::linkat(AT_FDCWD, from, AT_FDCWD, to, 0);
+}
 
 namespace fernhollow {
 namespace {
@@ -27,6 +44,43 @@ TEST(DebugLog, AppendsOneLinePerCallToAPrivateFile) {
     ASSERT_EQ(::stat((home.path() / "fernhollow_debug.log").c_str(), &file), 0);
     EXPECT_EQ(file.st_mode & 0777, 0600u);
     EXPECT_EQ(std::distance(fs::directory_iterator(home.path()), {}), 1); // nothing is left of its making
+}
+
+TEST(DebugLog, LetsNoTextPassForAnEntryOrSteerATerminal) {
+    const TemporaryHome home;
+    const std::string forged = "[2026-03-05T14:07:09Z] [AccountManager] Signed out";
+    debugLog("[A] one\n" + forged + "\n\n[x\r" + forged);
+    debugLog("[B] \u2028" + forged + "\u2029\u0085" + forged + "\x1B[2K\x7F \t\u00E9");
+    EXPECT_THAT(home.log().substr(23),
+                testing::StartsWith("[A] one\\n" + forged + "\n\\n[x\\x0D" + forged + "\n["));
+    EXPECT_THAT(home.log(),
+                testing::EndsWith("Z] [B] \\xE2\\x80\\xA8" + forged + "\\xE2\\x80\\xA9\\xC2\\x85" + forged +
+                                  "\\x1B[2K\\x7F \t\u00E9\n"));
+}
+
+TEST(DebugLog, NeedsNoHardLinks) {
+    const TemporaryHome home;
+    hasHardLinks = false;
+    debugLog("first");
+    debugLog("second");
+    hasHardLinks = true;
+    EXPECT_THAT(home.log(), MatchesRegex(std::string(stamp) + "first\n" + stamp + "second\n"));
+    EXPECT_EQ(tests::modeOf(home.path() / "fernhollow_debug.log"), 0600u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(home.path()), {}), 1);
+}
+
+TEST(RepeatedLog, LetsAChangedSubjectThroughAtOnceAndACountNowAndThen) {
+    using namespace std::chrono_literals;
+    RepeatedLog log;
+    const Instant start{};
+    EXPECT_TRUE(log.isDue("day 1", 5, start));
+    EXPECT_FALSE(log.isDue("day 1", 6, start + 1s));
+    EXPECT_FALSE(log.isDue("day 1", 5, start + 24h));
+    EXPECT_TRUE(log.isDue("day 1", 6, start + 10min));
+    EXPECT_TRUE(log.isDue("day 2", 6, start + 10min));
+    EXPECT_TRUE(log.isDue("day 2", 7, start)); // the clock was set back
+    log.clear();
+    EXPECT_TRUE(log.isDue("day 2", 7, start));
 }
 
 TEST(DebugLog, LosesTheLineWhereNothingCanBeWritten) {

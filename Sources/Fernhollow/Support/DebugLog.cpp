@@ -37,18 +37,67 @@ bool appendToExisting(const std::string& path, std::string_view line) {
     return true;
 }
 
-// A finished file takes the name by link(), which unlike rename() never replaces one that came first.
+// A finished file takes the name by link(), which unlike rename() never replaces one that came first. On a
+// file system without links the file is made where it stays: a reader may see it empty for a moment.
 bool createWhole(const std::string& path, std::string_view line) {
     std::string temporary = path + ".XXXXXX";
-    const int file = ::mkostemp(temporary.data(), O_CLOEXEC); // made with mode 0600
+    int file = ::mkostemp(temporary.data(), O_CLOEXEC); // made with mode 0600
     if (file < 0) {
         return false;
     }
     writeAll(file, line);
     ::close(file);
-    const bool created = ::link(temporary.c_str(), path.c_str()) == 0;
+    const bool isLinked = ::link(temporary.c_str(), path.c_str()) == 0;
+    const bool isTaken = !isLinked && errno == EEXIST;
     ::unlink(temporary.c_str());
-    return created;
+    if (isLinked || isTaken) {
+        return isLinked;
+    }
+    file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file < 0) {
+        return false;
+    }
+    writeAll(file, line);
+    ::close(file);
+    return true;
+}
+
+bool isControl(unsigned char character) {
+    return (character < 0x20 && character != '\n' && character != '\t') || character == 0x7F;
+}
+
+// Line breaks that some readers of files know besides the line feed: U+0085, U+2028 and U+2029.
+std::size_t lengthOfForeignBreak(std::string_view text) {
+    if (text.starts_with("\xC2\x85")) {
+        return 2;
+    }
+    return text.starts_with("\xE2\x80\xA8") || text.starts_with("\xE2\x80\xA9") ? 3 : 0;
+}
+
+void appendEscaped(std::string& line, std::string_view characters) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char character : characters) {
+        const auto code = static_cast<unsigned char>(character);
+        line.append("\\x").append({digits[code >> 4U], digits[code & 15U]});
+    }
+}
+
+// A message may have several lines, and parts of it may come from a server, another program or a file: none
+// of its lines may pass for an entry, and nothing in it may steer the terminal that shows the log.
+void appendMessage(std::string& line, std::string_view message) {
+    for (std::size_t at = 0; at < message.size(); ++at) {
+        const std::string_view rest = message.substr(at);
+        if (rest.starts_with("\n[")) {
+            line.append("\\n");
+        } else if (const std::size_t length = lengthOfForeignBreak(rest); length > 0) {
+            appendEscaped(line, rest.substr(0, length));
+            at += length - 1;
+        } else if (isControl(static_cast<unsigned char>(rest.front()))) {
+            appendEscaped(line, rest.substr(0, 1));
+        } else {
+            line.push_back(rest.front());
+        }
+    }
 }
 
 } // namespace
@@ -56,7 +105,8 @@ bool createWhole(const std::string& path, std::string_view line) {
 void debugLog(std::string_view message) {
     const std::string path = homeDirectory().native() + "/fernhollow_debug.log";
     std::string line = "[" + internetTime(std::chrono::system_clock::now()) + "] ";
-    line.append(message).push_back('\n');
+    appendMessage(line, message);
+    line.push_back('\n');
 
     if (appendToExisting(path, line) || errno != ENOENT) {
         return;

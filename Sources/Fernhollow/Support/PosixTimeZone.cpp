@@ -168,7 +168,8 @@ private:
                    number(change.weekday, 0U, 6U);
         }
         const bool isWithoutLeapDay = skip('J');
-        change.kind = isWithoutLeapDay ? YearlyChange::Kind::dayWithoutLeapDay : YearlyChange::Kind::dayFromZero;
+        change.kind =
+            isWithoutLeapDay ? YearlyChange::Kind::dayWithoutLeapDay : YearlyChange::Kind::dayFromZero;
         return number(change.day, isWithoutLeapDay ? 1 : 0, 365);
     }
 
@@ -184,7 +185,7 @@ struct Change {
 std::vector<Change> changes(const Rule& rule) {
     std::vector<Change> all;
     for (int number = firstYear; number <= lastYear; ++number) {
-        all.push_back({rule.toSummer.in(year(number)) - rule.standard, true});
+        all.push_back({rule.toSummer.in(year(number))-rule.standard, true});
         all.push_back({rule.toStandard.in(year(number)) - *rule.summer, false});
     }
     std::ranges::sort(all, {}, &Change::at);
@@ -219,11 +220,10 @@ std::unique_ptr<icu::TimeZone> makeZone(const Rule& rule, const icu::UnicodeStri
     UErrorCode status = U_ZERO_ERROR;
     const auto add = [&](const std::vector<UDate>& times, std::int32_t savings) {
         if (!times.empty()) {
-            zone->addTransitionRule(
-                new icu::TimeArrayTimeZoneRule(name, standard, savings, times.data(),
-                                               static_cast<std::int32_t>(times.size()),
-                                               icu::DateTimeRule::UTC_TIME),
-                status);
+            zone->addTransitionRule(new icu::TimeArrayTimeZoneRule(name, standard, savings, times.data(),
+                                                                   static_cast<std::int32_t>(times.size()),
+                                                                   icu::DateTimeRule::UTC_TIME),
+                                    status);
         }
     };
     add(toSummer, milliseconds(*rule.summer - rule.standard));
