@@ -42,9 +42,12 @@ bool KeyboardMonitor::start() {
     }
     auto tap = desktop_.taps.createTap([this](TapEvent event) { handle(event); });
     if (!tap) {
-        debugLog("[KeyboardMonitor] Failed to create event tap even with permission");
+        if (!std::exchange(hasLoggedTapFailure_, true)) {
+            debugLog("[KeyboardMonitor] Failed to create event tap even with permission");
+        }
         return false;
     }
+    hasLoggedTapFailure_ = false;
     eventTap_ = std::move(tap);
     eventTap_->setEnabled(true);
     isMonitoring_ = true;

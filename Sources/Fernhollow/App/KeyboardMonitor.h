@@ -50,6 +50,7 @@ private:
     Handlers handlers_;
     bool isMonitoring_ = false;
     bool hasPromptedForPermission_ = false;
+    bool hasLoggedTapFailure_ = false; // since the last tap; each second tries again
     std::optional<Instant> lastPermissionCheck_;
 };
 

@@ -45,14 +45,16 @@ AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, co
 }
 
 std::vector<DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidDate, const Calendar& calendar,
-                                    Instant now) {
+                                    Instant now, bool logsInvalidDays) {
     const Instant today = calendar.startOfDay(now);
     const Instant first = calendar.startOfDay(minValidDate);
     std::vector<DailyAppStats> records;
     for (const auto& [text, apps] : days) {
         const auto noon = normalizedDayDate(text, calendar);
         if (!noon) {
-            debugLog("[AppTracker] Skipping invalid dayString: " + text);
+            if (logsInvalidDays) {
+                debugLog("[AppTracker] Skipping invalid dayString: " + text);
+            }
             continue;
         }
         const Instant start = calendar.startOfDay(*noon);

@@ -20,9 +20,10 @@ std::optional<Instant> normalizedDayDate(std::string_view text, const Calendar& 
 AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, const Calendar& calendar,
                      Instant now);
 
-/// The past days' records from `minValidDate` on; a day whose text is none is logged and left out.
+/// The past days' records from `minValidDate` on; a day whose text is none is left out, and logged if
+/// `logsInvalidDays`.
 std::vector<AppTracker::DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidDate,
-                                                const Calendar& calendar, Instant now);
+                                                const Calendar& calendar, Instant now, bool logsInvalidDays);
 
 /// Whether both hold the same counts of the same applications on the same days, in whatever order.
 bool showsTheSame(const std::vector<AppTracker::DailyAppStats>& a,

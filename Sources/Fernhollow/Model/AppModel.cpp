@@ -162,11 +162,15 @@ void AppModel::refreshKeyboardMonitorState() {
     if (isKeyboardMonitorRunning_) {
         return;
     }
-    debugLog("[AppModel] Starting keyboard monitor (isPaused=false)");
-    if (keyboardMonitor_ && keyboardMonitor_->start()) {
-        isKeyboardMonitorRunning_ = true;
+    const bool isTriedAgain = isWaitingForMonitor_;
+    if (!isTriedAgain) {
+        debugLog("[AppModel] Starting keyboard monitor (isPaused=false)");
+    }
+    isKeyboardMonitorRunning_ = keyboardMonitor_ && keyboardMonitor_->start();
+    isWaitingForMonitor_ = !isKeyboardMonitorRunning_;
+    if (isKeyboardMonitorRunning_) {
         debugLog("[AppModel] Keyboard monitor started successfully");
-    } else {
+    } else if (!isTriedAgain) {
         debugLog("[AppModel] Keyboard monitor failed to start - will retry on next refresh");
     }
 }

@@ -13,6 +13,7 @@
 #include "Support/Clock.h"
 #include "Support/NumberText.h"
 #include "Support/Observable.h"
+#include "Support/RepeatedLog.h"
 
 #include <qcorotask.h>
 
@@ -210,9 +211,12 @@ private:
     std::optional<std::stop_source> flushTask_;
     std::optional<std::stop_source> refreshTask_;
     std::vector<Observation> cancellables_;
-    bool completesDays_ = true;     // until the account of the start is open, or another one signs in
-    bool hourlyWritesFail_ = false; // keeps a full disk from filling the log with each press
-    std::string openingFailure_;    // the last one that was logged; tried again with each flush
+    RepeatedLog historyLog_;
+    RepeatedLog remoteTotalLog_;
+    bool isWaitingForMonitor_ = false; // logged, and tried again each second
+    bool completesDays_ = true;        // until the account of the start is open, or another one signs in
+    bool hourlyWritesFail_ = false;    // keeps a full disk from filling the log with each press
+    std::string openingFailure_;       // the last one that was logged; tried again with each flush
 };
 
 } // namespace fernhollow

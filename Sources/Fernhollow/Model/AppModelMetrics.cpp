@@ -36,8 +36,11 @@ std::vector<DailyCountPoint> AppModel::history(const HistoryInputs& inputs) {
     for (const DailyCountRow& row : inputs.rows) {
         local.emplace(row.day.rawValue, row.count);
     }
-    debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + inputs.day.rawValue +
-             ", todayCountAggregated=" + std::to_string(inputs.today));
+    const bool isLogged = historyLog_.isDue(inputs.day.rawValue, inputs.today, clock_.now());
+    if (isLogged) {
+        debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + inputs.day.rawValue +
+                 ", todayCountAggregated=" + std::to_string(inputs.today));
+    }
     std::vector<DailyCountPoint> points;
     for (const RecentDays::Day& day : recentDays_.upTo(clock_.now(), calendar_)) {
         if (day.noon < inputs.first) {
@@ -45,8 +48,10 @@ std::vector<DailyCountPoint> AppModel::history(const HistoryInputs& inputs) {
         }
         std::int64_t count = inputs.today;
         if (day.key == inputs.day) {
-            debugLog("[AppModel] Today (" + day.key.rawValue +
-                     "): using local todayCountAggregated=" + std::to_string(count));
+            if (isLogged) {
+                debugLog("[AppModel] Today (" + day.key.rawValue +
+                         "): using local todayCountAggregated=" + std::to_string(count));
+            }
         } else {
             const std::int64_t there = inputs.remote ? countOf(*inputs.remote, day.key.rawValue) : 0;
             count = std::max({countOf(local, day.key.rawValue), there, std::int64_t{0}});
@@ -106,7 +111,7 @@ ProductivityMetrics AppModel::calculateMetrics(const MetricsInputs& inputs,
     return ProductivityMetrics::calculate(inputs.today, hourly, thisWeek, lastWeek, month, calendar_, now);
 }
 
-// Only when something of it changed: the history logs what it is given, which each second would fill the log.
+// Only when something of it changed: most of the time it is the same for hours.
 QCoro::Task<> AppModel::refreshAppHistory(Reads reads) {
     const auto self = shared_from_this();
     if (!reads.cloudSync) {

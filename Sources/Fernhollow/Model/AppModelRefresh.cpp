@@ -167,7 +167,9 @@ void AppModel::showToday(std::int64_t remoteTotal) {
     } else if (localTodayCount_ == 0 && remoteTotal >= 1 && remoteTotal <= maximumAccountDay) {
         todayCountAggregated.set(remoteTotal);
         todayCount.set(remoteTotal);
-        debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");
+        if (remoteTotalLog_.isDue(currentDay_.rawValue, remoteTotal, clock_.now())) {
+            debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");
+        }
     } else {
         todayCountAggregated.set(aggregated);
         todayCount.set(aggregated);

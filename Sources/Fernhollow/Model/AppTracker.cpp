@@ -224,8 +224,11 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
         if (store == store_ && day == currentDay_ && flushes == flushes_) {
             publish(std::move(rows));
         }
+        refreshFailureLog_.clear();
     } catch (const DailyCountsStoreError& error) {
-        debugLog(std::string("[AppTracker] Failed to refresh from disk: ") + error.what());
+        if (refreshFailureLog_.isDue(error.what(), 0, clock_.now())) {
+            debugLog(std::string("[AppTracker] Failed to refresh from disk: ") + error.what());
+        }
     }
 }
 

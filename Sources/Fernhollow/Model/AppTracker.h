@@ -7,6 +7,7 @@
 #include "Model/Sync/RemoteCaches.h"
 #include "Support/Clock.h"
 #include "Support/Observable.h"
+#include "Support/RepeatedLog.h"
 
 #include <qcorotask.h>
 
@@ -150,6 +151,7 @@ private:
         std::unordered_map<std::string, CountsByApp> counts;
     };
     void publish(TodayRows rows);
+    bool logReceived(const AppDailyCache& remote, const DayKey& todayKey, Instant now);
 
     const Clock& clock_;
     TaskScope& tasks_;
@@ -164,6 +166,8 @@ private:
     std::optional<TodayRows> shownRows_; // absent once a press or another day changed what is shown
     RecentDays recentDays_;
     PastDays pastDays_;
+    RepeatedLog historyLog_;
+    RepeatedLog refreshFailureLog_;
 };
 
 } // namespace fernhollow

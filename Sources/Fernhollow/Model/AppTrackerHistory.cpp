@@ -25,7 +25,7 @@ constexpr std::array<AppTracker::Color, 20> colorPalette{{
     {0.0, 0.75, 0.65},  {0.7, 0.2, 0.5},    {0.4, 0.8, 0.4},    {0.95, 0.55, 0.55}, {0.35, 0.7, 0.9},
 }};
 
-void logReceived(const AppDailyCache& remote) {
+std::string describe(const AppDailyCache& remote) {
     std::size_t entries = 0;
     std::set<std::string_view> apps;
     for (const auto& [day, counts] : remote) {
@@ -34,13 +34,18 @@ void logReceived(const AppDailyCache& remote) {
             apps.insert(bundleId);
         }
     }
-    debugLog("[AppTracker] updateLast30DaysAppDaily received: " + std::to_string(remote.size()) + " days, " +
-             std::to_string(entries) + " app entries, " + std::to_string(apps.size()) + " unique apps");
-    if (!remote.empty()) {
-        const auto [first, last] = std::ranges::minmax_element(
-            remote, {}, [](const auto& day) -> const std::string& { return day.first; });
-        debugLog("[AppTracker] Remote data date range: " + first->first + " to " + last->first);
+    return std::to_string(remote.size()) + " days, " + std::to_string(entries) + " app entries, " +
+           std::to_string(apps.size()) + " unique apps";
+}
+
+/// The first and the last of its days; empty without any.
+std::string describeRange(const AppDailyCache& remote) {
+    if (remote.empty()) {
+        return {};
     }
+    const auto [first, last] = std::ranges::minmax_element(
+        remote, {}, [](const auto& day) -> const std::string& { return day.first; });
+    return first->first + " to " + last->first;
 }
 
 } // namespace
@@ -68,9 +73,7 @@ QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDail
     const auto store = store_;
     const Instant now = clock_.now();
     const DayKey todayKey(now, calendar_);
-    logReceived(*remote);
-    debugLog("[AppTracker] updateLast30DaysAppDaily: todayKey=" + todayKey.rawValue +
-             ", todayAppTotals count=" + std::to_string(todayAppTotals.get().size()));
+    const bool isLogged = logReceived(*remote, todayKey, now);
     AppDailyCache local;
     if (store) {
         local = co_await buildLocalDailyAppTotals(store, now);
@@ -80,7 +83,7 @@ QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDail
     }
     const Calendar calendar = calendar_.snapshot();
     auto records = AppHistory::pastDays(AppHistory::merged(*remote, local, calendar, now),
-                                        minValidDate(clock_), calendar, now);
+                                        minValidDate(clock_), calendar, now, isLogged);
     const auto& totals = todayAppTotals.get();
     if (!totals.empty()) {
         const Instant noon = AppHistory::normalizedDayDate(todayKey.rawValue, calendar).value_or(now);
@@ -89,14 +92,39 @@ QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDail
             records.push_back({noon, app.bundleId, app.appName, app.count});
             total += app.count;
         }
-        debugLog("[AppTracker] Adding today's data: " + std::to_string(totals.size()) +
-                 " apps, total: " + std::to_string(total));
+        if (isLogged) {
+            debugLog("[AppTracker] Adding today's data: " + std::to_string(totals.size()) +
+                     " apps, total: " + std::to_string(total));
+        }
     }
     if (AppHistory::showsTheSame(records, last30DaysAppDaily.get(), calendar)) {
         co_return;
     }
-    debugLog("[AppTracker] Updating last30DaysAppDaily: " + std::to_string(records.size()) + " entries");
+    if (isLogged) {
+        debugLog("[AppTracker] Updating last30DaysAppDaily: " + std::to_string(records.size()) + " entries");
+    }
     last30DaysAppDaily.set(std::move(records));
+}
+
+/// False when only today's counts differ from what was logged minutes ago: they do with every press.
+bool AppTracker::logReceived(const AppDailyCache& remote, const DayKey& todayKey, Instant now) {
+    const std::string received = describe(remote);
+    const std::string range = describeRange(remote);
+    const std::string today = "todayKey=" + todayKey.rawValue +
+                              ", todayAppTotals count=" + std::to_string(todayAppTotals.get().size());
+    std::int64_t presses = 0;
+    for (const AppStats& app : todayAppTotals.get()) {
+        presses += app.count;
+    }
+    if (!historyLog_.isDue(received + range + today, presses, now)) {
+        return false;
+    }
+    debugLog("[AppTracker] updateLast30DaysAppDaily received: " + received);
+    if (!remote.empty()) {
+        debugLog("[AppTracker] Remote data date range: " + range);
+    }
+    debugLog("[AppTracker] updateLast30DaysAppDaily: " + today);
+    return true;
 }
 
 QCoro::Task<AppDailyCache> AppTracker::buildLocalDailyAppTotals(std::shared_ptr<DailyCountsStore> store,
