@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <sqlite3.h>
 
 namespace fernhollow::tests {
 namespace {
@@ -118,6 +119,23 @@ TEST_F(MainWindow, KeepsOneLineForALongAddress) {
     auto* version = view_->findChild<UpdateStatusButton*>();
     EXPECT_EQ(version->width(), version->sizeHint().width()) << "the address gives way, not the version";
     EXPECT_LT(label->geometry().right(), shown<QPushButton>(QStringLiteral("Sign Out"))->geometry().left());
+}
+
+TEST_F(MainWindow, SaysThatCountsAreNotSavedWhileTheyAreNot) {
+    const QString sentence = QStringLiteral("Your counts are not being saved. Fernhollow keeps trying.");
+    signInByTyping(QStringLiteral("ana@example.com"));
+    ASSERT_TRUE(appears(QStringLiteral("ana@example.com")));
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    press(3);
+    flush();
+    ASSERT_TRUE(appears(sentence));
+    auto* label = shown<QLabel>(sentence);
+    EXPECT_GE(label->height(), label->heightForWidth(label->width())) << "all of it can be read";
+    sqlite3_close(other);
+    flush();
+    EXPECT_TRUE(waitUntil([&] { return shown<QLabel>(sentence) == nullptr; }));
 }
 
 TEST_F(MainWindow, ReturnsToTheFormAfterSigningOut) {

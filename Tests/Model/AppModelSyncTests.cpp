@@ -130,5 +130,21 @@ TEST_F(AppModelSync, RefreshesOnWhileTheBackendIsSilent) {
     EXPECT_THAT(server_.to("get_account_devices"), SizeIs(1));
 }
 
+TEST_F(AppModelSync, SaysSoWhenCountsHaveWaitedTenMinutesForTheBackend) {
+    answers_["device_day_counts"].status = 503;
+    startModel();
+    press(3);
+    await(model_->flushPending());
+    pass(1s);
+    pass(9min);
+    EXPECT_TRUE(model_->areCountsSent.get());
+    pass(1min);
+    EXPECT_FALSE(model_->areCountsSent.get());
+    answers_.clear();
+    pass(60s);
+    pass(1s);
+    EXPECT_TRUE(model_->areCountsSent.get());
+}
+
 } // namespace
 } // namespace fernhollow::tests

@@ -6,6 +6,7 @@
 #include "Model/AppModel.h"
 #include "Model/UpdateManager.h"
 #include "Platform/StatusItem/StatusItem.h"
+#include "Presentation/CountsTrouble.h"
 
 #include <chrono>
 
@@ -26,6 +27,7 @@ AppDelegate::AppDelegate() {
     connect(&titleUpdate_, &QTimer::timeout, this, [this] {
         if (const auto& model = AppStateHolder::shared().model; model && statusItem_) {
             statusItem_->setTitle(QString::fromStdString(model->menuBarTitle()));
+            statusItem_->setNote(countsTrouble(*model));
         }
     });
 }
@@ -48,8 +50,12 @@ void AppDelegate::setupStatusItem() {
     isStatusItemSetup_ = true;
     statusItem_ = std::make_unique<StatusItem>();
     statusItem_->setTitle(QString::fromStdString(model->menuBarTitle()));
+    statusItem_->setNote(countsTrouble(*model));
     connect(statusItem_.get(), &StatusItem::clicked, this, &AppDelegate::statusItemClicked);
-    cancellables_.push_back(model->todayCountAggregated.observe([this] { titleUpdate_.start(0); }));
+    const auto update = [this] { titleUpdate_.start(0); };
+    cancellables_.push_back(model->todayCountAggregated.observe(update));
+    cancellables_.push_back(model->areCountsSaved.observe(update));
+    cancellables_.push_back(model->areCountsSent.observe(update));
 
     QTimer::singleShot(hostPatience, this, &AppDelegate::openWindowUnlessReachable);
 }

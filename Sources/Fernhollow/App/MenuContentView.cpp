@@ -8,10 +8,12 @@
 #include "App/UpdateStatusButton.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
+#include "Presentation/CountsTrouble.h"
 
 #include <QApplication>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStackedLayout>
@@ -52,7 +54,9 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
                                  std::shared_ptr<UpdateManager> updateManager, const Clock& clock)
     : model_(std::move(model)), account_(std::move(account)), updateManager_(std::move(updateManager)),
       clock_(clock), mainArea_(new QStackedLayout), signIn_(new SignInView(account_)),
-      signInPage_(centred(signIn_)), accountButton_(new AccountButton(account_, clock)),
+      signInPage_(centred(signIn_)),
+      trouble_(Theme::makeLabel(QString(), Theme::TextStyle::caption, Theme::highlight)),
+      accountButton_(new AccountButton(account_, clock)),
       signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     signInPage_->setFocusProxy(signIn_);
     mainArea_->addWidget(signInPage_);
@@ -66,21 +70,37 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
 
     redraw_.setSingleShot(true);
     connect(&redraw_, &QTimer::timeout, this, &MenuContentView::refresh);
-    cancellables_.push_back(account_->observe([this] { requestRefresh(); }));
+    const auto refresh = [this] { requestRefresh(); };
+    cancellables_.push_back(account_->observe(refresh));
+    cancellables_.push_back(model_->areCountsSaved.observe(refresh));
+    cancellables_.push_back(model_->areCountsSent.observe(refresh));
     addShortcuts();
 }
 
 QWidget* MenuContentView::makeFooter() {
-    connect(signOut_, &QPushButton::clicked, this, [this] { account_->signOut(); });
-    auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
-    connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
-
     auto* footer = new QWidget;
     footer->setAutoFillBackground(true);
     QPalette palette = footer->palette();
     palette.setColor(QPalette::Window, Theme::raised);
     footer->setPalette(palette);
-    auto* layout = new QHBoxLayout(footer);
+    trouble_->setWordWrap(true);
+    trouble_->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin, 0);
+    trouble_->hide();
+    auto* layout = new QVBoxLayout(footer);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(trouble_);
+    layout->addWidget(makeFooterLine());
+    return footer;
+}
+
+QWidget* MenuContentView::makeFooterLine() {
+    connect(signOut_, &QPushButton::clicked, this, [this] { account_->signOut(); });
+    auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
+    connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
+
+    auto* line = new QWidget;
+    auto* layout = new QHBoxLayout(line);
     layout->setContentsMargins(footerHorizontalMargin - AccountButton::outset, footerVerticalMargin,
                                footerHorizontalMargin, footerVerticalMargin);
     layout->addWidget(accountButton_, 1);
@@ -89,7 +109,7 @@ QWidget* MenuContentView::makeFooter() {
     layout->addStretch();
     layout->addWidget(signOut_);
     layout->addWidget(quit);
-    return footer;
+    return line;
 }
 
 void MenuContentView::addShortcuts() {
@@ -117,6 +137,8 @@ void MenuContentView::refresh() {
     const bool isSignedIn = account_->email().has_value();
     accountButton_->refresh();
     signOut_->setVisible(isSignedIn);
+    trouble_->setText(countsTrouble(*model_));
+    trouble_->setVisible(!trouble_->text().isEmpty());
     signIn_->refresh();
     QWidget* page = signInPage_;
     if (isSignedIn) {

@@ -37,6 +37,7 @@ protected:
 
 private:
     QWidget* makeFooter();
+    QWidget* makeFooterLine();
     void addShortcuts();
     void requestRefresh();
     void refresh();
@@ -56,6 +57,7 @@ private:
     QWidget* signInPage_;
     OnboardingView* onboarding_ = nullptr; // while it is shown
     QWidget* dashboard_ = nullptr;         // once somebody got as far
+    QLabel* trouble_;                      // hidden while all is well
     AccountButton* accountButton_;
     QPushButton* signOut_;
 };

@@ -64,6 +64,8 @@ public:
     /// False from a flush that could not save what was counted until one that could. True while nobody is
     /// signed in: nothing is to be saved then.
     Published<bool> areCountsSaved{*this, true};
+    /// False once counts have been waiting ten minutes for a backend that does not take them, until it does.
+    Published<bool> areCountsSent{*this, true};
 
     AppTracker& appTracker() { return *appTracker_; }
     const AppTracker& appTracker() const { return *appTracker_; }
@@ -125,6 +127,7 @@ private:
         bool operator==(const HistoryInputs&) const = default;
     };
     std::vector<DailyCountPoint> history(const HistoryInputs& inputs);
+    void followSending();
     bool isTimeForDevices() const;
     QCoro::Task<> refreshDevices();
 

@@ -27,6 +27,9 @@ constexpr auto refreshInterval = 1s;
 // Each cycle of the engine publishes the devices too.
 constexpr auto devicesInterval = 15s;
 
+// A laptop that wakes up, or changes its network, is back well within this time.
+constexpr auto sendingPatience = 10min;
+
 } // namespace
 
 // Any other day is a new day, also an earlier one: the clock or the time zone was set back.
@@ -92,8 +95,14 @@ QCoro::Task<> AppModel::refreshLoop(std::shared_ptr<AppModel> self, std::stop_to
     }
 }
 
+void AppModel::followSending() {
+    const auto since = cloudSync_ ? cloudSync_->status().unsentSince.get() : std::nullopt;
+    areCountsSent.set(!since || clock_.monotonic() - *since < sendingPatience);
+}
+
 QCoro::Task<> AppModel::refreshFromDisk() {
     const auto self = shared_from_this();
+    followSending();
     const bool isNewDay = rolloverIfNeeded(clock_.now());
     if (const auto cloudSync = cloudSync_; isNewDay && cloudSync) {
         co_await cloudSync->forceResetTodayCaches();

@@ -21,7 +21,7 @@ NotifierImages NotifierAdaptor::iconPixmap() const {
 }
 
 NotifierToolTip NotifierAdaptor::toolTip() const {
-    return {{}, {}, notifier_.title(), {}};
+    return {{}, {}, notifier_.title(), notifier_.note()};
 }
 
 void NotifierAdaptor::Activate(int, int) {

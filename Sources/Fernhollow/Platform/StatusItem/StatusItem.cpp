@@ -78,6 +78,11 @@ public:
         }
     }
 
+    void setNote(const QString& note) {
+        notifier_.setNote(note);
+        tray_.setNote(note);
+    }
+
     QString title() const { return title_; }
     bool isShown() const { return notifier_.isShown() || tray_.isShown(); }
 
@@ -118,6 +123,10 @@ StatusItem::~StatusItem() = default;
 
 void StatusItem::setTitle(const QString& title) {
     d->setTitle(title);
+}
+
+void StatusItem::setNote(const QString& note) {
+    d->setNote(note);
 }
 
 QString StatusItem::title() const {

@@ -24,6 +24,9 @@ public:
     void setTitle(const QString& title);
     QString title() const;
 
+    /// A sentence that the item's tooltip adds to the title; empty for none.
+    void setNote(const QString& note);
+
     /// Whether any host shows the item now.
     bool isShown() const;
 

@@ -163,6 +163,12 @@ void StatusNotifier::setTitle(const QString& title) {
     }
 }
 
+void StatusNotifier::setNote(const QString& note) {
+    if (std::exchange(note_, note) != note && isShown()) {
+        Q_EMIT adaptor_->NewToolTip();
+    }
+}
+
 NotifierImages StatusNotifier::images() const {
     if (!drawn_.isEmpty() && drawnText_ == iconText()) {
         return drawn_;

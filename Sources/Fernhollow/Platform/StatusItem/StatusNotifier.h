@@ -35,6 +35,8 @@ public:
 
     void setTitle(const QString& title);
     QString title() const { return title_; }
+    void setNote(const QString& note);
+    QString note() const { return note_; }
     NotifierImages images() const;
 
     Watcher watcher() const { return watcher_; }
@@ -59,6 +61,7 @@ private:
     const Icons icons_;
     NotifierAdaptor* adaptor_; // child
     QString title_;
+    QString note_;
     QString compact_;
     mutable QString drawnText_;
     mutable NotifierImages drawn_;

@@ -139,7 +139,7 @@ void XEmbedTray::follow() {
 
 void XEmbedTray::dock() {
     icon_ = std::make_unique<QSystemTrayIcon>(QIcon(new CountIconEngine(compact_)));
-    icon_->setToolTip(title_);
+    icon_->setToolTip(toolTip());
     // The first press of a double click has been a Trigger already.
     connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason != QSystemTrayIcon::DoubleClick) {
@@ -158,6 +158,17 @@ void XEmbedTray::undock() {
     }
 }
 
+QString XEmbedTray::toolTip() const {
+    return note_.isEmpty() ? title_ : title_ + u'\n' + note_;
+}
+
+void XEmbedTray::setNote(const QString& note) {
+    note_ = note;
+    if (icon_) {
+        icon_->setToolTip(toolTip());
+    }
+}
+
 void XEmbedTray::setTitle(const QString& title) {
     title_ = title;
     const QString compact = compactCount(title);
@@ -165,7 +176,7 @@ void XEmbedTray::setTitle(const QString& title) {
     if (!icon_) {
         return;
     }
-    icon_->setToolTip(title_);
+    icon_->setToolTip(toolTip());
     if (redraw) {
         icon_->setIcon(QIcon(new CountIconEngine(compact_)));
     }

@@ -25,6 +25,7 @@ public:
 
     void setEnabled(bool enabled);
     void setTitle(const QString& title);
+    void setNote(const QString& note);
     bool isShown() const { return icon_ != nullptr; }
 
 Q_SIGNALS:
@@ -37,6 +38,7 @@ private:
     void follow();
     void dock();
     void undock();
+    QString toolTip() const;
 
     bool enabled_ = false;
     bool followPosted_ = false;
@@ -45,6 +47,7 @@ private:
     std::uint32_t selectionAtom_ = 0;
     std::uint32_t trayWindow_ = 0;
     QString title_;
+    QString note_;
     QString compact_;
     std::unique_ptr<QSystemTrayIcon> icon_;
 };

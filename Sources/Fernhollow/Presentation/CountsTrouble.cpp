@@ -1,0 +1,18 @@
+#include "Presentation/CountsTrouble.h"
+
+#include "Model/AppModel.h"
+
+namespace fernhollow {
+
+// What is not saved could be lost with the program; what is saved only waits.
+QString countsTrouble(const AppModel& model) {
+    if (!model.areCountsSaved.get()) {
+        return QStringLiteral("Your counts are not being saved. Fernhollow keeps trying.");
+    }
+    if (!model.areCountsSent.get()) {
+        return QStringLiteral("Your counts are saved, but have not been sent for ten minutes.");
+    }
+    return {};
+}
+
+} // namespace fernhollow
