@@ -3,6 +3,7 @@
 import contextlib
 import pathlib
 import signal
+import sqlite3
 import sys
 import time
 
@@ -172,6 +173,19 @@ def devices(scene):
     scene.shoot()
 
 
+def not_saved(width=420, height=750):
+    def take(scene):
+        scene.account(month()).open(width, height)
+        database = sqlite3.connect(scene.program.database(ADDRESS), isolation_level=None)
+        with contextlib.closing(database):
+            database.execute("BEGIN IMMEDIATE")
+            scene.desktop.type("written in vain")
+            wait_until(scene.program.note, "the sentence about it", 60)
+            scene.shoot()
+
+    return take
+
+
 def nothing_yet(scene):
     scene.program.prepare(ADDRESS)
     scene.program.start()
@@ -224,6 +238,8 @@ PICTURES = {
     "dashboard-pointer": (day_under_the_pointer, {}),
     "dashboard-keyboard": (day_with_the_keyboard, {}),
     "dashboard-search": (search, {}),
+    "dashboard-not-saved": (not_saved(), {}),
+    "dashboard-not-saved-small": (not_saved(380, 500), LARGE_FONTS),
     "devices": (devices, {}),
     "day-today": (day_detail(14), {}),
     "day-past": (day_detail(10), {}),

@@ -11,6 +11,7 @@ import unittest
 from harness import processes
 from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
+from harness.waiting import wait_until
 
 ADDRESS = "hedy@example.org"
 DAY = "2026-03-10"
@@ -119,9 +120,9 @@ class StorageTrouble(DesktopTest):
                     holder = self.lock(*lock)
                 self.type(20)
                 time.sleep(FLUSH)
-                self.program.expect_running()
+                self.assertIn("not being saved", self.program.note())
                 processes.end(holder)
-                time.sleep(FLUSH)
+                wait_until(lambda: not self.program.note(), "counts being saved again", 2 * FLUSH)
                 self.type(5)
                 self.program.quit()
                 expected += 25

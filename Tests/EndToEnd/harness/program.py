@@ -147,6 +147,11 @@ class Program:
         except GLib.Error:
             return None
 
+    def note(self):
+        """What the item's tooltip adds to the title."""
+        properties = "org.freedesktop.DBus.Properties"
+        return self._ask(*self._item(), properties, "Get", "(ss)", (ITEM, "ToolTip"))[0][3]
+
     def count(self):
         """The title as a number."""
         title = self.title()
