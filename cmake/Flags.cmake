@@ -26,6 +26,12 @@ if(FERNHOLLOW_SANITIZE)
   target_link_options(fernhollow_flags INTERFACE ${sanitizers})
 endif()
 
+option(FERNHOLLOW_SANITIZE_THREADS "Thread sanitizer" OFF)
+if(FERNHOLLOW_SANITIZE_THREADS)
+  target_compile_options(fernhollow_flags INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(fernhollow_flags INTERFACE -fsanitize=thread)
+endif()
+
 # GCC 12 destroys by-value captures and aggregate temporaries inside a co_await expression twice.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   message(

@@ -16,6 +16,7 @@ bool EventLoopExecutor::event(QEvent* event) {
     if (event->type() != detail::WorkEvent::type()) {
         return QObject::event(event);
     }
+    detail::takeOver(event);
     ++underWay_;
     watch(this, static_cast<detail::WorkEvent*>(event)->work());
     return true;

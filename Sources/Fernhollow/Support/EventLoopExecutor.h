@@ -56,7 +56,9 @@ public:
     /// Begins `work`, whose result nobody waits for. What escapes from it goes to the debug log.
     template<class Work>
     void post(Work work) {
-        QCoreApplication::postEvent(this, new Event<Work>(std::move(work)));
+        auto* event = new Event<Work>(std::move(work));
+        detail::handOver(event);
+        QCoreApplication::postEvent(this, event);
     }
 
     /// How many coroutines have begun here and not ended. For this executor's own thread.
@@ -116,7 +118,7 @@ private:
             } catch (...) {
                 state->result.template emplace<2>(std::current_exception());
             }
-            QCoreApplication::postEvent(asker.get(), new detail::Delivery<Result>(std::move(state)));
+            detail::deliver<Result>(*asker, std::move(state));
             co_return;
         }
 

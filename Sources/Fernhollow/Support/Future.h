@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/HandOver.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
@@ -76,6 +78,14 @@ public:
 private:
     std::shared_ptr<typename Future<T>::State> state_;
 };
+
+/// Sends a finished state to the thread of `asker`.
+template<class T>
+void deliver(QObject& asker, std::shared_ptr<typename Future<T>::State> state) {
+    auto* delivery = new Delivery<T>(std::move(state));
+    handOver(delivery);
+    QCoreApplication::postEvent(&asker, delivery);
+}
 
 } // namespace detail
 } // namespace fernhollow

@@ -12,6 +12,7 @@ protected:
         if (event->type() != DeliveryEvent::type()) {
             return QObject::event(event);
         }
+        takeOver(event);
         static_cast<DeliveryEvent*>(event)->deliver();
         return true;
     }
@@ -47,8 +48,16 @@ SerialExecutor::SerialExecutor() {
     pool_.setExpiryTimeout(-1); // one thread for good: a new one each minute would cost more
 }
 
+SerialExecutor::~SerialExecutor() {
+    pool_.waitForDone();
+    detail::takeOver(this);
+}
+
 bool SerialExecutor::waitUntilIdle(std::chrono::milliseconds limit) {
     const bool isIdle = pool_.waitForDone(static_cast<int>(limit.count()));
+    if (isIdle) {
+        detail::takeOver(this);
+    }
     QCoreApplication::sendPostedEvents(detail::deliveriesOfThisThread().get());
     return isIdle;
 }

@@ -17,13 +17,19 @@ namespace fernhollow {
 class SerialExecutor {
 public:
     SerialExecutor();
+    ~SerialExecutor();
+    SerialExecutor(const SerialExecutor&) = delete;
+    SerialExecutor& operator=(const SerialExecutor&) = delete;
 
     /// Starts `work` after all earlier work; see Future for what becomes of its result.
     template<class Work>
     Future<std::invoke_result_t<Work&>> run(Work work) {
         using Result = std::invoke_result_t<Work&>;
         auto state = std::make_shared<typename Future<Result>::State>();
-        pool_.start(new Piece<Work, Result>(std::move(work), state, detail::deliveriesOfThisThread()));
+        auto* piece =
+            new Piece<Work, Result>(*this, std::move(work), state, detail::deliveriesOfThisThread());
+        detail::handOver(piece);
+        pool_.start(piece);
         return Future<Result>(std::move(state));
     }
 
@@ -35,11 +41,13 @@ private:
     template<class Work, class Result>
     class Piece final : public QRunnable {
     public:
-        Piece(Work work, std::shared_ptr<typename Future<Result>::State> state,
+        Piece(SerialExecutor& executor, Work work, std::shared_ptr<typename Future<Result>::State> state,
               std::shared_ptr<QObject> asker)
-            : work_(std::move(work)), state_(std::move(state)), asker_(std::move(asker)) {}
+            : executor_(executor), work_(std::move(work)), state_(std::move(state)),
+              asker_(std::move(asker)) {}
 
         void run() override {
+            detail::takeOver(this);
             try {
                 if constexpr (std::is_void_v<Result>) {
                     work_();
@@ -50,10 +58,12 @@ private:
             } catch (...) {
                 state_->result.template emplace<2>(std::current_exception());
             }
-            QCoreApplication::postEvent(asker_.get(), new detail::Delivery<Result>(std::move(state_)));
+            detail::handOver(&executor_); // to those who wait until it is idle
+            detail::deliver<Result>(*asker_, std::move(state_));
         }
 
     private:
+        SerialExecutor& executor_;
         Work work_;
         std::shared_ptr<typename Future<Result>::State> state_;
         std::shared_ptr<QObject> asker_;
