@@ -32,7 +32,7 @@ QByteArray socketName(const QByteArray& address) {
     }
     for (const QByteArray& pair : address.mid(5).split(',')) {
         const qsizetype equals = pair.indexOf('=');
-        const QByteArray value = QByteArray::fromPercentEncoding(pair.mid(equals + 1));
+        QByteArray value = QByteArray::fromPercentEncoding(pair.mid(equals + 1));
         if (pair.startsWith("path=")) {
             return value;
         }

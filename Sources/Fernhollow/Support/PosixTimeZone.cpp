@@ -239,8 +239,8 @@ std::unique_ptr<icu::TimeZone> makePosixTimeZone(std::string_view rule) {
     if (!parsed) {
         return nullptr;
     }
-    const auto length = static_cast<std::int32_t>(rule.size());
-    return makeZone(*parsed, icu::UnicodeString::fromUTF8({rule.data(), length}));
+    return makeZone(*parsed,
+                    icu::UnicodeString::fromUTF8({rule.data(), static_cast<std::int32_t>(rule.size())}));
 }
 
 } // namespace fernhollow
