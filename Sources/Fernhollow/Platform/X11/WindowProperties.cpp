@@ -1,7 +1,5 @@
 #include "Platform/X11/WindowProperties.h"
 
-#include "Platform/X11/XcbHandles.h"
-
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -22,21 +20,19 @@ constexpr std::array<std::string_view, WindowAtoms::count> names{
 // Room for a class name of any sane length behind an insane instance name.
 constexpr std::uint32_t longestPropertyInWords = 4096;
 
-using Property = XcbReply<xcb_get_property_reply_t>;
-
 xcb_get_property_cookie_t request(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t atom) {
     return xcb_get_property(connection, 0, window, atom, XCB_GET_PROPERTY_TYPE_ANY, 0,
                             longestPropertyInWords);
 }
 
-Property take(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
+WindowProperty take(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
     xcb_generic_error_t* error = nullptr;
-    Property property(xcb_get_property_reply(connection, cookie, &error));
+    WindowProperty property(xcb_get_property_reply(connection, cookie, &error));
     const XcbReply<xcb_generic_error_t> ownedError(error); // the window has vanished
     return property;
 }
 
-std::string_view bytes(const Property& property) {
+std::string_view bytes(const WindowProperty& property) {
     if (!property || property->format != 8) {
         return {};
     }
@@ -44,12 +40,12 @@ std::string_view bytes(const Property& property) {
             static_cast<std::size_t>(xcb_get_property_value_length(property.get()))};
 }
 
-std::string text(const Property& property) {
+std::string text(const WindowProperty& property) {
     const std::string_view value = bytes(property);
     return std::string(value.substr(0, value.find('\0')));
 }
 
-std::uint32_t number(const Property& property) {
+std::uint32_t number(const WindowProperty& property) {
     std::uint32_t value = 0;
     if (property && property->format == 32 && xcb_get_property_value_length(property.get()) >= 4) {
         std::memcpy(&value, xcb_get_property_value(property.get()), sizeof(value));
@@ -91,22 +87,15 @@ WindowAtoms WindowAtoms::read(xcb_connection_t* connection) {
 ActiveWindow readActiveWindow(xcb_connection_t* connection, xcb_window_t root, const WindowAtoms& atoms) {
     const auto activeCookie = request(connection, root, atoms[WindowAtoms::activeWindow]);
     const auto checkCookie = request(connection, root, atoms[WindowAtoms::supportingWmCheck]);
-    const Property active = take(connection, activeCookie);
-    const Property check = take(connection, checkCookie);
-    const auto exists = [](const Property& property) { return property && property->type != XCB_ATOM_NONE; };
+    const WindowProperty active = take(connection, activeCookie);
+    const WindowProperty check = take(connection, checkCookie);
+    const auto exists = [](const WindowProperty& property) {
+        return property && property->type != XCB_ATOM_NONE;
+    };
     return {number(active), exists(active) || exists(check)};
 }
 
-WindowFacts readWindowFacts(xcb_connection_t* connection, xcb_window_t window, const WindowAtoms& atoms) {
-    std::array<xcb_get_property_cookie_t, WindowAtoms::count> cookies{};
-    for (std::size_t index = WindowAtoms::gtkApplicationId; index < WindowAtoms::count; ++index) {
-        cookies[index] = request(connection, window, atoms.atoms[index]);
-    }
-    std::array<Property, WindowAtoms::count> properties;
-    for (std::size_t index = WindowAtoms::gtkApplicationId; index < WindowAtoms::count; ++index) {
-        properties[index] = take(connection, cookies[index]);
-    }
-
+WindowFacts windowFacts(const WindowAtoms::Properties& properties) {
     WindowFacts facts;
     facts.gtkApplicationId = text(properties[WindowAtoms::gtkApplicationId]);
     facts.kdeDesktopFile = text(properties[WindowAtoms::kdeDesktopFile]);
@@ -119,6 +108,18 @@ WindowFacts readWindowFacts(xcb_connection_t* connection, xcb_window_t window, c
         facts.process = static_cast<pid_t>(number(properties[WindowAtoms::processId]) & INT32_MAX);
     }
     return facts;
+}
+
+WindowFacts readWindowFacts(xcb_connection_t* connection, xcb_window_t window, const WindowAtoms& atoms) {
+    std::array<xcb_get_property_cookie_t, WindowAtoms::count> cookies{};
+    for (std::size_t index = WindowAtoms::gtkApplicationId; index < WindowAtoms::count; ++index) {
+        cookies[index] = request(connection, window, atoms.atoms[index]);
+    }
+    WindowAtoms::Properties properties;
+    for (std::size_t index = WindowAtoms::gtkApplicationId; index < WindowAtoms::count; ++index) {
+        properties[index] = take(connection, cookies[index]);
+    }
+    return windowFacts(properties);
 }
 
 } // namespace fernhollow
