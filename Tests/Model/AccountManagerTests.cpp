@@ -107,7 +107,9 @@ TEST_F(Account, RestoresTheSessionAndTheOnboardingFlagAtTheNextStart) {
 }
 
 TEST_F(Account, TakesAnUnreadableSessionForNone) {
-    for (const char* data : {"", "{", "{}", R"({"email":1,"verifiedAt":2})", R"({"email":"a@b"})"}) {
+    for (const char* data :
+         {"", "{", "{}", R"({"email":1,"verifiedAt":2})", R"({"email":"a@b"})",
+          R"({"email":"a@b","verifiedAt":80000000010})", R"({"email":"a@b","verifiedAt":-1e300})"}) {
         UserDefaults::setData(KeychainStore::key("accountSession"), data);
         EXPECT_EQ(start()->email(), std::nullopt) << data;
     }

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -22,6 +23,9 @@ constexpr const char* onboardingKeyPrefix = "hasSeenOnboarding_";
 
 /// The stored date counts seconds from 2001-01-01 00:00:00 UTC.
 constexpr Instant sessionEpoch{std::chrono::sys_days{std::chrono::year{2001} / 1 / 1}};
+
+/// Seconds from there that an Instant holds: it ends in the year 2262.
+constexpr std::chrono::duration<double> farthestDate = std::chrono::years{200};
 
 std::string onboardingAccount(const std::string& email) {
     return onboardingKeyPrefix + lowercased(email);
@@ -152,6 +156,9 @@ void to_json(nlohmann::json& json, const AccountManager::Session& session) {
 void from_json(const nlohmann::json& json, AccountManager::Session& session) {
     json.at("email").get_to(session.email);
     const std::chrono::duration<double> verifiedAt(json.at("verifiedAt").get<double>());
+    if (!(std::abs(verifiedAt.count()) < farthestDate.count())) {
+        throw nlohmann::json::out_of_range::create(406, "verifiedAt is not a date", &json);
+    }
     session.verifiedAt = sessionEpoch + std::chrono::round<std::chrono::milliseconds>(verifiedAt);
 }
 
