@@ -32,6 +32,15 @@ if(FERNHOLLOW_SANITIZE_THREADS)
   target_link_options(fernhollow_flags INTERFACE -fsanitize=thread)
 endif()
 
+option(FERNHOLLOW_FUZZ "Build the fuzzers (scripts/fuzz); needs clang" OFF)
+if(FERNHOLLOW_FUZZ)
+  # All code of ours reports which of its branches were taken, and a conversion that does not fit is a finding.
+  set(fuzzing -fsanitize=fuzzer-no-link,float-cast-overflow -fno-sanitize-recover=all)
+  target_compile_options(fernhollow_flags INTERFACE ${fuzzing})
+  target_compile_definitions(fernhollow_flags INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(fernhollow_flags INTERFACE ${fuzzing})
+endif()
+
 # GCC 12 destroys by-value captures and aggregate temporaries inside a co_await expression twice.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   message(

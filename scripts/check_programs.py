@@ -32,7 +32,7 @@ CALLERS = {
     (*RUN, "demo"): ["scripts/demonstrate.py"],
     (*RUN, "test"): ["test", "Tests/**/*", "Backend/tests/run", "scripts/screenshots*"],
     (*RUN, "test", "benchmark"): ["scripts/benchmark", "Benchmarks/**/*.py"],
-    (*RUN, "test", "check"): [".ci/run", "scripts/lint", "scripts/tidy.py", "scripts/format"],
+    (*RUN, "test", "check"): [".ci/run", "scripts/fuzz", "scripts/lint", "scripts/tidy.py", "scripts/format"],
 }
 
 
@@ -91,7 +91,7 @@ def shell_words(text):
 
 def words_and_imports(file):
     text = file.read_text(errors="replace")
-    first = text.partition("\n")[0]
+    first = text.partition("\n")[0] if text.startswith("#!") else ""
     if file.suffix == ".py" or "python" in first:
         return set(python_words(text)), set(python_imports(text))
     if file.suffix in (".cpp", ".h"):
