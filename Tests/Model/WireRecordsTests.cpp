@@ -72,8 +72,10 @@ TEST(RemoteCaches, HoldNoCountThatNobodyCanHave) {
 }
 
 TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
-    EXPECT_EQ(historyCache({{"2026-03-04", 1}, {"2026-03-04T00:00:00", 2}, {"short", 3}}),
-              (HistoryCache{{"2026-03-04", 2}, {"short", 3}}));
+    EXPECT_EQ(
+        historyCache({{"2026-03-04", 1}, {"2026-03-04T00:00:00", 2}, {"short", 3}, {"2026-03-0\xC3\xA9", 4}}),
+        (HistoryCache{{"2026-03-04", 2}, {"short", 3}, {"2026-03-0", 4}}))
+        << "in whole characters";
     const auto apps = appDailyCache({{"2026-03-04", "a", "A", 1}, {"2026-03-04T00:00:00", "a", "B", 2}});
     EXPECT_EQ(apps.at("2026-03-04").at("a"), (RemoteAppCount{"B", 2}));
 }

@@ -2,11 +2,17 @@
 
 #include "KeypressCore/CountLimits.h"
 
+#include <algorithm>
+
 namespace fernhollow {
 
 std::string normalizedDay(std::string_view text) {
     constexpr std::size_t dayLength = 10;
-    return std::string(text.substr(0, dayLength));
+    std::size_t end = std::min(dayLength, text.size());
+    while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) {
+        --end; // it is not a day, but it has to stay UTF-8 where it is logged
+    }
+    return std::string(text.substr(0, end));
 }
 
 HistoryCache historyCache(const std::vector<RemoteDaily>& rows) {
