@@ -171,6 +171,10 @@ class Desktop:
     def start_typing(self, text, milliseconds=8):
         return self.spawn(["xdotool", "type", "--delay", milliseconds, text])
 
+    def start_typist(self):
+        """A program that presses a letter with each line "key a" that it is sent."""
+        return self.spawn(["xdotool", "-"], stdin=subprocess.PIPE, bufsize=0)
+
     def press(self, *keys):
         self.run("xdotool", "key", *keys)
 

@@ -15,11 +15,11 @@ def _die_with_parent():
 def start(command, environment, log, **options):
     """Starts a child whose output goes to the file `log`; it dies when we do."""
     with open(log, "ab") as output:
+        options.setdefault("stdin", subprocess.DEVNULL)
         options.setdefault("stdout", output)
         return subprocess.Popen(
             [str(part) for part in command],
             env=environment,
-            stdin=subprocess.DEVNULL,
             stderr=output,
             preexec_fn=_die_with_parent,
             **options,
@@ -36,5 +36,6 @@ def end(child, seconds=5):
         except subprocess.TimeoutExpired:
             child.kill()
     child.wait()
-    if child.stdout:
-        child.stdout.close()
+    for pipe in (child.stdin, child.stdout):
+        if pipe:
+            pipe.close()
