@@ -43,6 +43,9 @@ struct ForgetfulDisk::Files {
     static int remove(sqlite3_vfs* vfs, const char* name, int syncsFolder) {
         ForgetfulDisk& disk = Files::disk(vfs);
         const std::lock_guard lock(disk.mutex_);
+        if (disk.isFrozen_) {
+            return SQLITE_IOERR_DELETE;
+        }
         if (!disk.isCut_) {
             disk.durable_.erase(name);
         }
@@ -60,15 +63,27 @@ struct ForgetfulDisk::Files {
         sqlite3_int64 length = 0;
         real(file)->pMethods->xFileSize(real(file), &length);
         const std::lock_guard lock(disk.mutex_);
+        if (disk.isFrozen_) {
+            return SQLITE_IOERR_WRITE;
+        }
         if (disk.isFull_ && offset + size > length) {
             return SQLITE_FULL;
         }
         return real(file)->pMethods->xWrite(real(file), data, size, offset);
     }
 
+    static int truncate(sqlite3_file* file, sqlite3_int64 size) {
+        ForgetfulDisk& disk = *of(file).disk;
+        const std::lock_guard lock(disk.mutex_);
+        return disk.isFrozen_ ? SQLITE_IOERR_TRUNCATE : real(file)->pMethods->xTruncate(real(file), size);
+    }
+
     static int sync(sqlite3_file* file, int flags) {
         ForgetfulDisk& disk = *of(file).disk;
         const std::lock_guard lock(disk.mutex_);
+        if (disk.isFrozen_) {
+            return SQLITE_IOERR_FSYNC;
+        }
         if (const fs::path* path = of(file).path; path != nullptr && !disk.isCut_) {
             sqlite3_int64 length = 0;
             real(file)->pMethods->xFileSize(real(file), &length);
@@ -89,7 +104,7 @@ const sqlite3_io_methods ForgetfulDisk::Files::methods = {
     .xRead = [](sqlite3_file* f, void* to, int n,
                 sqlite3_int64 at) { return real(f)->pMethods->xRead(real(f), to, n, at); },
     .xWrite = write,
-    .xTruncate = [](sqlite3_file* f, sqlite3_int64 n) { return real(f)->pMethods->xTruncate(real(f), n); },
+    .xTruncate = truncate,
     .xSync = sync,
     .xFileSize = [](sqlite3_file* f, sqlite3_int64* n) { return real(f)->pMethods->xFileSize(real(f), n); },
     .xLock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xLock(real(f), level); },
@@ -111,7 +126,7 @@ const sqlite3_io_methods ForgetfulDisk::Files::methods = {
     .xUnfetch = nullptr,
 };
 
-ForgetfulDisk::ForgetfulDisk() : real_(sqlite3_vfs_find(nullptr)) {
+ForgetfulDisk::ForgetfulDisk() : real_(sqlite3_vfs_find("unix")) {
     vfs_ = *real_;
     vfs_.pNext = nullptr;
     vfs_.zName = "forgetful";
@@ -119,12 +134,28 @@ ForgetfulDisk::ForgetfulDisk() : real_(sqlite3_vfs_find(nullptr)) {
     vfs_.szOsFile = static_cast<int>(sizeof(Files::File)) + real_->szOsFile;
     vfs_.xOpen = Files::open;
     vfs_.xDelete = Files::remove;
-    sqlite3_vfs_register(&vfs_, 1);
+    mount();
 }
 
 ForgetfulDisk::~ForgetfulDisk() {
     sqlite3_vfs_unregister(&vfs_);
     sqlite3_vfs_register(real_, 1);
+}
+
+void ForgetfulDisk::mount() {
+    sqlite3_vfs_register(&vfs_, 1);
+}
+
+void ForgetfulDisk::setFrozen(bool isFrozen) {
+    const std::lock_guard lock(mutex_);
+    isFrozen_ = isFrozen;
+}
+
+void ForgetfulDisk::forget(const fs::path& folder) {
+    const std::lock_guard lock(mutex_);
+    const auto isBelow = [&](const fs::path& path) { return path.native().starts_with(folder.native()); };
+    std::erase_if(durable_, [&](const auto& entry) { return isBelow(entry.first); });
+    std::erase_if(opened_, isBelow);
 }
 
 void ForgetfulDisk::cutPower() {
