@@ -146,8 +146,8 @@ auto Backend::call(const json& parameters, const std::string& function) -> Answe
     if (function == "get_account_devices") {
         json devices = json::array();
         for (const auto& [device, name] : account.registered) {
-            devices.push_back({{"device_id", device}, {"device_name", name},
-                               {"last_seen_at", "2026-03-05T14:07:09Z"}});
+            devices.push_back(
+                {{"device_id", device}, {"device_name", name}, {"last_seen_at", "2026-03-05T14:07:09Z"}});
         }
         return {.body = devices.dump()};
     }

@@ -112,8 +112,9 @@ void Life::cutPower(std::size_t number) {
 }
 
 void Life::changeNetwork(std::size_t number) {
-    constexpr std::array networks = {Network::cut,   Network::unavailable, Network::limited,
-                                     Network::unauthorized, Network::flaky, Network::silent, Network::portal};
+    constexpr std::array networks = {Network::cut,          Network::unavailable, Network::limited,
+                                     Network::unauthorized, Network::flaky,       Network::silent,
+                                     Network::portal};
     if (conditions_[number].daysAway == 0) {
         backend_.setNetwork(static_cast<int>(number), networks.at(below(networks.size())));
     }
@@ -129,8 +130,9 @@ void Life::fillDisk(std::size_t number) {
 }
 
 void Life::fly(std::size_t number) {
-    constexpr std::array zones = {"Europe/Berlin", "America/New_York", "Asia/Tokyo", "Asia/Kathmandu",
-                                  "Pacific/Apia", "Australia/Lord_Howe", "America/Los_Angeles"};
+    constexpr std::array zones = {"Europe/Berlin",      "America/New_York", "Asia/Tokyo",
+                                  "Asia/Kathmandu",     "Pacific/Apia",     "Australia/Lord_Howe",
+                                  "America/Los_Angeles"};
     machines_[number]->zone = zones.at(below(zones.size()));
 }
 
@@ -147,6 +149,9 @@ void Life::backUp(std::size_t number) {
     Machine& machine = *machines_[number];
     machine.setDiskFull(false);
     machine.pass(16s);
+    if (!options_.hasPartlyCountedBackups && machine.tally().has(machine.day())) {
+        return;
+    }
     machine.copyHomeTo(backupOf(number));
     conditions_[number].backupDay = machine.day();
     conditions_[number].backupOf = machine.email() + machine.device();
@@ -169,7 +174,11 @@ void Life::restoreBackup(std::size_t number) {
 }
 
 void Life::cloneHome(std::size_t number) {
+    // Not back to a machine that is told in the home already: it would find an old day's database there.
     const std::size_t other = (number + 1) % machines_.size();
+    if (other == 0 && !options_.hasPartlyCountedBackups) {
+        return;
+    }
     shutDown(number);
     if (machines_[other]->isRunning()) {
         shutDown(other);

@@ -71,7 +71,8 @@ std::vector<Life::Event> Life::plan() {
         }
         addFaults(events, number);
     }
-    std::ranges::sort(events, {}, [](const Event& event) { return std::tuple(event.at, event.machine, event.fault); });
+    std::ranges::sort(events, {},
+                      [](const Event& event) { return std::tuple(event.at, event.machine, event.fault); });
     std::erase_if(events, [this](const Event& event) { return event.at < now_; });
     return events;
 }
@@ -164,9 +165,8 @@ void Life::compare(const std::string& firstDay) {
 // Rows of a device that no machine was count for somebody twice.
 void Life::compareAccount(const std::string& email) {
     for (const auto& [device, rows] : backend_.devices(email)) {
-        const bool isKnown = std::ranges::any_of(machines_, [&](const auto& machine) {
-            return machine->tallies.contains({email, device});
-        });
+        const bool isKnown = std::ranges::any_of(
+            machines_, [&](const auto& machine) { return machine->tallies.contains({email, device}); });
         const auto row = std::ranges::find_if(rows, [](const auto& entry) { return entry.second != 0; });
         if (!isKnown && row != rows.end()) {
             contradict(*machines_[0], {"backend, unknown device", row->first, 0, 0, row->second}, email,

@@ -24,13 +24,14 @@ public:
 
 /// A person's machines over days and years, scripted from a seed.
 ///
-/// After each midnight of the first zone, and a quiet time in which everything can be sent, the tables of each
-/// machine and of the backend are compared with what was pressed. One thread; owned by the test program.
+/// After each midnight of the first zone, and a quiet time in which everything can be sent, the tables of
+/// each machine and of the backend are compared with what was pressed. One thread; owned by the test program.
 class Life {
 public:
     struct Options {
         std::uint64_t seed = 1;
-        bool hasEveryFault = false; ///< each kind of fault has its day in the first week
+        bool hasEveryFault = false;           ///< each kind of fault has its day in the first week
+        bool hasPartlyCountedBackups = false; ///< what they bring back of such a day is counted twice
         bool isVerbose = false;
     };
 
@@ -87,8 +88,8 @@ private:
     void beQuiet();
     void compare(const std::string& firstDay);
     void compareAccount(const std::string& email);
-    [[noreturn]] void contradict(const Machine& machine, const Difference& difference, const std::string& email,
-                                 const std::string& device);
+    [[noreturn]] void contradict(const Machine& machine, const Difference& difference,
+                                 const std::string& email, const std::string& device);
     void endMorningTrouble();
     std::string dayOf(Instant at) const;
     Instant localHour(Instant midnight, double hour) const;

@@ -64,8 +64,8 @@ void Machine::start(const std::string& email) {
     enter();
     fs::remove(home_ / "fernhollow_debug.log");
     run_ = std::make_unique<Run>(now_ + skew_);
-    run_->account = std::make_shared<AccountManager>(
-        run_->clock, SupabaseConfig{backend_.urlFor(number), "key"});
+    run_->account =
+        std::make_shared<AccountManager>(run_->clock, SupabaseConfig{backend_.urlFor(number), "key"});
     if (!run_->account->email()) {
         await(run_->account->verifyEmail(email));
     }
@@ -98,9 +98,8 @@ std::shared_ptr<CloudSyncCoordinator> Machine::makeSync(std::shared_ptr<DailyCou
 // model. Whatever is not quiet ends with an event.
 bool Machine::isQuiet() const {
     const std::size_t waiting = run_->session.underWay();
-    const bool isWaitingForAnswers = backend_.network(number) == Network::silent
-                                         ? waiting > backend_.unanswered()
-                                         : waiting > 0;
+    const bool isWaitingForAnswers =
+        backend_.network(number) == Network::silent ? waiting > backend_.unanswered() : waiting > 0;
     return !isWaitingForAnswers && run_->executor.underWay() + modelSleepers == run_->clock.sleepers();
 }
 
@@ -127,9 +126,9 @@ void Machine::settle() {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
         if (deadline.hasExpired()) {
-            throw std::runtime_error("machine " + std::to_string(number) + " does not come to rest: " +
-                                     std::to_string(run_->session.underWay()) + " requests, " +
-                                     std::to_string(backend_.unanswered()) + " unanswered, " +
+            throw std::runtime_error("machine " + std::to_string(number) +
+                                     " does not come to rest: " + std::to_string(run_->session.underWay()) +
+                                     " requests, " + std::to_string(backend_.unanswered()) + " unanswered, " +
                                      std::to_string(run_->executor.underWay()) + " coroutines, " +
                                      std::to_string(run_->clock.sleepers()) + " timers");
         }
@@ -269,7 +268,8 @@ void Machine::retireTallies() {
 }
 
 Rows Machine::rows(const std::string& firstDay) {
-    constexpr std::array columns = {"day, -1, '', count FROM daily_counts", "day, hour, '', count FROM hourly_counts",
+    constexpr std::array columns = {"day, -1, '', count FROM daily_counts",
+                                    "day, hour, '', count FROM hourly_counts",
                                     "day, hour, bundle_id, count FROM app_hour_counts"};
     enter();
     Rows rows;
@@ -279,11 +279,12 @@ Rows Machine::rows(const std::string& firstDay) {
     }
     SQLiteConnection connection(file);
     for (std::size_t table = 0; table < columns.size(); ++table) {
-        Statement select(connection, ("SELECT " + std::string(columns.at(table)) + " WHERE day >= ?").c_str());
+        Statement select(connection,
+                         ("SELECT " + std::string(columns.at(table)) + " WHERE day >= ?").c_str());
         select.bind(1, firstDay);
         while (select.step()) {
-            rows[{static_cast<Table>(table), select.text(0).value(), select.integer(1), select.text(2).value()}] =
-                select.integer64(3);
+            rows[{static_cast<Table>(table), select.text(0).value(), select.integer(1),
+                  select.text(2).value()}] = select.integer64(3);
         }
     }
     return rows;

@@ -114,12 +114,4 @@ std::optional<Difference> Tally::compare(const std::optional<Rows>& local, const
     return std::nullopt;
 }
 
-std::int64_t Tally::total() const {
-    std::int64_t total = 0;
-    for (const auto& [place, row] : rows_) {
-        total += place.table == Table::days ? row.pressed : 0;
-    }
-    return total;
-}
-
 } // namespace fernhollow::tests

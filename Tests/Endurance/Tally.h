@@ -30,8 +30,8 @@ struct Difference {
 
 /// What was pressed on one machine under one identity and account, and so what each row has to say.
 ///
-/// A row may never say more. It may say less by what the faults since the last comparison were allowed to take.
-/// The machine feeds it, and reports what became safe; the life asks it to compare.
+/// A row may never say more. It may say less by what the faults since the last comparison were allowed to
+/// take. The machine feeds it, and reports what became safe; the life asks it to compare.
 class Tally {
 public:
     /// Counts presses made at `at` of the machine's monotonic clock. Without an application, those in the
@@ -51,7 +51,7 @@ public:
     std::optional<Difference> compare(const std::optional<Rows>& local, const Rows& remote, bool isSynced,
                                       const std::string& firstDay);
 
-    std::int64_t total() const;
+    bool has(const std::string& day) const { return rows_.contains({.day = day}); }
     bool isRetired() const { return isRetired_; }
 
 private:

@@ -31,8 +31,8 @@ bool live(const Life::Options& options, int days) {
         }
         return true;
     } catch (const std::exception& failure) {
-        std::printf("seed %llu, %s: %s\n%s", static_cast<unsigned long long>(options.seed), life.day().c_str(),
-                    failure.what(), life.history().c_str());
+        std::printf("seed %llu, %s: %s\n%s", static_cast<unsigned long long>(options.seed),
+                    life.day().c_str(), failure.what(), life.history().c_str());
         return false;
     }
 }
@@ -43,17 +43,25 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     QCommandLineParser options;
     options.addPositionalArgument(QStringLiteral("seed"), QStringLiteral("The first life, 1 unless given"));
-    options.addOption({QStringLiteral("days"), QStringLiteral("How long each lives"), QStringLiteral("days"), QStringLiteral("365")});
-    options.addOption({QStringLiteral("seeds"), QStringLiteral("How many lives"), QStringLiteral("seeds"), QStringLiteral("1")});
-    options.addOption({QStringLiteral("every-fault"), QStringLiteral("Each kind of fault has its day in the first week")});
-    options.addOption({QStringLiteral("verbose"), QStringLiteral("Shows the machine's log where there is a difference")});
+    options.addOption({QStringLiteral("days"), QStringLiteral("How long each lives"), QStringLiteral("days"),
+                       QStringLiteral("365")});
+    options.addOption({QStringLiteral("seeds"), QStringLiteral("How many lives"), QStringLiteral("seeds"),
+                       QStringLiteral("1")});
+    options.addOption(
+        {QStringLiteral("every-fault"), QStringLiteral("Each kind of fault has its day in the first week")});
+    options.addOption({QStringLiteral("partly-counted-backups"),
+                       QStringLiteral("Backups are taken in the middle of a day, too")});
+    options.addOption(
+        {QStringLiteral("verbose"), QStringLiteral("Shows the machine's log where there is a difference")});
     options.addHelpOption();
     options.process(application);
     const auto arguments = options.positionalArguments();
     const auto first = arguments.isEmpty() ? 1 : arguments.front().toULongLong();
     bool isRight = true;
     for (auto seed = first; seed < first + options.value(QStringLiteral("seeds")).toULongLong(); ++seed) {
-        isRight &= live({.seed = seed, .hasEveryFault = options.isSet(QStringLiteral("every-fault")),
+        isRight &= live({.seed = seed,
+                         .hasEveryFault = options.isSet(QStringLiteral("every-fault")),
+                         .hasPartlyCountedBackups = options.isSet(QStringLiteral("partly-counted-backups")),
                          .isVerbose = options.isSet(QStringLiteral("verbose"))},
                         options.value(QStringLiteral("days")).toInt());
     }
