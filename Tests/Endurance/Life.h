@@ -65,7 +65,7 @@ private:
 
     std::vector<Event> plan();
     void addFaults(std::vector<Event>& events, std::size_t machine);
-    void passTo(Instant at);
+    void passTo(Instant at, Machine& machine);
     void work(Machine& machine);
     void happen(const Kind& kind, std::size_t number);
     void restart(std::size_t number);
