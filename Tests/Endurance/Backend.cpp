@@ -67,7 +67,7 @@ const std::map<std::string, Rows>& Backend::devices(const std::string& email) {
 
 auto Backend::answer(const Request& request) -> Answer {
     // Longer than what follows it: the client has to take the answer for an incomplete one.
-    const Answer cutShort{.raw = "HTTP/1.1 200 -\r\nContent-Length: 99\r\n\r\n[", .closes = true};
+    Answer cutShort{.raw = "HTTP/1.1 200 -\r\nContent-Length: 99\r\n\r\n[", .closes = true};
     const auto name = request.path.substr(request.path.rfind('/') + 1);
     switch (network(std::stoi(request.path.substr(1)))) {
     case Network::fine:

@@ -73,6 +73,11 @@ void Life::happen(const Kind& kind, std::size_t number) {
     ++faults_[kind.name];
     conditions_[number].hadTrouble = true;
     if (kind.daysAndHours != Loss::none) {
+        for (const auto pause : {1000ms, 300ms}) { // what has to be safe in part
+            machine.press("org.mail", static_cast<std::int64_t>(1 + below(50)));
+            machine.pass(pause);
+        }
+        machine.press("org.mail", 1);
         machine.beginToPress(std::array{0ms, 1000ms, 15000ms}.at(below(3)), "org.editor",
                              static_cast<std::int64_t>(1 + below(300)));
         machine.tally().allow(kind.daysAndHours, kind.applications);

@@ -151,9 +151,11 @@ void Life::compare(const std::string& firstDay) {
             if (isCurrent && machine.isRunning()) {
                 local = machine.rows(firstDay);
             }
+            constexpr auto recentDays = std::chrono::hours(24 * 28); // two less, for zones and clocks
+            const std::string recent = dayOf(midnight_ - recentDays);
             const bool isSynced = (isCurrent && isReached) || tally.isRetired();
             if (const auto difference =
-                    tally.compare(local, backend_.rows(email, device), isSynced, firstDay)) {
+                    tally.compare(local, backend_.rows(email, device), {isSynced, firstDay, recent})) {
                 contradict(machine, *difference, email, device);
             }
         }

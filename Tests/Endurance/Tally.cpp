@@ -73,7 +73,9 @@ void Tally::retire(const Rows& known) {
 
 std::optional<Difference> Tally::compareRow(const Place& place, const Row& row,
                                             const std::optional<Rows>& local, const Rows& remote,
-                                            bool isSynced) const {
+                                            const Expectation& expectation) const {
+    const bool isSynced = expectation.isSynced && (row.wasSent || place.table == Table::days ||
+                                                   place.day >= expectation.firstRecentDay);
     const std::int64_t there = countAt(remote, place);
     const std::int64_t least = row.pressed - row.mayLack;
     if (local) {
@@ -91,25 +93,27 @@ std::optional<Difference> Tally::compareRow(const Place& place, const Row& row,
     return std::nullopt;
 }
 
-std::optional<Difference> Tally::compare(const std::optional<Rows>& local, const Rows& remote, bool isSynced,
-                                         const std::string& firstDay) {
+std::optional<Difference> Tally::compare(const std::optional<Rows>& local, const Rows& remote,
+                                         const Expectation& expectation) {
     for (const Rows* found : {local ? &*local : &remote, &remote}) { // rows of what was never pressed
         for (const auto& [place, count] : *found) {
-            if (count != 0 && place.day >= firstDay && !rows_.contains(place)) {
+            if (count != 0 && place.day >= expectation.firstDay && !rows_.contains(place)) {
                 return Difference{found == &remote ? "backend" : "machine", place, 0, 0, count};
             }
         }
     }
     for (auto& [place, row] : rows_) {
-        if (place.day < firstDay) {
+        if (place.day < expectation.firstDay) {
             continue;
         }
-        if (auto difference = compareRow(place, row, local, remote, isSynced)) {
+        if (auto difference = compareRow(place, row, local, remote, expectation)) {
             return difference;
         }
         if (local && row.mayLack > 0 && !row.hasLostFile) {
-            row = {.pressed = countAt(*local, place)}; // what the faults really took
+            row.pressed = countAt(*local, place); // what the faults really took
+            row.mayLack = 0;
         }
+        row.wasSent |= expectation.isSynced && countAt(remote, place) > 0;
     }
     return std::nullopt;
 }

@@ -47,9 +47,14 @@ public:
     /// Nothing more is sent; the backend keeps what it has.
     void retire(const Rows& known);
 
-    /// The first difference. Rows of the backend are complete when `isSynced`.
-    std::optional<Difference> compare(const std::optional<Rows>& local, const Rows& remote, bool isSynced,
-                                      const std::string& firstDay);
+    struct Expectation {
+        bool isSynced = false;      ///< the backend has had the time to learn all
+        std::string firstDay;       ///< of the comparison
+        std::string firstRecentDay; ///< what could not be sent before stays unsent, but for days
+    };
+    /// The first difference.
+    std::optional<Difference> compare(const std::optional<Rows>& local, const Rows& remote,
+                                      const Expectation& expectation);
 
     bool has(const std::string& day) const { return rows_.contains({.day = day}); }
     bool isRetired() const { return isRetired_; }
@@ -59,6 +64,7 @@ private:
         std::int64_t pressed = 0;
         std::int64_t mayLack = 0;
         bool hasLostFile = false;
+        bool wasSent = false;
     };
     struct Fresh {
         Moment at;
@@ -68,7 +74,7 @@ private:
     };
 
     std::optional<Difference> compareRow(const Place& place, const Row& row, const std::optional<Rows>& local,
-                                         const Rows& remote, bool isSynced) const;
+                                         const Rows& remote, const Expectation& expectation) const;
 
     std::map<Place, Row> rows_;
     std::vector<Fresh> fresh_; // not durable yet
