@@ -57,10 +57,6 @@ const Rows& Backend::rows(const std::string& email, const std::string& device) {
     return accounts_[email].counts[device];
 }
 
-const std::map<std::string, std::string>& Backend::applications(const std::string& email) {
-    return accounts_[email].names;
-}
-
 const std::map<std::string, Rows>& Backend::devices(const std::string& email) {
     return accounts_[email].counts;
 }

@@ -43,9 +43,8 @@ public:
     /// How many requests were received and will never be answered.
     std::size_t unanswered() const { return server_.unanswered(); }
 
-    /// What the backend knows of a device, and of an account's applications and devices.
+    /// What the backend knows of a device, and of each of an account's.
     const Rows& rows(const std::string& email, const std::string& device);
-    const std::map<std::string, std::string>& applications(const std::string& email);
     const std::map<std::string, Rows>& devices(const std::string& email);
 
     std::int64_t requests = 0;

@@ -1,21 +1,28 @@
-// Lives lives: fernhollow_endurance [SEED] [--days N] [--seeds N] [--every-fault] [--verbose]
+// Lives lives; see usage.
 
 #include "Endurance/Life.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
 using namespace fernhollow::tests;
 
 namespace {
 
-constexpr int daysPerReport = 30;
+constexpr const char* usage =
+    "endure [SEED] [--days N] [--seeds N] [--every-fault] [--partly-counted-backups] "
+    "[--verbose]\n"
+    "Lives a year, or N days, for each of N seeds from SEED on.\n"
+    "--every-fault              each kind has its day in the first week\n"
+    "--partly-counted-backups   backups are taken in the middle of a day, too\n"
+    "--verbose                  shows the machine's log where counts differ\n";
 
 bool live(const Life::Options& options, int days) {
+    constexpr int daysPerReport = 30;
     QElapsedTimer timer;
     timer.start();
     Life life(options);
@@ -23,16 +30,16 @@ bool live(const Life::Options& options, int days) {
         for (int day = 1; day <= days; ++day) {
             life.liveDay();
             if (day % daysPerReport == 0 || day == days) {
-                std::printf("seed %llu, %s: %s, no difference, %.1f days a second\n",
-                            static_cast<unsigned long long>(options.seed), life.day().c_str(),
+                std::printf("seed %s, %s: %s, no difference, %.1f days a second\n",
+                            std::to_string(options.seed).c_str(), life.day().c_str(),
                             life.takeReport().c_str(), day * 1000.0 / static_cast<double>(timer.elapsed()));
                 std::fflush(stdout);
             }
         }
         return true;
     } catch (const std::exception& failure) {
-        std::printf("seed %llu, %s: %s\n%s", static_cast<unsigned long long>(options.seed),
-                    life.day().c_str(), failure.what(), life.history().c_str());
+        std::printf("seed %s, %s: %s\n%s", std::to_string(options.seed).c_str(), life.day().c_str(),
+                    failure.what(), life.history().c_str());
         return false;
     }
 }
@@ -41,29 +48,32 @@ bool live(const Life::Options& options, int days) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    QCommandLineParser options;
-    options.addPositionalArgument(QStringLiteral("seed"), QStringLiteral("The first life, 1 unless given"));
-    options.addOption({QStringLiteral("days"), QStringLiteral("How long each lives"), QStringLiteral("days"),
-                       QStringLiteral("365")});
-    options.addOption({QStringLiteral("seeds"), QStringLiteral("How many lives"), QStringLiteral("seeds"),
-                       QStringLiteral("1")});
-    options.addOption(
-        {QStringLiteral("every-fault"), QStringLiteral("Each kind of fault has its day in the first week")});
-    options.addOption({QStringLiteral("partly-counted-backups"),
-                       QStringLiteral("Backups are taken in the middle of a day, too")});
-    options.addOption(
-        {QStringLiteral("verbose"), QStringLiteral("Shows the machine's log where there is a difference")});
-    options.addHelpOption();
-    options.process(application);
-    const auto arguments = options.positionalArguments();
-    const auto first = arguments.isEmpty() ? 1 : arguments.front().toULongLong();
+    Life::Options options;
+    int days = 365;
+    std::uint64_t seeds = 1;
+    const auto arguments = QCoreApplication::arguments();
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const std::string argument = arguments[i].toStdString();
+        if (argument == "--every-fault") {
+            options.hasEveryFault = true;
+        } else if (argument == "--partly-counted-backups") {
+            options.hasPartlyCountedBackups = true;
+        } else if (argument == "--verbose") {
+            options.isVerbose = true;
+        } else if (argument == "--days" && i + 1 < arguments.size()) {
+            days = arguments[++i].toInt();
+        } else if (argument == "--seeds" && i + 1 < arguments.size()) {
+            seeds = arguments[++i].toULongLong();
+        } else if (arguments[i].toULongLong() > 0) {
+            options.seed = arguments[i].toULongLong();
+        } else {
+            std::printf("%s", usage);
+            return argument == "--help" ? 0 : 2;
+        }
+    }
     bool isRight = true;
-    for (auto seed = first; seed < first + options.value(QStringLiteral("seeds")).toULongLong(); ++seed) {
-        isRight &= live({.seed = seed,
-                         .hasEveryFault = options.isSet(QStringLiteral("every-fault")),
-                         .hasPartlyCountedBackups = options.isSet(QStringLiteral("partly-counted-backups")),
-                         .isVerbose = options.isSet(QStringLiteral("verbose"))},
-                        options.value(QStringLiteral("days")).toInt());
+    for (const auto end = options.seed + seeds; options.seed < end; ++options.seed) {
+        isRight &= live(options, days);
     }
     return isRight ? 0 : 1;
 }
