@@ -142,6 +142,8 @@ private:
     /// False when one of them was lost.
     static QCoro::Task<bool> uploadHours(Self self, Shared session, DayKey day);
     static QCoro::Task<> uploadAllAppHistory(Self self);
+    /// The days before today whose counts per application are sent at the start, the oldest first.
+    Days pastAppDays() const;
     /// How many rows of the day were taken, as below.
     static QCoro::Task<std::optional<std::size_t>> uploadPastAppDay(Self self, DayKey day);
     static QCoro::Task<> uploadAppCounts(Self self, Shared session, Days days);

@@ -147,7 +147,9 @@ QCoro::Task<> SyncEngine::uploadAllAppHistory(Self self) {
         SyncLog::write("uploadAllAppHistory: No email available");
         co_return;
     }
-    const auto start = self->calendar_.addingDays(self->surroundings_.clock.now(), -appHistoryDays);
+    // Told now: until the last of them is sent, the time zone may be another one, and the same instants in it
+    // be other days.
+    const auto days = self->pastAppDays();
     SyncLog::write("Starting uploadAllAppHistory for last 30 days");
     auto registry = co_await self->fetchRegistry();
     if (stop.stop_requested()) {
@@ -157,15 +159,24 @@ QCoro::Task<> SyncEngine::uploadAllAppHistory(Self self) {
     auto sent = co_await uploadInPortions(self, std::move(registry));
 
     std::size_t entries = 0;
-    for (int offset = 0; sent && start && offset < appHistoryDays; ++offset) {
-        if (const auto date = self->calendar_.addingDays(*start, offset)) {
-            sent = co_await uploadPastAppDay(self, DayKey(*date, self->calendar_));
-            entries += sent.value_or(0);
-        }
+    for (auto day = days.begin(); sent && day != days.end(); ++day) {
+        sent = co_await uploadPastAppDay(self, *day);
+        entries += sent.value_or(0);
     }
     if (sent) {
         SyncLog::write("uploadAllAppHistory completed: " + std::to_string(entries) + " entries uploaded");
     }
+}
+
+auto SyncEngine::pastAppDays() const -> Days {
+    Days days;
+    const Instant now = surroundings_.clock.now();
+    for (int ago = appHistoryDays; ago > 0; --ago) {
+        if (const auto date = calendar_.addingDays(now, -ago)) {
+            days.emplace_back(*date, calendar_);
+        }
+    }
+    return days;
 }
 
 QCoro::Task<std::optional<std::size_t>> SyncEngine::uploadPastAppDay(Self self, DayKey day) {
