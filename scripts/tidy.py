@@ -48,7 +48,8 @@ def surroundings():
         text=True,
     ).stdout
     version = subprocess.run([CLANG_TIDY, "--version"], capture_output=True, text=True, check=True).stdout
-    return packages + version + (TOP / ".clang-tidy").read_text()
+    checks = (file.read_text() for file in sorted(TOP.glob("**/.clang-tidy")) if "build" not in file.parts)
+    return packages + version + "".join(checks)
 
 
 def stamp_of(entry, common):
