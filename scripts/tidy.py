@@ -48,7 +48,7 @@ def surroundings():
         text=True,
     ).stdout
     version = subprocess.run([CLANG_TIDY, "--version"], capture_output=True, text=True, check=True).stdout
-    checks = (file.read_text() for file in sorted(TOP.glob("**/.clang-tidy")) if "build" not in file.parts)
+    checks = (file.read_text() for file in sorted(TOP.glob("**/.clang-tidy")) if "build" not in file.relative_to(TOP).parts)
     return packages + version + "".join(checks)
 
 
