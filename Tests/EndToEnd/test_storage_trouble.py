@@ -123,6 +123,7 @@ class StorageTrouble(DesktopTest):
                 self.assertIn("not being saved", self.program.note())
                 processes.end(holder)
                 wait_until(lambda: not self.program.note(), "counts being saved again", 2 * FLUSH)
+                self.program.expect_count(expected + 20)  # with what was stored before the start
                 self.type(5)
                 self.program.quit()
                 expected += 25
