@@ -59,7 +59,8 @@ void Tally::allowLossOfFile(const std::string& firstDay, const Rows& known) {
     for (auto& [place, row] : rows_) {
         if (place.day >= firstDay) {
             row.hasLostFile = true;
-            row.mayLack = row.pressed - (place.table == Table::days ? countAt(known, place) : 0);
+            row.lost = row.pressed;
+            row.known = place.table == Table::days ? countAt(known, place) : 0;
         }
     }
 }
@@ -71,13 +72,17 @@ void Tally::retire(const Rows& known) {
     }
 }
 
+std::int64_t Tally::Row::least() const {
+    return (hasLostFile ? std::max(known, pressed - lost) : pressed) - mayLack;
+}
+
 std::optional<Difference> Tally::compareRow(const Place& place, const Row& row,
                                             const std::optional<Rows>& local, const Rows& remote,
                                             const Expectation& expectation) const {
     const bool isSynced = expectation.isSynced && (row.wasSent || place.table == Table::days ||
                                                    place.day >= expectation.firstRecentDay);
     const std::int64_t there = countAt(remote, place);
-    const std::int64_t least = row.pressed - row.mayLack;
+    const std::int64_t least = row.least();
     if (local) {
         const std::int64_t here = countAt(*local, place);
         if (here > row.pressed || here < (row.hasLostFile ? 0 : least)) {

@@ -42,7 +42,9 @@ public:
     void settled(Moment now, bool isSaving);
 
     void allow(Loss daysAndHours, Loss applications);
-    /// The database from `firstDay` on is gone: the backend gives days back as far as they are in `known`.
+    /// The database from `firstDay` on is gone. The backend gives a day back as far as it is in `known`, and
+    /// what is counted from now on is added, unless it is more before the backend is asked: then it replaces
+    /// what the backend had. So the larger of the two is the least that has to be there.
     void allowLossOfFile(const std::string& firstDay, const Rows& known);
     /// Nothing more is sent; the backend keeps what it has.
     void retire(const Rows& known);
@@ -64,7 +66,11 @@ private:
         std::int64_t pressed = 0;
         std::int64_t mayLack = 0;
         bool hasLostFile = false;
+        std::int64_t known = 0; // to the backend when the file was lost
+        std::int64_t lost = 0;  // of what was pressed, with the file
         bool wasSent = false;
+
+        std::int64_t least() const;
     };
     struct Fresh {
         Moment at;
