@@ -111,7 +111,7 @@ TEST_F(CountSafety, TheBackendNeverKnowsMoreThanTheDiskAfterAPowerCut) {
     EXPECT_GE(disk.daily, server["device_day_counts"]);
     EXPECT_GE(disk.hourly, server["device_hour_counts"]);
     EXPECT_GE(disk.applications, server["device_app_hour_counts"]);
-    EXPECT_GE(disk.daily, typed - 15 * 7) << "at most a flush's presses are lost";
+    EXPECT_GE(disk.daily, typed - std::int64_t{15} * 7) << "at most a flush's presses are lost";
 }
 
 TEST_F(CountSafety, AKillCostsNoPressOfTheDay) {
