@@ -14,7 +14,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using namespace std::chrono_literals;
 
 class SyncCycle : public SyncFixture {
