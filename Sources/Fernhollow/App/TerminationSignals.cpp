@@ -35,7 +35,8 @@ bool isReadable(int file, std::chrono::milliseconds limit) {
     return ::poll(&ready, 1, static_cast<int>(limit.count())) > 0;
 }
 
-// Whoever connected to us is left out: an unnamed peer, which waits for our end.
+// Connections that other programs made to this one are left out: their peer has no name, and it waits for our
+// end.
 bool isConnectionOfOurs(int file) {
     sockaddr_storage peer{};
     socklen_t length = sizeof peer;
