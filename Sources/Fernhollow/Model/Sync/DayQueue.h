@@ -10,7 +10,7 @@
 
 namespace fernhollow {
 
-/// Which parts of a day have still to reach the backend.
+/// The parts of a day that have still to reach the backend.
 struct DayWork {
     bool count = false;
     bool hours = false;

@@ -34,7 +34,7 @@ struct DayMerge {
     Kind kind = Kind::uploadLocal;
     std::int64_t count = 0; ///< of the day afterwards, here and there; of `foreign`, what was sent from here
 
-    /// Of a day that this run has not sent yet; see SentDays for the others.
+    /// The rule for a day that this run has not sent yet; SentDays has the rule for the others.
     static DayMerge of(std::int64_t local, std::int64_t remote);
     bool operator==(const DayMerge&) const = default;
 };
