@@ -1,9 +1,9 @@
 """Checks that scripts/packages.txt lists what our scripts and tests call.
 
 Every program that a script, the harness or a test starts, and every Python module that they import, has to
-come from a package of the groups which that command installs, from one that such a package brings along
-(at one or two removes), or from the smallest Debian there is. A machine that has run the tests has them all anyway, so only this check,
-and scripts/prove_front_door, would see one that is missing elsewhere.
+come from a package of the groups which that command installs, from one that such a package brings along (at
+one or two removes), or from the smallest Debian there is. A machine that has run the tests has them all
+anyway, so only this check, and scripts/prove_front_door, would see one that is missing elsewhere.
 """
 
 import ast

@@ -48,8 +48,9 @@ def surroundings():
         text=True,
     ).stdout
     version = subprocess.run([CLANG_TIDY, "--version"], capture_output=True, text=True, check=True).stdout
-    checks = (file.read_text() for file in sorted(TOP.glob("**/.clang-tidy")) if "build" not in file.relative_to(TOP).parts)
-    return packages + version + "".join(checks)
+    checks = sorted(TOP.glob("**/.clang-tidy"))
+    ours = [file for file in checks if "build" not in file.relative_to(TOP).parts]
+    return packages + version + "".join(file.read_text() for file in ours)
 
 
 def stamp_of(entry, common):
