@@ -1,4 +1,4 @@
-#include "CompactCount.h"
+#include "Platform/StatusItem/CompactCount.h"
 
 #include <QList>
 

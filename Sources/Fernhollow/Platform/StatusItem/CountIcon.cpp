@@ -1,4 +1,4 @@
-#include "CountIcon.h"
+#include "Platform/StatusItem/CountIcon.h"
 
 #include <QFont>
 #include <QFontMetricsF>

@@ -1,6 +1,6 @@
-#include "NotifierAdaptor.h"
+#include "Platform/StatusItem/NotifierAdaptor.h"
 
-#include "StatusNotifier.h"
+#include "Platform/StatusItem/StatusNotifier.h"
 #include "Support/ApplicationIdentity.h"
 
 namespace fernhollow {

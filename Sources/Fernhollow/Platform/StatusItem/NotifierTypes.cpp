@@ -1,4 +1,4 @@
-#include "NotifierTypes.h"
+#include "Platform/StatusItem/NotifierTypes.h"
 
 #include <QDBusMetaType>
 

@@ -1,7 +1,7 @@
-#include "StatusItem.h"
+#include "Platform/StatusItem/StatusItem.h"
 
-#include "StatusNotifier.h"
-#include "XEmbedTray.h"
+#include "Platform/StatusItem/StatusNotifier.h"
+#include "Platform/StatusItem/XEmbedTray.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
-#include "StatusNotifier.h"
+#include "Platform/StatusItem/StatusNotifier.h"
 
-#include "CompactCount.h"
-#include "CountIcon.h"
-#include "NotifierAdaptor.h"
+#include "Platform/StatusItem/CompactCount.h"
+#include "Platform/StatusItem/CountIcon.h"
+#include "Platform/StatusItem/NotifierAdaptor.h"
 #include "Support/DebugLog.h"
 
 #include <QDBusError>

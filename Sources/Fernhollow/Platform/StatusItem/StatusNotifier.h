@@ -1,6 +1,6 @@
 #pragma once
 
-#include "NotifierTypes.h"
+#include "Platform/StatusItem/NotifierTypes.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>

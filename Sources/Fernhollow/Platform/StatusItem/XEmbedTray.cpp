@@ -1,7 +1,7 @@
-#include "XEmbedTray.h"
+#include "Platform/StatusItem/XEmbedTray.h"
 
-#include "CompactCount.h"
-#include "CountIcon.h"
+#include "Platform/StatusItem/CompactCount.h"
+#include "Platform/StatusItem/CountIcon.h"
 
 #include <QGuiApplication>
 #include <QIcon>
