@@ -2,9 +2,9 @@
 // survive being quoted and split again, and whatever a file holds can be shown.
 
 #include "Fuzz.h"
-#include "Platform/X11/CommandLine.h"
-#include "Platform/X11/DesktopEntryFile.h"
-#include "Platform/X11/Identifier.h"
+#include "Platform/Applications/CommandLine.h"
+#include "Platform/Applications/DesktopEntryFile.h"
+#include "Platform/Applications/Identifier.h"
 
 #include <algorithm>
 #include <array>

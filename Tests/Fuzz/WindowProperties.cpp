@@ -7,7 +7,7 @@
 #include "Platform/X11/WindowProperties.h"
 
 #include "Fuzz.h"
-#include "Platform/X11/DesktopEntries.h"
+#include "Platform/Applications/DesktopEntries.h"
 
 #include <algorithm>
 #include <cstdlib>

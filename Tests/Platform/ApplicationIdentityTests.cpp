@@ -1,6 +1,6 @@
+#include "Platform/Applications/ApplicationResolver.h"
+#include "Platform/Applications/DesktopEntries.h"
 #include "Platform/Surroundings.h"
-#include "Platform/X11/ApplicationResolver.h"
-#include "Platform/X11/DesktopEntries.h"
 
 #include <QProcess>
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
+#include "Platform/Applications/ApplicationFolders.h"
+#include "Platform/Applications/CommandLine.h"
+#include "Platform/Applications/DesktopEntries.h"
+#include "Platform/Applications/Identifier.h"
+#include "Platform/Applications/MessageLocale.h"
 #include "Platform/Surroundings.h"
-#include "Platform/X11/ApplicationFolders.h"
-#include "Platform/X11/CommandLine.h"
-#include "Platform/X11/DesktopEntries.h"
-#include "Platform/X11/Identifier.h"
-#include "Platform/X11/MessageLocale.h"
 
 #include <gmock/gmock.h>
 

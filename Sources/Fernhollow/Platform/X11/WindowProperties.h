@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/X11/ApplicationResolver.h"
+#include "Platform/Applications/ApplicationResolver.h"
 #include "Platform/X11/XcbHandles.h"
 
 #include <xcb/xcb.h>

@@ -1,8 +1,8 @@
 #include "Platform/X11/X11Workspace.h"
 
-#include "Platform/X11/ApplicationFolders.h"
-#include "Platform/X11/ApplicationResolver.h"
-#include "Platform/X11/MessageLocale.h"
+#include "Platform/Applications/ApplicationFolders.h"
+#include "Platform/Applications/ApplicationResolver.h"
+#include "Platform/Applications/MessageLocale.h"
 #include "Support/DebugLog.h"
 
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Applications/DesktopEntries.h"
 #include "Platform/Workspace.h"
-#include "Platform/X11/DesktopEntries.h"
 #include "Platform/X11/WindowProperties.h"
 #include "Platform/X11/XcbHandles.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/X11/DesktopEntryFile.h"
+#include "Platform/Applications/DesktopEntryFile.h"
 
 #include <ctime>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "Platform/X11/DesktopEntryFile.h"
+#include "Platform/Applications/DesktopEntryFile.h"
 
 #include <algorithm>
 #include <cstddef>

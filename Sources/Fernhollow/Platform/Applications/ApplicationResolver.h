@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Applications/Process.h"
 #include "Platform/Workspace.h"
-#include "Platform/X11/Process.h"
 
 #include <functional>
 #include <optional>

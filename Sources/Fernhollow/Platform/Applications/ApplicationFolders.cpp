@@ -1,4 +1,4 @@
-#include "Platform/X11/ApplicationFolders.h"
+#include "Platform/Applications/ApplicationFolders.h"
 
 #include "Support/UserDirectories.h"
 

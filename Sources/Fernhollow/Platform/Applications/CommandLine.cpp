@@ -1,4 +1,4 @@
-#include "Platform/X11/CommandLine.h"
+#include "Platform/Applications/CommandLine.h"
 
 #include <algorithm>
 #include <array>

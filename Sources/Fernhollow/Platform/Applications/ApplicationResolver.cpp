@@ -1,8 +1,8 @@
-#include "Platform/X11/ApplicationResolver.h"
+#include "Platform/Applications/ApplicationResolver.h"
 
-#include "Platform/X11/CommandLine.h"
-#include "Platform/X11/DesktopEntries.h"
-#include "Platform/X11/Identifier.h"
+#include "Platform/Applications/CommandLine.h"
+#include "Platform/Applications/DesktopEntries.h"
+#include "Platform/Applications/Identifier.h"
 #include "Support/ApplicationIdentity.h"
 
 #include <array>

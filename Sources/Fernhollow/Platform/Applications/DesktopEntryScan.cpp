@@ -1,4 +1,4 @@
-#include "Platform/X11/DesktopEntryScan.h"
+#include "Platform/Applications/DesktopEntryScan.h"
 
 #include <algorithm>
 #include <cstddef>

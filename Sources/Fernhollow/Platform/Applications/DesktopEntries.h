@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/X11/DesktopEntryScan.h"
+#include "Platform/Applications/DesktopEntryScan.h"
 
 #include <cstdint>
 #include <filesystem>

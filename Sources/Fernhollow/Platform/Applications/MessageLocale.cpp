@@ -1,4 +1,4 @@
-#include "Platform/X11/MessageLocale.h"
+#include "Platform/Applications/MessageLocale.h"
 
 #include "Support/UserLocale.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/X11/Identifier.h"
+#include "Platform/Applications/Identifier.h"
 
 #include <QString>
 #include <QStringDecoder>

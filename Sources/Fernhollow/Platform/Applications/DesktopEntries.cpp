@@ -1,8 +1,8 @@
-#include "Platform/X11/DesktopEntries.h"
+#include "Platform/Applications/DesktopEntries.h"
 
-#include "Platform/X11/CommandLine.h"
-#include "Platform/X11/DesktopEntryScan.h"
-#include "Platform/X11/MessageLocale.h"
+#include "Platform/Applications/CommandLine.h"
+#include "Platform/Applications/DesktopEntryScan.h"
+#include "Platform/Applications/MessageLocale.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Platform/X11/Process.h"
+#include "Platform/Applications/Process.h"
 
 #include <array>
 #include <cstddef>
