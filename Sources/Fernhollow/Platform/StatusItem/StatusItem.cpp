@@ -1,7 +1,7 @@
 #include "Platform/StatusItem/StatusItem.h"
 
 #include "Platform/StatusItem/StatusNotifier.h"
-#include "Platform/StatusItem/XEmbedTray.h"
+#include "Platform/X11/XEmbedTray.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>

@@ -1,4 +1,4 @@
-#include "Platform/StatusItem/XEmbedTray.h"
+#include "Platform/X11/XEmbedTray.h"
 
 #include "Platform/StatusItem/CompactCount.h"
 #include "Platform/StatusItem/CountIcon.h"
