@@ -1,8 +1,8 @@
 #include "Release.h"
 
 #include "AppcastWriter.h"
-#include "Platform/Updates/Appcast.h"
 #include "SigningKey.h"
+#include "Updates/Appcast.h"
 
 #include <algorithm>
 #include <cerrno>

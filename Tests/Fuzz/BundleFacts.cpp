@@ -2,9 +2,9 @@
 // that are configured there come over a protected way and not too often.
 
 #include "Fuzz.h"
-#include "Platform/Updates/UpdateConfiguration.h"
-#include "Platform/Updates/WebOrigin.h"
 #include "Support/BundleInfo.h"
+#include "Updates/UpdateConfiguration.h"
+#include "Updates/WebOrigin.h"
 
 #include <nlohmann/json.hpp>
 

@@ -2,8 +2,8 @@
 // versions are ordered alike from both sides, and nothing unsigned is ever offered.
 
 #include "Fuzz.h"
-#include "Platform/Updates/Appcast.h"
-#include "Platform/Updates/UpdateError.h"
+#include "Updates/Appcast.h"
+#include "Updates/UpdateError.h"
 
 #include <string>
 #include <utility>

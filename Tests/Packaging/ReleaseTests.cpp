@@ -1,8 +1,8 @@
 #include "AppcastWriter.h"
-#include "Platform/Updates/Appcast.h"
-#include "Platform/Updates/UpdateError.h"
 #include "Release.h"
 #include "Support/TemporaryHome.h"
+#include "Updates/Appcast.h"
+#include "Updates/UpdateError.h"
 
 #include <QProcess>
 #include <gmock/gmock.h>

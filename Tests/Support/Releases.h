@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Updates/AppcastItem.h"
+#include "Updates/AppcastItem.h"
 
 namespace fernhollow::tests {
 

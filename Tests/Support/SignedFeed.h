@@ -1,8 +1,8 @@
 #pragma once
 
 #include "AppcastWriter.h"
-#include "Platform/Updates/Appcast.h"
 #include "SigningKey.h"
+#include "Updates/Appcast.h"
 
 #include <filesystem>
 #include <string>

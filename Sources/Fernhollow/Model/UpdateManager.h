@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Model/UpdateState.h"
-#include "Platform/Updates/UpdaterController.h"
-#include "Platform/Updates/UpdaterDelegate.h"
 #include "Support/Observable.h"
 #include "Support/TaskScope.h"
+#include "Updates/UpdaterController.h"
+#include "Updates/UpdaterDelegate.h"
 
 #include <functional>
 #include <memory>

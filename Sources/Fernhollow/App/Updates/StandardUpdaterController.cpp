@@ -1,11 +1,11 @@
 #include "App/Updates/StandardUpdaterController.h"
 
 #include "App/Updates/StandardUserDriver.h"
-#include "Platform/Updates/UpdateConfiguration.h"
-#include "Platform/Updates/Updater.h"
 #include "Support/ApplicationIdentity.h"
 #include "Support/BundleInfo.h"
 #include "Support/UserDirectories.h"
+#include "Updates/UpdateConfiguration.h"
+#include "Updates/Updater.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Updates/UpdaterController.h"
+#include "Updates/UpdaterController.h"
 
 #include <memory>
 

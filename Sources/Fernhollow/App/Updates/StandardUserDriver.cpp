@@ -3,8 +3,8 @@
 #include "App/Updates/Question.h"
 #include "App/Updates/UpdatePages.h"
 #include "App/Updates/UpdateWindow.h"
-#include "Platform/Updates/UpdateNotification.h"
-#include "Platform/Updates/UpdatePreferences.h"
+#include "Updates/UpdateNotification.h"
+#include "Updates/UpdatePreferences.h"
 
 #include <algorithm>
 #include <utility>

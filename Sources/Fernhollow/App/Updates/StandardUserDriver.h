@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Updates/UserDriver.h"
+#include "Updates/UserDriver.h"
 
 #include <QDBusConnection>
 

@@ -2,8 +2,8 @@
 
 #include "App/Updates/Question.h"
 #include "App/Updates/UpdateWindow.h"
-#include "Platform/Updates/AppcastItem.h"
-#include "Platform/Updates/UserDriver.h"
+#include "Updates/AppcastItem.h"
+#include "Updates/UserDriver.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,0 +1,181 @@
+#include "Updates/VerifiedCopy.h"
+
+#include "Updates/UpdateError.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace fernhollow {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr std::string_view temporaryPrefix = ".fernhollow-update-";
+constexpr std::string_view temporaryPattern = "XXXXXX";
+
+[[noreturn]] void fail() {
+    throw std::system_error(errno, std::generic_category());
+}
+
+class File {
+public:
+    explicit File(int descriptor) : descriptor_(descriptor) {
+        if (descriptor < 0) {
+            fail();
+        }
+    }
+    ~File() { ::close(descriptor_); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+    struct stat status() const {
+        struct stat status{};
+        if (::fstat(descriptor_, &status) != 0) {
+            fail();
+        }
+        return status;
+    }
+
+    void synchronise() const {
+        if (::fsync(descriptor_) != 0) {
+            fail();
+        }
+    }
+
+private:
+    int descriptor_;
+};
+
+/// A new file that nobody else made; it goes with this object unless it has become something else.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const fs::path& folder)
+        : path_((folder / temporaryPrefix).native() + std::string(temporaryPattern)),
+          file_(::mkostemp(path_.data(), O_CLOEXEC)) {}
+    ~TemporaryFile() {
+        if (!path_.empty()) {
+            ::unlink(path_.c_str());
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const File& file() const { return file_; }
+
+    void become(const fs::path& target) {
+        if (std::rename(path_.c_str(), target.c_str()) != 0) {
+            fail();
+        }
+        path_.clear();
+    }
+
+private:
+    std::string path_;
+    File file_;
+};
+
+void writeAll(const File& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file.descriptor(), bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            fail();
+        }
+    }
+}
+
+void copyAll(const File& from, const File& to) {
+    std::array<char, std::size_t{1} << 16> buffer{};
+    for (;;) {
+        const ssize_t got = ::read(from.descriptor(), buffer.data(), buffer.size());
+        if (got == 0) {
+            return;
+        }
+        if (got > 0) {
+            writeAll(to, {buffer.data(), static_cast<std::size_t>(got)});
+        } else if (errno != EINTR) {
+            fail();
+        }
+    }
+}
+
+bool passes(const File& file, const ByteCheck& isGenuine) {
+    const auto size = static_cast<std::size_t>(file.status().st_size);
+    if (size == 0) {
+        return isGenuine({});
+    }
+    void* bytes = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.descriptor(), 0);
+    if (bytes == MAP_FAILED) {
+        fail();
+    }
+    const bool result = isGenuine({static_cast<const char*>(bytes), size});
+    ::munmap(bytes, size);
+    return result;
+}
+
+bool isLeftover(const fs::path& path) {
+    const std::string name = path.filename().native();
+    struct stat status{};
+    return name.starts_with(temporaryPrefix) &&
+           name.size() == temporaryPrefix.size() + temporaryPattern.size() &&
+           ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid();
+}
+
+void removeLeftovers(const fs::path& folder) {
+    std::error_code error; // a folder that cannot be listed may still be written to
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        if (isLeftover(entry->path())) {
+            ::unlink(entry->path().c_str());
+        }
+    }
+}
+
+void replace(const fs::path& source, const fs::path& target, mode_t mode, const ByteCheck& isGenuine) {
+    const fs::path folder = target.parent_path();
+    removeLeftovers(folder);
+    const File original(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!S_ISREG(original.status().st_mode)) {
+        throw UpdateError(UpdateError::Reason::install, "The downloaded update is no file.");
+    }
+    TemporaryFile copy(folder);
+    copyAll(original, copy.file());
+    if (::fchmod(copy.file().descriptor(), mode) != 0) {
+        fail();
+    }
+    copy.file().synchronise();
+    if (!passes(copy.file(), isGenuine)) {
+        throw UpdateError(UpdateError::Reason::install,
+                          "The update changed on its way to " + folder.native() + " and was not installed.");
+    }
+    copy.become(target);
+}
+
+} // namespace
+
+void placeVerifiedCopy(const fs::path& source, const fs::path& target, mode_t mode,
+                       const ByteCheck& isGenuine) {
+    try {
+        replace(source, target, mode, isGenuine);
+    } catch (const std::system_error& error) { // that of the file system library included
+        throw UpdateError(UpdateError::Reason::install, "The update could not be put into " +
+                                                            target.parent_path().native() + ": " +
+                                                            error.code().message() + ".");
+    }
+    // The rename has happened: that the folder cannot be synchronised is no reason to deny it.
+    if (const int folder = ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        folder >= 0) {
+        ::fsync(folder);
+        ::close(folder);
+    }
+}
+
+} // namespace fernhollow

@@ -1,0 +1,221 @@
+#include "Support/SignedFeed.h"
+#include "Support/TemporaryHome.h"
+#include "Updates/UpdateError.h"
+#include "Updates/UpdateTransfer.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace fernhollow::tests {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string server = "https://updates.example";
+
+class Appcast : public testing::Test {
+protected:
+    UpdateHost host(const std::string& version = "0.1.0") const {
+        return {.version = version,
+                .systemVersion = "6.1.0",
+                .packageType = "appimage",
+                .feedUrl = server + "/appcast.xml",
+                .publicKey = maker_.publicKey()};
+    }
+
+    AppcastItem release(const std::string& version) const {
+        return maker_.release(version, "package", server + "/" + version + ".AppImage");
+    }
+
+    /// The version that is offered, "none", or why there is an error.
+    std::string offered(const std::vector<AppcastItem>& items) const {
+        try {
+            const auto item = newestUpdate(parseAppcast(writeAppcast(items)), host());
+            return item ? item->version : "none";
+        } catch (const UpdateError& error) {
+            EXPECT_EQ(error.reason(), UpdateError::Reason::feed);
+            return error.what();
+        }
+    }
+
+    /// Likewise, of a release that its maker changed with `change` before it was described.
+    template<class Change>
+    std::string offeredAs(Change change) const {
+        AppcastItem item = release("0.2.0");
+        change(item);
+        return offered({maker_.describe(item)});
+    }
+
+    const TemporaryHome home_;
+    const Maker maker_{home_.path() / "key"};
+};
+
+TEST(VersionComparison, OrdersByParts) {
+    const std::vector<std::string> ascending{
+        "0",     "0.0.1", "0.9",  "0.10", "1.0a2",     "1.0b1",    "1.0",
+        "1.0.1", "1.2",   "1.10", "2.0",  "2026.3.05", "2026.3.6", "99999999999999999999"};
+    for (std::size_t i = 0; i < ascending.size(); ++i) {
+        for (std::size_t j = 0; j < ascending.size(); ++j) {
+            EXPECT_TRUE(compareVersions(ascending[i], ascending[j]) == (i <=> j))
+                << ascending[i] << ' ' << ascending[j];
+        }
+    }
+    EXPECT_TRUE(compareVersions("1.0", "1.0.0") == 0);
+    EXPECT_TRUE(compareVersions("1.00", "1.0") == 0);
+    EXPECT_TRUE(compareVersions("", "0.0") == 0);
+}
+
+TEST_F(Appcast, OffersTheNewestReleaseThatFits) {
+    EXPECT_EQ(offered({release("0.2.0"), release("0.10.0"), release("0.9.0")}), "0.10.0");
+    EXPECT_EQ(offered({release("0.1.0"), release("0.0.9"), release("0.1.0b7")}), "none");
+    EXPECT_EQ(offered({}), "none");
+    EXPECT_EQ(offeredAs([](auto& item) { item.channel = "beta"; }), "none");
+    EXPECT_EQ(offeredAs([](auto& item) { item.operatingSystem = "windows"; }), "none");
+    EXPECT_EQ(offeredAs([](auto& item) { item.packageType = "deb"; }), "none");
+    EXPECT_EQ(offeredAs([](auto& item) { item.minimumSystemVersion = "6.2"; }), "none");
+    EXPECT_EQ(offeredAs([](auto& item) { item.minimumSystemVersion = "6.1"; }), "0.2.0");
+    EXPECT_EQ(offeredAs([](auto& item) { item.operatingSystem = item.packageType = ""; }), "0.2.0");
+
+    auto source = host();
+    source.packageType.clear();
+    EXPECT_TRUE(newestUpdate({release("0.2.0")}, source)) << "a build from source hears of every kind";
+}
+
+TEST_F(Appcast, RefusesWhatItsMakerDidNotDescribeSo) {
+    const auto forged = "The update's description is not signed by Fernhollow's maker.";
+    const std::vector<std::function<void(AppcastItem&)>> forgeries{
+        [](AppcastItem& item) { item.version = "0.3.0"; }, // an old package offered as a new one
+        [](AppcastItem& item) { item.displayVersion = "9"; },
+        [](AppcastItem& item) { item.releaseNotes = "Call this number."; },
+        [](AppcastItem& item) {
+            item.title += " ";
+            item.title += "!";
+        },
+        [](AppcastItem& item) { item.length = 1; },
+        [](AppcastItem& item) { item.url = server + "/other"; },
+        [](AppcastItem& item) { item.itemSignature.clear(); },
+        [](AppcastItem& item) { item.itemSignature.pop_back(); },
+        [](AppcastItem& item) { item.itemSignature = item.edSignature; },
+    };
+    for (const auto& forge : forgeries) {
+        AppcastItem item = release("0.2.0");
+        forge(item);
+        EXPECT_EQ(offered({release("0.1.5"), item}), forged);
+    }
+    const Maker another(home_.path() / "another");
+    EXPECT_EQ(offered({another.release("0.2.0", "package", server + "/a")}), forged);
+    // Moving text from one field to the next changes no concatenation, but what is signed.
+    AppcastItem moved = maker_.describe([&] {
+        AppcastItem item = release("0.2.0");
+        item.title = "A";
+        item.releaseNotes = "BC";
+        return item;
+    }());
+    moved.title = "AB";
+    moved.releaseNotes = "C";
+    EXPECT_EQ(offered({moved}), forged);
+}
+
+TEST_F(Appcast, RefusesPackagesFromElsewhereAndUnsignedOnes) {
+    for (const auto* url :
+         {"http://updates.example/p", "https://evil.example/p", "https://updates.example:8443/p",
+          "https://updates.example.evil.example/p", "ftp://updates.example/p", "file:///etc/passwd",
+          "//updates.example/p", "p", "https://updates.example@evil.example/p", ""}) {
+        EXPECT_THAT(offeredAs([&](auto& item) { item.url = url; }), HasSubstr("another place")) << url;
+    }
+    EXPECT_EQ(offeredAs([](auto& item) { item.edSignature.clear(); }), "The update is not signed.");
+    EXPECT_EQ(offeredAs([](auto& item) { item.edSignature.resize(40); }), "The update is not signed.");
+    EXPECT_THAT(offeredAs([](auto& item) { item.length = 0; }), HasSubstr("length"));
+    EXPECT_THAT(offeredAs([](auto& item) { item.length = UpdateTransfer::maximumPackage + 1; }),
+                HasSubstr("length"));
+}
+
+TEST_F(Appcast, ReadsWhatOthersWrite) {
+    const auto items = parseAppcast(R"(<?xml version="1.0"?>
+        <rss version="2.0" xmlns:f="https://fernhollow.app/xml/appcast" xmlns:x="https://else.example">
+        <channel><title>Feed</title>
+        <item><title> Two &amp; a bit </title><x:version>9</x:version><f:version>0.2</f:version>
+          <f:shortVersionString>0.2 (Fern)</f:shortVersionString><description><![CDATA[<b>Bold</b>]]></description>
+          <x:unknown><deep><deeper/></deep></x:unknown>
+          <enclosure url="https://a.example/p" length="12" x:os="mac" type="application/octet-stream"/></item>
+        <item><title>No enclosure</title><f:version>0.3</f:version></item>
+        <item><title>No version</title><enclosure url="https://a.example/p" length="-1"/></item>
+        <item><f:version>0.4</f:version><enclosure length="12abc"/></item>
+        </channel></rss>)");
+    ASSERT_EQ(items.size(), 2);
+    EXPECT_EQ(items[0].title, "Two & a bit");
+    EXPECT_EQ(items[0].version, "0.2");
+    EXPECT_EQ(items[0].displayVersion, "0.2 (Fern)");
+    EXPECT_EQ(items[0].releaseNotes, "<b>Bold</b>");
+    EXPECT_EQ(items[0].length, 12);
+    EXPECT_EQ(items[0].operatingSystem, "");
+    EXPECT_EQ(items[1].displayVersion, "0.4");
+    EXPECT_EQ(items[1].length, 0);
+}
+
+TEST_F(Appcast, RefusesBombsAndRubbish) {
+    const std::string bomb = R"(<!DOCTYPE rss [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;">
+        <!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;">]><rss><channel><item><title>&c;</title></item></channel></rss>)";
+    const std::string outside =
+        R"(<!DOCTYPE rss [<!ENTITY a SYSTEM "file:///etc/passwd">]><rss><title>&a;</title></rss>)";
+    std::string deep;
+    for (int depth = 0; depth < 100'000; ++depth) {
+        deep += "<item>";
+    }
+    std::string many = "<rss>";
+    for (int i = 0; i < 2000; ++i) {
+        many += "<item/>";
+    }
+    for (const std::string& bad :
+         {bomb, outside, deep, std::string("<html>"), std::string(), std::string("\xFF\xFE\x00", 3),
+          std::string(1000, '\0'), std::string("<rss><item></rss>")}) {
+        EXPECT_THROW(parseAppcast(bad), UpdateError) << bad.substr(0, 40);
+    }
+    EXPECT_TRUE(parseAppcast(many + "</rss>").empty());
+    std::string releases = "<rss xmlns:f=\"https://fernhollow.app/xml/appcast\">";
+    for (int i = 0; i < 2000; ++i) {
+        releases += "<item><enclosure f:version=\"1\"/></item>";
+    }
+    EXPECT_THROW(parseAppcast(releases + "</rss>"), UpdateError);
+}
+
+// Whatever becomes of a feed on its way, it is offered as it was or not at all.
+TEST_F(Appcast, NeverOffersADamagedRelease) {
+    const AppcastItem item = release("0.2.0");
+    const std::string feed = writeAppcast({item});
+    const auto check = [&](const std::string& damaged) {
+        try {
+            const auto found = newestUpdate(parseAppcast(damaged), host());
+            EXPECT_TRUE(!found || (found->version == item.version && found->url == item.url &&
+                                   found->releaseNotes == item.releaseNotes));
+        } catch (const UpdateError&) {
+            return; // as it should be
+        }
+    };
+    for (std::size_t at = 0; at < feed.size(); ++at) {
+        check(feed.substr(0, at));
+        for (const char sign : {'<', '"', '\0', '0', '&', '\xC3'}) {
+            std::string damaged = feed;
+            damaged[at] = sign;
+            check(damaged);
+        }
+    }
+}
+
+TEST_F(Appcast, ChecksSignaturesStrictly) {
+    const SigningKey key = SigningKey::create(home_.path() / "own");
+    const std::string signature = key.sign("message");
+    EXPECT_TRUE(isSignedBy(key.publicKey(), signature, "message"));
+    EXPECT_FALSE(isSignedBy(key.publicKey(), signature, "messagE"));
+    EXPECT_FALSE(isSignedBy(maker_.publicKey(), signature, "message"));
+    for (const std::string& bad :
+         {std::string(), signature + "=", signature + " ", " " + signature, signature.substr(1),
+          signature.substr(0, 86), signature + signature, std::string("!") + signature.substr(1)}) {
+        EXPECT_FALSE(isSignedBy(key.publicKey(), bad, "message")) << bad;
+        EXPECT_FALSE(isSignedBy(bad, signature, "message")) << bad;
+    }
+}
+
+} // namespace
+} // namespace fernhollow::tests

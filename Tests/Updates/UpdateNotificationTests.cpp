@@ -1,0 +1,84 @@
+#include "FakeNotificationServer.h"
+#include "Support/EventLoop.h"
+#include "Updates/UpdateNotification.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <gmock/gmock.h>
+
+namespace fernhollow::tests {
+namespace {
+
+class UpdateNotificationTest : public testing::Test {
+protected:
+    /// Until the notification has heard its number.
+    void show(const std::string& version) {
+        const auto known = server_.summaries.size();
+        notification_.show(version);
+        ASSERT_TRUE(waitUntil([&] { return server_.summaries.size() > known; }));
+        settle();
+    }
+
+    /// Until what was sent before has been heard: the bus keeps the order of what one side sends.
+    void settle() {
+        bool isHeard = false;
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        const auto message = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+        for (int turn = 0; turn < 2; ++turn) {
+            const QDBusPendingCall call = bus.asyncCall(message);
+            waitUntil([&] { return call.isFinished(); });
+        }
+        QMetaObject::invokeMethod(&server_, [&] { isHeard = true; }, Qt::QueuedConnection);
+        waitUntil([&] { return isHeard; });
+    }
+
+    FakeNotificationServer server_;
+    int activated_ = 0;
+    UpdateNotification notification_{QDBusConnection::sessionBus(), [this] { ++activated_; }};
+};
+
+TEST_F(UpdateNotificationTest, TellsQuietlyAndHearsItsOwnActionAlone) {
+    show("0.3.0 <b>");
+    EXPECT_EQ(server_.summaries, QStringList{QStringLiteral("Fernhollow 0.3.0 <b> is available")});
+    EXPECT_EQ(server_.hints.value(QStringLiteral("urgency")).toInt(), 0);
+    ASSERT_TRUE(server_.actions.contains(QStringLiteral("default")));
+
+    Q_EMIT server_.ActionInvoked(7, QStringLiteral("default")); // another program's
+    Q_EMIT server_.ActionInvoked(41, QStringLiteral("snooze"));
+    Q_EMIT server_.ActionInvoked(41, QStringLiteral("default"));
+    EXPECT_TRUE(waitUntil([this] { return activated_ > 0; }));
+    EXPECT_EQ(activated_, 1);
+}
+
+TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
+    show("0.3.0");
+    show("0.4.0");
+    EXPECT_EQ(server_.replaced, (QList<uint>{0, 41}));
+    notification_.close();
+    notification_.close();
+    EXPECT_TRUE(waitUntil([this] { return !server_.closed.empty(); }));
+    settle();
+    EXPECT_EQ(server_.closed, QList<uint>{41});
+
+    show("0.5.0");
+    Q_EMIT server_.NotificationClosed(42, 2);
+    ASSERT_TRUE(waitUntil([this] { return server_.heard == 1; }));
+    Q_EMIT server_.ActionInvoked(42, QStringLiteral("default")); // too late
+    show("0.6.0");
+    EXPECT_EQ(server_.replaced.last(), 0);
+    EXPECT_EQ(activated_, 0);
+}
+
+TEST(UpdateNotificationWithoutServer, SaysNothing) {
+    UpdateNotification notification(QDBusConnection::sessionBus(), [] { FAIL(); });
+    notification.show("0.3.0");
+    notification.close();
+    UpdateNotification nowhere(QDBusConnection(QString()), [] { FAIL(); });
+    nowhere.show("0.3.0");
+    nowhere.close();
+}
+
+} // namespace
+} // namespace fernhollow::tests
