@@ -3,7 +3,7 @@
 // library.
 
 #include "App/Dashboard/ProductivityDashboard.h"
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Support/TaskScope.h"

@@ -1,4 +1,4 @@
-#include "App/Launch.h"
+#include "App/Shell/Launch.h"
 
 int main(int argc, char** argv) {
     return fernhollow::launch(argc, argv);

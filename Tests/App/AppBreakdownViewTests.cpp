@@ -1,4 +1,4 @@
-#include "App/AppBreakdownView.h"
+#include "App/Dashboard/AppBreakdownView.h"
 #include "AppListFixture.h"
 
 #include <QHelpEvent>

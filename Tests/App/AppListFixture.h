@@ -1,7 +1,7 @@
 #pragma once
 
 #include "../Model/ModelFixture.h"
-#include "App/AppListView.h"
+#include "App/Lists/AppListView.h"
 
 #include <QRegion>
 #include <QTest>

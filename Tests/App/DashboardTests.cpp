@@ -4,7 +4,7 @@
 #include "App/Charts/BarChart.h"
 #include "App/Dashboard/ChartClickOverlay.h"
 #include "App/Dashboard/ProductivityDashboard.h"
-#include "App/DayDetailWindowController.h"
+#include "App/DayDetail/DayDetailWindowController.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,5 +1,5 @@
-#include "App/DayDetailView.h"
-#include "App/DayDetailWindowController.h"
+#include "App/DayDetail/DayDetailView.h"
+#include "App/DayDetail/DayDetailWindowController.h"
 #include "AppListFixture.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "../Model/ModelFixture.h"
-#include "App/AccountButton.h"
-#include "App/DevicesPopover.h"
-#include "App/MenuContentView.h"
+#include "App/Footer/AccountButton.h"
+#include "App/Footer/DevicesPopover.h"
+#include "App/MainWindow/MenuContentView.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "App/KeyboardMonitor.h"
+#include "App/Shell/KeyboardMonitor.h"
 #include "Platform/Workspace.h"
 #include "Support/FakeClock.h"
 #include "Support/TemporaryHome.h"

@@ -1,7 +1,7 @@
 #include "../Model/ModelFixture.h"
-#include "App/MainWindowController.h"
-#include "App/MenuContentView.h"
-#include "App/UpdateStatusButton.h"
+#include "App/MainWindow/MainWindowController.h"
+#include "App/MainWindow/MenuContentView.h"
+#include "App/Status/UpdateStatusButton.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QApplication>
 #include <gmock/gmock.h>

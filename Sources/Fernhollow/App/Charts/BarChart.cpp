@@ -2,7 +2,7 @@
 
 #include "App/Charts/CountAxis.h"
 #include "App/Charts/StackedBars.h"
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QEvent>
 

@@ -1,6 +1,6 @@
 #include "App/Charts/StackedBars.h"
 
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <algorithm>
 #include <cmath>

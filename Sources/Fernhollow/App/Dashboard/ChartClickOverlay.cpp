@@ -1,6 +1,6 @@
 #include "App/Dashboard/ChartClickOverlay.h"
 
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QAbstractButton>
 #include <QKeyEvent>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QFrame>
 #include <QString>

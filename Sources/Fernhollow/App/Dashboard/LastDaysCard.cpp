@@ -1,8 +1,8 @@
 #include "App/Dashboard/LastDaysCard.h"
 
-#include "App/AppColor.h"
 #include "App/Charts/BarChart.h"
 #include "App/Dashboard/ChartClickOverlay.h"
+#include "App/Widgets/AppColor.h"
 #include "Presentation/DashboardSeries.h"
 
 #include <QLabel>

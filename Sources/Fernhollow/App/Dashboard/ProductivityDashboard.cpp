@@ -1,11 +1,11 @@
 #include "App/Dashboard/ProductivityDashboard.h"
 
-#include "App/AppBreakdownView.h"
+#include "App/Dashboard/AppBreakdownView.h"
 #include "App/Dashboard/LastDaysCard.h"
 #include "App/Dashboard/MetricsCard.h"
 #include "App/Dashboard/TodayCard.h"
 #include "App/Dashboard/WeekComparisonCard.h"
-#include "App/DayDetailWindowController.h"
+#include "App/DayDetail/DayDetailWindowController.h"
 #include "Model/AppModel.h"
 
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #include "App/Dashboard/TodayCard.h"
 
-#include "App/AppColor.h"
-#include "App/FigureLabel.h"
+#include "App/Widgets/AppColor.h"
+#include "App/Widgets/FigureLabel.h"
 #include "Model/AppModel.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #include "App/Dashboard/WeekComparisonCard.h"
 
-#include "App/FigureLabel.h"
+#include "App/Widgets/FigureLabel.h"
 #include "Presentation/FixedDecimals.h"
 
 #include <QHBoxLayout>

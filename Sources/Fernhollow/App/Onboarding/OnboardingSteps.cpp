@@ -1,7 +1,7 @@
 #include "App/Onboarding/OnboardingSteps.h"
 
-#include "App/Symbol.h"
-#include "App/Theme.h"
+#include "App/Widgets/Symbol.h"
+#include "App/Widgets/Theme.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

@@ -2,7 +2,7 @@
 
 #include "App/Onboarding/StepContainer.h"
 #include "App/Onboarding/StepDots.h"
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>

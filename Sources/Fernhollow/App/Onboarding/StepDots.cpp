@@ -1,6 +1,6 @@
 #include "App/Onboarding/StepDots.h"
 
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QPainter>
 

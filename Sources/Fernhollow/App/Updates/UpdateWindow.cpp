@@ -1,6 +1,6 @@
 #include "App/Updates/UpdateWindow.h"
 
-#include "App/Theme.h"
+#include "App/Widgets/Theme.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>

@@ -1,0 +1,177 @@
+#include "App/MainWindow/MenuContentView.h"
+
+#include "App/Dashboard/ProductivityDashboard.h"
+#include "App/Footer/AccountButton.h"
+#include "App/MainWindow/SignInView.h"
+#include "App/Onboarding/OnboardingView.h"
+#include "App/Status/UpdateStatusButton.h"
+#include "App/Widgets/Theme.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Presentation/CountsTrouble.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+#include <chrono>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto frame = 16ms;
+constexpr int footerHorizontalMargin = 16;
+constexpr int footerVerticalMargin = 12;
+constexpr int signInVerticalMargin = 16;
+
+QWidget* centred(QWidget* view) {
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, signInVerticalMargin, 0, signInVerticalMargin);
+    layout->addWidget(view, 0, Qt::AlignCenter);
+    return page;
+}
+
+QPushButton* makePlainButton(const QString& text, const QColor& color) {
+    auto* button = new QPushButton(text);
+    button->setProperty("plain", true);
+    button->setAutoDefault(true);
+    button->setFont(Theme::font(Theme::TextStyle::caption));
+    Theme::setTextColor(*button, color);
+    return button;
+}
+
+} // namespace
+
+MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
+                                 std::shared_ptr<UpdateManager> updateManager, const Clock& clock)
+    : model_(std::move(model)), account_(std::move(account)), updateManager_(std::move(updateManager)),
+      clock_(clock), mainArea_(new QStackedLayout), signIn_(new SignInView(account_)),
+      signInPage_(centred(signIn_)),
+      trouble_(Theme::makeLabel(QString(), Theme::TextStyle::caption, Theme::highlight)),
+      accountButton_(new AccountButton(account_, clock)),
+      signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
+    signInPage_->setFocusProxy(signIn_);
+    mainArea_->addWidget(signInPage_);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(mainArea_, 1);
+    layout->addWidget(Theme::makeDivider());
+    layout->addWidget(makeFooter());
+
+    redraw_.setSingleShot(true);
+    connect(&redraw_, &QTimer::timeout, this, &MenuContentView::refresh);
+    const auto refresh = [this] { requestRefresh(); };
+    cancellables_.push_back(account_->observe(refresh));
+    cancellables_.push_back(model_->areCountsSaved.observe(refresh));
+    cancellables_.push_back(model_->areCountsSent.observe(refresh));
+    addShortcuts();
+}
+
+QWidget* MenuContentView::makeFooter() {
+    auto* footer = new QWidget;
+    footer->setAutoFillBackground(true);
+    QPalette palette = footer->palette();
+    palette.setColor(QPalette::Window, Theme::raised);
+    footer->setPalette(palette);
+    trouble_->setWordWrap(true);
+    trouble_->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin, 0);
+    trouble_->hide();
+    auto* layout = new QVBoxLayout(footer);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(trouble_);
+    layout->addWidget(makeFooterLine());
+    return footer;
+}
+
+QWidget* MenuContentView::makeFooterLine() {
+    connect(signOut_, &QPushButton::clicked, this, [this] { account_->signOut(); });
+    auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
+    connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
+
+    auto* line = new QWidget;
+    auto* layout = new QHBoxLayout(line);
+    layout->setContentsMargins(footerHorizontalMargin - AccountButton::outset, footerVerticalMargin,
+                               footerHorizontalMargin, footerVerticalMargin);
+    layout->addWidget(accountButton_, 1);
+    layout->addStretch();
+    layout->addWidget(new UpdateStatusButton(updateManager_));
+    layout->addStretch();
+    layout->addWidget(signOut_);
+    layout->addWidget(quit);
+    return line;
+}
+
+void MenuContentView::addShortcuts() {
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this,
+            &QWidget::close);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, qApp,
+            &QCoreApplication::quit);
+}
+
+void MenuContentView::showEvent(QShowEvent* event) {
+    refresh();
+    QWidget::showEvent(event);
+}
+
+void MenuContentView::requestRefresh() {
+    if (isVisible() && !redraw_.isActive()) {
+        redraw_.start(frame);
+    }
+}
+
+void MenuContentView::refresh() {
+    if (!isVisible()) {
+        return;
+    }
+    const bool isSignedIn = account_->email().has_value();
+    accountButton_->refresh();
+    signOut_->setVisible(isSignedIn);
+    trouble_->setText(countsTrouble(*model_));
+    trouble_->setVisible(!trouble_->text().isEmpty());
+    signIn_->refresh();
+    QWidget* page = signInPage_;
+    if (isSignedIn) {
+        page = account_->hasSeenOnboarding.get() ? dashboard() : onboarding();
+    }
+    showPage(page);
+}
+
+void MenuContentView::showPage(QWidget* page) {
+    if (page != mainArea_->currentWidget() || !focusWidget()) {
+        mainArea_->setCurrentWidget(page);
+        page->setFocus();
+    }
+    if (onboarding_ != nullptr && page != onboarding_) {
+        onboarding_->deleteLater(); // who comes next begins at its first step
+        onboarding_ = nullptr;
+    }
+}
+
+QWidget* MenuContentView::onboarding() {
+    if (onboarding_ == nullptr) {
+        onboarding_ = new OnboardingView([this] { account_->markOnboardingSeen(); });
+        mainArea_->addWidget(onboarding_);
+    }
+    return onboarding_;
+}
+
+QWidget* MenuContentView::dashboard() {
+    if (dashboard_ == nullptr) {
+        dashboard_ = new ProductivityDashboard(model_, clock_);
+        mainArea_->addWidget(dashboard_);
+    }
+    return dashboard_;
+}
+
+} // namespace fernhollow

@@ -1,0 +1,108 @@
+#include "App/Shell/FernhollowApp.h"
+
+#include "App/DayDetail/DayDetailWindowController.h"
+#include "App/MainWindow/MainWindowController.h"
+#include "App/Shell/AppStateHolder.h"
+#include "App/Shell/KeyboardMonitor.h"
+#include "App/Shell/TrustPrompt.h"
+#include "App/Updates/StandardUpdaterController.h"
+#include "Model/AccountManager.h"
+#include "Model/AppModel.h"
+#include "Model/UpdateManager.h"
+#include "Support/DebugLog.h"
+
+#include <QGuiApplication>
+#include <QHostInfo>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace fernhollow {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A session manager kills what has not ended after some seconds.
+constexpr auto lastFlushLimit = 3s;
+
+// Nothing is lost when it takes longer: what was not sent is sent at the next start.
+constexpr auto syncEndLimit = 1s;
+
+void logUnless(bool isWritten) {
+    if (!isWritten) {
+        debugLog("[FernhollowApp] The last presses could not be written in time");
+    }
+}
+
+FernhollowApp* running = nullptr;
+
+void endAtExit() {
+    if (running != nullptr) {
+        running->end();
+        leave(EXIT_FAILURE);
+    }
+}
+
+} // namespace
+
+void leave(int status) {
+    std::fflush(nullptr);
+    std::_Exit(status);
+}
+
+FernhollowApp::FernhollowApp()
+    : syncThread_(clock_), taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
+      account_(std::make_shared<AccountManager>(clock_)),
+      model_(AppModel::create(
+          {clock_, tasks_, *account_},
+          [this](KeyPressMonitor::Handlers handlers) {
+              return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
+                                                       std::move(handlers));
+          },
+          [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId,
+                 std::function<void()> onIdentityInUseElsewhere) {
+              return std::make_shared<CloudSyncCoordinator>(
+                  syncThread_.surroundings(), std::move(store), account, std::move(deviceId),
+                  SupabaseConfig::compiledIn(), std::move(onIdentityInUseElsewhere));
+          })),
+      updateManager_(std::make_shared<UpdateManager>(
+          [this](UpdaterDelegate& delegate, UserDriverDelegate& userDriverDelegate) {
+              return std::make_unique<StandardUpdaterController>(clock_, delegate, userDriverDelegate);
+          })) {
+    AppStateHolder::shared() = {model_, account_, updateManager_, &clock_};
+
+    QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
+    // The toolkit calls exit() when the display goes away, which is how many sessions end. Its lookups of
+    // names are made first of all, so that their end, which waits for name servers, comes after ours.
+    QHostInfo::lookupHost(QStringLiteral("127.0.0.1"), &appDelegate_, [](const QHostInfo&) {});
+    running = this;
+    std::atexit(endAtExit);
+}
+
+void FernhollowApp::flushNow() {
+    if (const auto& model = AppStateHolder::shared().model) {
+        logUnless(model->flushNow(lastFlushLimit));
+    }
+}
+
+bool FernhollowApp::end() {
+    logUnless(model_->shutDown(lastFlushLimit));
+    if (syncThread_.finish(syncEndLimit)) {
+        return true;
+    }
+    debugLog("[FernhollowApp] The sync engine did not end in time");
+    return false;
+}
+
+FernhollowApp::~FernhollowApp() {
+    running = nullptr;
+    if (!end()) {
+        leave(EXIT_SUCCESS);
+    }
+    tasks_.stop();
+    AppStateHolder::shared() = {};
+    DayDetailWindowController::shared().close();
+    MainWindowController::shared().close();
+}
+
+} // namespace fernhollow

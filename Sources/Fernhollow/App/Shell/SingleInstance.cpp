@@ -1,0 +1,176 @@
+#include "App/Shell/SingleInstance.h"
+
+#include "KeypressCore/DailyCountsStore.h"
+#include "Support/DebugLog.h"
+#include "Support/UserDirectories.h"
+
+#include <QCryptographicHash>
+#include <QLocalSocket>
+
+#include <array>
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace fernhollow {
+namespace fs = std::filesystem;
+namespace {
+
+using namespace std::chrono_literals;
+
+// A program that is just starting listens within this time; one that ends has written its last presses.
+constexpr auto answerLimit = 5s;
+constexpr auto endLimit = 10s;
+
+constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{
+    {{InstanceRequest::activate, "activate"},
+     {InstanceRequest::toggle, "toggle"},
+     {InstanceRequest::quit, "quit"}}};
+constexpr const char* accepted = "ok\n";
+
+fs::path runtimeFolder() {
+    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder != nullptr && *folder == '/') {
+        return folder;
+    }
+    std::error_code error;
+    if (fs::path folder = "/run/user/" + std::to_string(::getuid()); fs::is_directory(folder, error)) {
+        return folder;
+    }
+    return "/tmp";
+}
+
+/// The folder whose counts are ours, or nothing where the user has no home.
+fs::path dataFolder() {
+    try {
+        return DailyCountsStore::databaseDirectory();
+    } catch (const fs::filesystem_error& error) {
+        debugLog(std::string("[SingleInstance] ") + error.what());
+        return {};
+    }
+}
+
+/// The same for every start with the same data folder, short enough for a socket's name.
+std::string instanceName() {
+    const QByteArray folder = QByteArray::fromStdString(dataFolder().native());
+    const auto hash = QCryptographicHash::hash(folder, QCryptographicHash::Sha256).left(8).toHex();
+    return "fernhollow-" + std::to_string(::getuid()) + "-" + hash.toStdString();
+}
+
+QString socketName() {
+    return QString::fromStdString((runtimeFolder() / (instanceName() + ".socket")).native());
+}
+
+/// In the data folder; where that cannot be written to, beside the socket.
+std::vector<fs::path> lockFiles() {
+    std::vector<fs::path> files;
+    if (const fs::path folder = dataFolder(); !folder.empty()) {
+        try {
+            createPrivateDirectories(folder);
+            files.push_back(folder / "fernhollow.lock");
+        } catch (const fs::filesystem_error& error) {
+            debugLog(std::string("[SingleInstance] ") + error.what());
+        }
+    }
+    files.push_back(runtimeFolder() / (instanceName() + ".lock"));
+    return files;
+}
+
+} // namespace
+
+SingleInstance::SingleInstance() {
+    server_.setSocketOptions(QLocalServer::UserAccessOption);
+    connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::receive);
+}
+
+SingleInstance::~SingleInstance() {
+    server_.close();
+    if (lock_ >= 0) {
+        ::close(lock_);
+    }
+}
+
+bool SingleInstance::acquire() {
+    for (const fs::path& file : lockFiles()) {
+        lock_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        if (lock_ < 0) {
+            lock_ = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        }
+        if (lock_ < 0) {
+            continue;
+        }
+        if (::flock(lock_, LOCK_EX | LOCK_NB) == 0) {
+            return true;
+        }
+        const bool isTaken = errno == EWOULDBLOCK;
+        ::close(std::exchange(lock_, -1));
+        if (isTaken) {
+            return false;
+        } // else the file system knows no locks
+    }
+    debugLog("[SingleInstance] No place for a lock file; a second start would not be noticed");
+    return true;
+}
+
+void SingleInstance::listen() {
+    QLocalServer::removeServer(socketName()); // the lock is ours, so a socket there is a dead program's
+    if (!server_.listen(socketName())) {
+        debugLog("[SingleInstance] Cannot listen on " + socketName().toStdString() + ": " +
+                 server_.errorString().toStdString());
+    }
+}
+
+void SingleInstance::receive() {
+    while (QLocalSocket* socket = server_.nextPendingConnection()) {
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+            if (!socket->canReadLine()) {
+                return;
+            }
+            const QByteArray word = socket->readLine(64).trimmed();
+            for (const auto& [request, name] : words) {
+                if (word == name) {
+                    socket->write(accepted);
+                    socket->flush();
+                    Q_EMIT requested(request);
+                    return;
+                }
+            }
+            socket->abort();
+        });
+    }
+}
+
+bool SingleInstance::send(InstanceRequest request) {
+    using std::chrono::steady_clock;
+    QLocalSocket socket;
+    const auto deadline = steady_clock::now() + answerLimit;
+    do {
+        socket.connectToServer(socketName());
+        if (socket.waitForConnected(100)) {
+            break;
+        }
+        ::usleep(50'000); // the other process holds the lock and is about to listen
+    } while (steady_clock::now() < deadline);
+    if (socket.state() != QLocalSocket::ConnectedState) {
+        return false;
+    }
+    for (const auto& [known, name] : words) {
+        if (known == request) {
+            socket.write(QByteArray(name) + '\n');
+        }
+    }
+    const auto milliseconds = [](auto limit) {
+        return static_cast<int>(std::chrono::milliseconds(limit).count());
+    };
+    if (!socket.waitForReadyRead(milliseconds(answerLimit)) || socket.readLine(64) != accepted) {
+        return false;
+    }
+    // The other side keeps the connection open until its process has ended.
+    return request != InstanceRequest::quit || socket.waitForDisconnected(milliseconds(endLimit));
+}
+
+} // namespace fernhollow

@@ -1,0 +1,22 @@
+#include "App/Shell/TrustPrompt.h"
+
+#include "Support/DebugLog.h"
+
+#include <QIcon>
+#include <QMessageBox>
+
+namespace fernhollow {
+
+void showTrustPrompt(const TrustProblem& problem) {
+    debugLog("[TrustPrompt] " + problem.missing + " " + problem.remedy);
+    auto* message =
+        new QMessageBox(QMessageBox::Information, QStringLiteral("Fernhollow"),
+                        QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
+    message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
+    message->setAttribute(Qt::WA_DeleteOnClose);
+    message->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
+    message->setModal(false);
+    message->show();
+}
+
+} // namespace fernhollow
