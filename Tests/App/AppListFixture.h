@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../Model/ModelFixture.h"
 #include "App/Lists/AppListView.h"
+#include "Model/ModelFixture.h"
 
 #include <QRegion>
 #include <QTest>

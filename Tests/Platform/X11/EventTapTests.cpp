@@ -1,6 +1,6 @@
 #include "Platform/EventTap.h"
 #include "Platform/Surroundings.h"
-#include "Platform/XClient.h"
+#include "Platform/X11/XClient.h"
 #include "Support/VirtualDisplay.h"
 
 #include <QProcess>

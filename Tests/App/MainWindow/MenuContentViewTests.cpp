@@ -1,7 +1,7 @@
-#include "../Model/ModelFixture.h"
 #include "App/MainWindow/MainWindowController.h"
 #include "App/MainWindow/MenuContentView.h"
 #include "App/Status/UpdateStatusButton.h"
+#include "Model/ModelFixture.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,6 +1,6 @@
+#include "App/AppListFixture.h"
 #include "App/DayDetail/DayDetailView.h"
 #include "App/DayDetail/DayDetailWindowController.h"
-#include "AppListFixture.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "../Model/ModelFixture.h"
 #include "App/Footer/AccountButton.h"
 #include "App/Footer/DevicesPopover.h"
 #include "App/MainWindow/MenuContentView.h"
+#include "Model/ModelFixture.h"
 
 #include <QApplication>
 #include <QLabel>

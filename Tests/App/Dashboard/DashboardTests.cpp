@@ -1,10 +1,10 @@
 // The dashboard with a real model: what it shows, when it draws, and which day answers where.
 
-#include "../Model/ModelFixture.h"
 #include "App/Charts/BarChart.h"
 #include "App/Dashboard/ChartClickOverlay.h"
 #include "App/Dashboard/ProductivityDashboard.h"
 #include "App/DayDetail/DayDetailWindowController.h"
+#include "Model/ModelFixture.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "Platform/StatusItem/StatusItem.h"
 
-#include "FakeNotifierHost.h"
+#include "Platform/StatusItem/FakeNotifierHost.h"
 #include "Platform/StatusItem/NotifierTypes.h"
 #include "Platform/StatusItem/StatusNotifier.h"
 #include "Support/EventLoop.h"

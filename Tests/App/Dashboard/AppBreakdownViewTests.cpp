@@ -1,5 +1,5 @@
+#include "App/AppListFixture.h"
 #include "App/Dashboard/AppBreakdownView.h"
-#include "AppListFixture.h"
 
 #include <QHelpEvent>
 #include <QLabel>

@@ -1,6 +1,6 @@
 #include "Platform/Surroundings.h"
 #include "Platform/X11/X11Workspace.h"
-#include "Platform/XClient.h"
+#include "Platform/X11/XClient.h"
 #include "Support/ApplicationIdentity.h"
 #include "Support/VirtualDisplay.h"
 
