@@ -1,7 +1,9 @@
 """What Packaging/ makes of this build, opened again."""
 
+import gzip
 import os
 import pathlib
+import re
 import subprocess
 import tempfile
 import unittest
@@ -32,8 +34,7 @@ class Packages(unittest.TestCase):
         root = self.folder / "root"
         self.run_quietly("dpkg-deb", "--extract", file, root)
         version = self.run_quietly(root / "usr/bin/fernhollow", "--version").split()[1]
-        self.assertEqual(pathlib.Path(file).name.split("_")[:2], ["fernhollow", version])
-        self.assertEqual(self.run_quietly("dpkg-deb", "--field", file, "Version").strip(), version)
+        self.assertRegex(pathlib.Path(file).name, rf"^fernhollow_{version}-1~deb\w+_")
         depends = self.run_quietly("dpkg-deb", "--field", file, "Depends")
         for library in ("libc6 ", "libqt6widgets6 ", "libsqlite3-0 ", "libxcb-record0", "qt6-qpa-plugins"):
             self.assertIn(library, depends)
@@ -41,15 +42,22 @@ class Packages(unittest.TestCase):
         self.assertEqual((root / "usr/bin/fernhollow").resolve(), program.resolve())
         # The installed files as dpkg will list them, by which the program knows that it is one of them.
         self.assertIn("./usr/lib/fernhollow/fernhollow\n", self.run_quietly("dpkg-deb", "--contents", file))
-        self.run_quietly("md5sum", "--check", "--quiet", self.sums(file, root))
+        options = set(re.findall(r"--[a-z]+", self.run_quietly(root / "usr/bin/fernhollow", "--help")))
+        for described in ("share/man/man1/fernhollow.1.gz", "share/bash-completion/completions/fernhollow"):
+            data = (root / "usr" / described).read_bytes()
+            text = (gzip.decompress(data) if described.endswith(".gz") else data).decode().replace("\\-", "-")
+            self.assertEqual(set(re.findall(r"--[a-z]+", text)), options, described)
 
-    def sums(self, file, root):
-        """The package's list of sums, with the names of the unpacked files."""
-        lines = self.run_quietly("dpkg-deb", "--info", file, "md5sums").splitlines()
-        self.assertGreater(len(lines), 3)
-        listed = self.folder / "md5sums"
-        listed.write_text("".join(f"{line[:34]}{root}/{line[34:]}\n" for line in lines))
-        return listed
+    def test_a_large_log_is_put_aside_and_four_old_ones_are_kept(self):
+        log = self.folder / "fernhollow_debug.log"
+        for number in range(7):
+            log.write_text(f"{number}" * 1100000)
+            self.run_quietly("sh", TOP / "Packaging/desktop/rotate-log")
+        log.write_text("short")
+        self.run_quietly("sh", TOP / "Packaging/desktop/rotate-log")
+        kept = {file.name.removeprefix(log.name): file.read_bytes() for file in self.folder.iterdir()}
+        first = {name: (gzip.decompress(data) if name.endswith(".gz") else data)[:1] for name, data in kept.items()}
+        self.assertEqual(first, {"": b"s", ".1": b"6", ".2.gz": b"5", ".3.gz": b"4", ".4.gz": b"3"})
 
     def test_one_file_unpacks_runs_and_clears_away(self):
         self.package("appdir", BUILD, self.folder / "AppDir")
@@ -57,6 +65,8 @@ class Packages(unittest.TestCase):
         names = {file.name.split(".")[0] for file in libraries.iterdir()}
         self.assertLessEqual({"libQt6Widgets", "libQt6XcbQpa", "libicuuc", "libsqlite3"}, names)
         self.assertEqual(names & {"libc", "libX11", "libGL", "ld-linux-x86-64"}, set())
+        licences = {file.parent.name for file in (self.folder / "AppDir/usr/share/doc").glob("*/copyright")}
+        self.assertLessEqual({"libqt6widgets6", "libsqlite3-0"}, licences)
         file = self.folder / "Fernhollow.AppImage"
         self.package("appimage", "--self-extracting", self.folder / "AppDir", file)
         self.assertRegex(self.run_quietly(file, "--version"), r"^Fernhollow \d+\.\d+\.\d+\n$")

@@ -1,0 +1,5 @@
+complete -c fernhollow -f
+complete -c fernhollow -s h -l help -d 'Show the options'
+complete -c fernhollow -s v -l version -d 'Show the version'
+complete -c fernhollow -l toggle -d 'Show or hide the main window'
+complete -c fernhollow -l quit -d 'End the running instance'
