@@ -44,7 +44,4 @@ public:
     virtual std::unique_ptr<EventTap> createTap(Callback callback) = 0;
 };
 
-/// The provider of the desktop that we run on.
-std::unique_ptr<EventTapProvider> makeEventTapProvider(EventTapProvider::Prompt prompt);
-
 } // namespace fernhollow

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -24,7 +23,10 @@ public:
     virtual std::optional<FrontmostApplication> frontmostApplication() = 0;
 };
 
-/// The workspace of the desktop that we run on; one that knows no application where there is none.
-std::unique_ptr<Workspace> makeWorkspace();
+/// For a session that does not tell which application is in front.
+class UnknownWorkspace final : public Workspace {
+public:
+    std::optional<FrontmostApplication> frontmostApplication() override { return std::nullopt; }
+};
 
 } // namespace fernhollow

@@ -28,7 +28,7 @@ void pause(int milliseconds) {
 } // namespace
 
 TEST(StatusItemPresence, AppearsInABarThatComesLaterAndInItsSuccessor) {
-    const StatusItem item;
+    const StatusItem item(StatusIcons::square);
     std::vector<bool> changes;
     QObject::connect(&item, &StatusItem::shownChanged, &item, [&](bool shown) { changes.push_back(shown); });
     pause(100);
@@ -46,7 +46,7 @@ TEST(StatusItemPresence, AppearsInABarThatComesLaterAndInItsSuccessor) {
 
 TEST(StatusItemPresence, FollowsTheHostsOfAWatcherThatStays) {
     FakeNotifierHost bar(false);
-    StatusItem item;
+    StatusItem item(StatusIcons::square);
     ASSERT_TRUE(waitUntil([&] { return bar.items.size() == 1; }));
     item.setTitle(QStringLiteral("1"));
     pause(100);
@@ -62,8 +62,7 @@ TEST(StatusItemPresence, FollowsTheHostsOfAWatcherThatStays) {
 }
 
 TEST(StatusItemPresence, DoesWithoutABus) {
-    StatusNotifier notifier(QDBusConnection(QStringLiteral("no such connection")),
-                            StatusNotifier::Icons::WideIcons);
+    StatusNotifier notifier(QDBusConnection(QStringLiteral("no such connection")), StatusIcons::wide);
     notifier.setTitle(QStringLiteral("12,345"));
     EXPECT_EQ(notifier.watcher(), StatusNotifier::Watcher::Absent);
     // Bars that keep wide pictures take the largest, which shows the whole text.
@@ -82,7 +81,7 @@ protected:
     }
 
     FakeNotifierHost bar;
-    StatusItem item;
+    StatusItem item{StatusIcons::square};
 };
 
 TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {

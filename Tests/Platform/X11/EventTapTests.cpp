@@ -1,5 +1,5 @@
-#include "Platform/EventTap.h"
 #include "Platform/Surroundings.h"
+#include "Platform/X11/X11Desktop.h"
 #include "Platform/X11/XClient.h"
 #include "Support/VirtualDisplay.h"
 
@@ -23,7 +23,7 @@ protected:
     }
 
     void start(EventTapProvider::Callback callback) {
-        tap = makeEventTapProvider({})->createTap(std::move(callback));
+        tap = makeX11EventTapProvider({})->createTap(std::move(callback));
         ASSERT_NE(tap, nullptr);
         tap->setEnabled(true);
     }
@@ -159,26 +159,8 @@ TEST_F(Tap, MayBeDestroyedInItsCallback) {
 class Trust : public testing::Test {
 protected:
     Surroundings surroundings;
-    std::string shown;
-    std::unique_ptr<EventTapProvider> provider =
-        makeEventTapProvider([this](const TrustProblem& problem) { shown += problem.missing; });
+    std::unique_ptr<EventTapProvider> provider = makeX11EventTapProvider({});
 };
-
-TEST_F(Trust, IsRefusedUnderWaylandEvenWithAnXServer) {
-    const VirtualDisplay display;
-    surroundings.set("DISPLAY", display.name());
-    EXPECT_TRUE(provider->isProcessTrusted(true));
-    for (const char* variable : {"XDG_SESSION_TYPE", "WAYLAND_DISPLAY"}) {
-        surroundings.set(variable, "wayland");
-        EXPECT_FALSE(provider->isProcessTrusted(false));
-        EXPECT_EQ(shown, "");
-        EXPECT_FALSE(provider->isProcessTrusted(true));
-        EXPECT_THAT(std::exchange(shown, ""), testing::HasSubstr("Wayland"));
-        EXPECT_EQ(provider->createTap([](TapEvent) {}), nullptr);
-        surroundings.set(variable, "");
-    }
-    EXPECT_EQ(surroundings.logged("Wayland"), 1);
-}
 
 TEST_F(Trust, IsRefusedWithoutTheRecordExtension) {
     const VirtualDisplay display({QStringLiteral("-extension"), QStringLiteral("RECORD")});

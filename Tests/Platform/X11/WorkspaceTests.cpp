@@ -1,4 +1,5 @@
 #include "Platform/Surroundings.h"
+#include "Platform/X11/X11Desktop.h"
 #include "Platform/X11/X11Workspace.h"
 #include "Platform/X11/XClient.h"
 #include "Support/ApplicationIdentity.h"
@@ -136,7 +137,7 @@ TEST_F(Frontmost, IsUnknownWhileThereIsNoServer) {
 
 TEST(NoDisplay, KnowsNoApplication) {
     const Surroundings surroundings;
-    EXPECT_EQ(makeWorkspace()->frontmostApplication(), std::nullopt);
+    EXPECT_EQ(makeX11Workspace()->frontmostApplication(), std::nullopt);
     EXPECT_EQ(surroundings.logged("[Workspace]"), 1);
 }
 

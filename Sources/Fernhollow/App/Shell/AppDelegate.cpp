@@ -5,6 +5,7 @@
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Model/UpdateManager.h"
+#include "Platform/Desktop.h"
 #include "Platform/StatusItem/StatusItem.h"
 #include "Presentation/CountsTrouble.h"
 
@@ -22,7 +23,7 @@ constexpr auto hostPatience = 2s;
 
 } // namespace
 
-AppDelegate::AppDelegate() {
+AppDelegate::AppDelegate(const Desktop& desktop) : desktop_(desktop) {
     titleUpdate_.setSingleShot(true);
     connect(&titleUpdate_, &QTimer::timeout, this, [this] {
         if (const auto& model = AppStateHolder::shared().model; model && statusItem_) {
@@ -48,7 +49,7 @@ void AppDelegate::setupStatusItem() {
         return;
     }
     isStatusItemSetup_ = true;
-    statusItem_ = std::make_unique<StatusItem>();
+    statusItem_ = desktop_.makeStatusItem();
     statusItem_->setTitle(QString::fromStdString(model->menuBarTitle()));
     statusItem_->setNote(countsTrouble(*model));
     connect(statusItem_.get(), &StatusItem::clicked, this, &AppDelegate::statusItemClicked);

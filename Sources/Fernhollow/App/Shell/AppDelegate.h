@@ -10,6 +10,7 @@
 
 namespace fernhollow {
 
+class Desktop;
 class StatusItem;
 
 /// What the desktop calls back: the end of launching, clicks on the status item, requests of later
@@ -18,7 +19,7 @@ class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    AppDelegate();
+    explicit AppDelegate(const Desktop& desktop);
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
@@ -33,6 +34,7 @@ private:
     void setupStatusItem();
     void openWindowUnlessReachable();
 
+    const Desktop& desktop_;
     std::unique_ptr<StatusItem> statusItem_;
     std::vector<Observation> cancellables_;
     QTimer titleUpdate_; // runs once in the next turn of the event loop after any number of changes

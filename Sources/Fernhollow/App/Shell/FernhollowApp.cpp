@@ -9,6 +9,7 @@
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Model/UpdateManager.h"
+#include "Platform/Desktop.h"
 #include "Support/DebugLog.h"
 
 #include <QGuiApplication>
@@ -50,13 +51,14 @@ void leave(int status) {
     std::_Exit(status);
 }
 
-FernhollowApp::FernhollowApp()
-    : syncThread_(clock_), taps_(makeEventTapProvider(showTrustPrompt)), workspace_(makeWorkspace()),
+FernhollowApp::FernhollowApp(const Desktop& desktop)
+    : syncThread_(clock_), taps_(desktop.makeEventTapProvider(showTrustPrompt)),
+      workspace_(desktop.makeWorkspace()), appDelegate_(desktop),
       account_(std::make_shared<AccountManager>(clock_)),
       model_(AppModel::create(
           {clock_, tasks_, *account_},
           [this](KeyPressMonitor::Handlers handlers) {
-              return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Desktop{*taps_, *workspace_, clock_},
+              return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Sources{*taps_, *workspace_, clock_},
                                                        std::move(handlers));
           },
           [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId,

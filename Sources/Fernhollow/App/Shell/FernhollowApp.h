@@ -13,6 +13,7 @@ namespace fernhollow {
 
 class AccountManager;
 class AppModel;
+class Desktop;
 class UpdateManager;
 
 /// Ends the process without what remains of it: once all is written, the toolkit would only go on waiting for
@@ -23,7 +24,7 @@ class UpdateManager;
 /// of the process and ends them so that no press is lost. Main thread.
 class FernhollowApp {
 public:
-    FernhollowApp();
+    explicit FernhollowApp(const Desktop& desktop);
     ~FernhollowApp();
     FernhollowApp(const FernhollowApp&) = delete;
     FernhollowApp& operator=(const FernhollowApp&) = delete;

@@ -22,8 +22,8 @@ constexpr const char* unknownBundleId = "unknown";
 
 std::int64_t KeyboardMonitor::keyCount = 0;
 
-KeyboardMonitor::KeyboardMonitor(Desktop desktop, Handlers handlers)
-    : desktop_(desktop), handlers_(std::move(handlers)) {}
+KeyboardMonitor::KeyboardMonitor(Sources sources, Handlers handlers)
+    : sources_(sources), handlers_(std::move(handlers)) {}
 
 KeyboardMonitor::~KeyboardMonitor() {
     stop();
@@ -40,7 +40,7 @@ bool KeyboardMonitor::start() {
     if (!isTrusted()) {
         return false;
     }
-    auto tap = desktop_.taps.createTap([this](TapEvent event) { handle(event); });
+    auto tap = sources_.taps.createTap([this](TapEvent event) { handle(event); });
     if (!tap) {
         if (!std::exchange(hasLoggedTapFailure_, true)) {
             debugLog("[KeyboardMonitor] Failed to create event tap even with permission");
@@ -56,12 +56,12 @@ bool KeyboardMonitor::start() {
 }
 
 bool KeyboardMonitor::isTrusted() {
-    const Instant now = desktop_.clock.now();
+    const Instant now = sources_.clock.now();
     if (lastPermissionCheck_ && now - *lastPermissionCheck_ < permissionCheckInterval) {
-        return desktop_.taps.isProcessTrusted(false);
+        return sources_.taps.isProcessTrusted(false);
     }
     lastPermissionCheck_ = now;
-    if (desktop_.taps.isProcessTrusted(!hasPromptedForPermission_)) {
+    if (sources_.taps.isProcessTrusted(!hasPromptedForPermission_)) {
         return true;
     }
     if (!std::exchange(hasPromptedForPermission_, true)) {
@@ -97,7 +97,7 @@ void KeyboardMonitor::handle(TapEvent event) {
 }
 
 ActiveAppInfo KeyboardMonitor::getActiveAppInfo() const {
-    const auto application = desktop_.workspace.frontmostApplication();
+    const auto application = sources_.workspace.frontmostApplication();
     if (!application) {
         return {unknownBundleId, "Unknown"};
     }

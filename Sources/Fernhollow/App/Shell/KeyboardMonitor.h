@@ -20,13 +20,13 @@ class Workspace;
 class KeyboardMonitor final : public KeyPressMonitor {
 public:
     /// The desktop's side; all of it outlives the monitor.
-    struct Desktop {
+    struct Sources {
         EventTapProvider& taps;
         Workspace& workspace;
         const Clock& clock;
     };
 
-    KeyboardMonitor(Desktop desktop, Handlers handlers);
+    KeyboardMonitor(Sources sources, Handlers handlers);
     ~KeyboardMonitor() override;
 
     /// Asks the person for permission at most once per run, and looks closely whether it was given at
@@ -45,7 +45,7 @@ private:
     void handle(TapEvent event);
     ActiveAppInfo getActiveAppInfo() const;
 
-    Desktop desktop_;
+    Sources sources_;
     std::unique_ptr<EventTap> eventTap_;
     Handlers handlers_;
     bool isMonitoring_ = false;

@@ -4,7 +4,7 @@
 #include "App/Shell/SingleInstance.h"
 #include "App/Shell/TerminationSignals.h"
 #include "App/Widgets/Theme.h"
-#include "Platform/Display.h"
+#include "Platform/Desktop.h"
 #include "Platform/SessionBus.h"
 #include "Support/ApplicationIdentity.h"
 
@@ -93,15 +93,6 @@ void keepMemoryPrivate() {
 #endif
 }
 
-// The toolkit aborts where it finds no display.
-bool hasDisplay() {
-    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
-    if (!platform.isEmpty() && !platform.startsWith("xcb")) {
-        return true; // somebody knows what they do
-    }
-    return (platform.isEmpty() && !qgetenv("WAYLAND_DISPLAY").isEmpty()) || isDisplayReachable();
-}
-
 struct Surroundings {
     TerminationSignals& termination;
     SingleInstance& instance;
@@ -109,7 +100,8 @@ struct Surroundings {
 
 int runApplication(QApplication& application, const Surroundings& around, bool showWindow) {
     auto& [termination, instance] = around;
-    FernhollowApp fernhollow;
+    const Desktop desktop;
+    FernhollowApp fernhollow(desktop);
     AppDelegate& delegate = fernhollow.delegate();
     termination.startReporting([] {
         FernhollowApp::flushNow(); // before the toolkit closes windows on a display that may not answer
@@ -138,7 +130,7 @@ int runApplication(QApplication& application, const Surroundings& around, bool s
 
 int run(int argc, char** argv, const Surroundings& around, bool showWindow) {
     avoidSilentSessionBus(busPatience);
-    if (!hasDisplay()) {
+    if (!Desktop::isReachable()) {
         std::fputs("fernhollow: no display answers: start it in a desktop session\n", stderr);
         return EXIT_FAILURE;
     }

@@ -1,14 +1,13 @@
 #include "Platform/StatusItem/StatusItem.h"
 
 #include "Platform/StatusItem/StatusNotifier.h"
-#include "Platform/X11/XEmbedTray.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QTimer>
 
 #include <chrono>
+#include <utility>
 
 namespace fernhollow {
 namespace {
@@ -19,19 +18,6 @@ using namespace std::chrono_literals;
 constexpr auto publishingInterval = 50ms;
 
 const QString connectionName = QStringLiteral("fernhollow_status_item");
-
-/// Desktops whose panels keep every icon square, some of them by squeezing the largest on offer.
-bool desktopKeepsIconsSquare() {
-    if (!QGuiApplication::platformName().startsWith(QLatin1StringView("wayland"))) {
-        return true;
-    }
-    for (const auto& desktop : qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':')) {
-        if (desktop == u"XFCE" || desktop == u"KDE" || desktop == u"LXQt") {
-            return true;
-        }
-    }
-    return false;
-}
 
 /// A connection of its own: when it closes, watchers know that the item is gone.
 class BusConnection {
@@ -48,17 +34,17 @@ public:
 
 class StatusItem::Private {
 public:
-    explicit Private(StatusItem& item)
-        : item_(item),
-          notifier_(connection_.bus, desktopKeepsIconsSquare() ? StatusNotifier::Icons::SquareIcons
-                                                               : StatusNotifier::Icons::WideIcons) {
+    Private(StatusItem& item, StatusIcons icons, std::unique_ptr<Tray> tray)
+        : item_(item), notifier_(connection_.bus, icons), tray_(std::move(tray)) {
         trailing_.setSingleShot(true);
         trailing_.setTimerType(Qt::PreciseTimer);
         connect(&trailing_, &QTimer::timeout, &item_, [this] { publish(); });
         connect(&notifier_, &StatusNotifier::clicked, &item_, &StatusItem::clicked);
-        connect(&tray_, &XEmbedTray::clicked, &item_, &StatusItem::clicked);
         connect(&notifier_, &StatusNotifier::presenceChanged, &item_, [this] { presenceChanged(); });
-        connect(&tray_, &XEmbedTray::shownChanged, &item_, [this] { announceShown(); });
+        if (tray_) {
+            connect(tray_.get(), &Tray::clicked, &item_, &StatusItem::clicked);
+            connect(tray_.get(), &Tray::shownChanged, &item_, [this] { announceShown(); });
+        }
         presenceChanged();
     }
 
@@ -80,23 +66,29 @@ public:
 
     void setNote(const QString& note) {
         notifier_.setNote(note);
-        tray_.setNote(note);
+        if (tray_) {
+            tray_->setNote(note);
+        }
     }
 
     QString title() const { return title_; }
-    bool isShown() const { return notifier_.isShown() || tray_.isShown(); }
+    bool isShown() const { return notifier_.isShown() || (tray_ && tray_->isShown()); }
 
 private:
     void publish() {
         sincePublished_.start();
         notifier_.setTitle(title_);
-        tray_.setTitle(title_);
+        if (tray_) {
+            tray_->setTitle(title_);
+        }
     }
 
     // Qt decides for good, when it makes its first tray icon, by whether a watcher exists, which of the
     // two protocols its tray icons speak: so it makes none while one exists, with or without a host.
     void presenceChanged() {
-        tray_.setEnabled(notifier_.watcher() == StatusNotifier::Watcher::Absent);
+        if (tray_) {
+            tray_->setEnabled(notifier_.watcher() == StatusNotifier::Watcher::Absent);
+        }
         announceShown();
     }
 
@@ -110,14 +102,15 @@ private:
     StatusItem& item_;
     BusConnection connection_;
     StatusNotifier notifier_;
-    XEmbedTray tray_;
+    std::unique_ptr<Tray> tray_;
     QTimer trailing_;
     QElapsedTimer sincePublished_;
     QString title_;
     bool shownBefore_ = false;
 };
 
-StatusItem::StatusItem(QObject* parent) : QObject(parent), d(std::make_unique<Private>(*this)) {}
+StatusItem::StatusItem(StatusIcons icons, std::unique_ptr<Tray> tray)
+    : d(std::make_unique<Private>(*this, icons, std::move(tray))) {}
 
 StatusItem::~StatusItem() = default;
 

@@ -1,11 +1,17 @@
 #pragma once
 
+#include "Platform/StatusItem/Tray.h"
+
 #include <QObject>
 #include <QString>
 
 #include <memory>
 
 namespace fernhollow {
+
+/// Which pictures are offered. Hosts that take the largest and squeeze it into a square need the square ones;
+/// of the wide ones the largest shows the whole text.
+enum class StatusIcons { square, wide };
 
 /// One item in the desktop's status bar whose title is a short text, here today's count.
 ///
@@ -16,7 +22,8 @@ class StatusItem : public QObject {
     Q_OBJECT
 
 public:
-    explicit StatusItem(QObject* parent = nullptr);
+    /// `tray`, which may be null, shows the item where no host of the StatusNotifierItem protocol does.
+    explicit StatusItem(StatusIcons icons, std::unique_ptr<Tray> tray = nullptr);
     ~StatusItem() override;
 
     /// The text to show. Cheap: an unchanged text does nothing, and quick changes reach the host

@@ -41,7 +41,7 @@ bool nobodyOwnsTheName(const QDBusMessage& error) {
 
 } // namespace
 
-StatusNotifier::StatusNotifier(const QDBusConnection& bus, Icons icons, QObject* parent)
+StatusNotifier::StatusNotifier(const QDBusConnection& bus, StatusIcons icons, QObject* parent)
     : QObject(parent), bus_(bus), owner_(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange),
       icons_(icons), adaptor_(new NotifierAdaptor(this)) {
     registerNotifierTypes();
@@ -142,7 +142,7 @@ void StatusNotifier::call(const QDBusMessage& message, std::function<void(const 
 }
 
 QString StatusNotifier::iconText() const {
-    return icons_ == Icons::WideIcons ? title_ : compact_;
+    return icons_ == StatusIcons::wide ? title_ : compact_;
 }
 
 void StatusNotifier::setTitle(const QString& title) {
@@ -178,7 +178,7 @@ NotifierImages StatusNotifier::images() const {
     for (const int side : squareSides) {
         drawn_.append(toNotifierImage(square.drawSquare(side)));
     }
-    if (icons_ == Icons::WideIcons && title_ != compact_) {
+    if (icons_ == StatusIcons::wide && title_ != compact_) {
         const CountIcon wide(title_);
         drawn_.append(toNotifierImage(wide.draw(wide.wideSize(wideHeight))));
     }

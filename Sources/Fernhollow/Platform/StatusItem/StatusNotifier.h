@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/StatusItem/NotifierTypes.h"
+#include "Platform/StatusItem/StatusItem.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
@@ -24,13 +25,9 @@ class StatusNotifier : public QObject {
     Q_OBJECT
 
 public:
-    /// Which pictures are offered. Hosts that take the largest and squeeze it into a square need
-    /// SquareIcons; with WideIcons the largest shows the whole text.
-    enum class Icons { SquareIcons, WideIcons };
-
     enum class Watcher { Unknown, Absent, Present };
 
-    StatusNotifier(const QDBusConnection& bus, Icons icons, QObject* parent = nullptr);
+    StatusNotifier(const QDBusConnection& bus, StatusIcons icons, QObject* parent = nullptr);
     ~StatusNotifier() override;
 
     void setTitle(const QString& title);
@@ -58,7 +55,7 @@ private:
 
     QDBusConnection bus_;
     QDBusServiceWatcher owner_;
-    const Icons icons_;
+    const StatusIcons icons_;
     NotifierAdaptor* adaptor_; // child
     QString title_;
     QString note_;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <string_view>
 #include <utility>
 
 namespace fernhollow {
@@ -18,14 +17,6 @@ namespace {
 constexpr std::chrono::milliseconds attemptPause{2'000};
 // A display behind a slow network may take long to refuse; the tries must not add up to a busy thread.
 constexpr int pausePerAttempt = 50;
-
-bool isWaylandSession() {
-    const auto variable = [](const char* name) {
-        const char* value = std::getenv(name);
-        return std::string_view(value != nullptr ? value : "");
-    };
-    return variable("XDG_SESSION_TYPE") == "wayland" || !variable("WAYLAND_DISPLAY").empty();
-}
 
 } // namespace
 
@@ -53,10 +44,6 @@ std::unique_ptr<EventTap> X11EventTapProvider::createTap(Callback callback) {
 }
 
 std::optional<X11EventTapProvider::Refusal> X11EventTapProvider::refusal() {
-    // The X server of a Wayland session sees the presses in X11 windows alone.
-    if (isWaylandSession()) {
-        return Refusal::waylandSession;
-    }
     if (!connected()) {
         return Refusal::noDisplay;
     }
@@ -93,11 +80,6 @@ void X11EventTapProvider::logChange(std::optional<Refusal> now) {
 
 TrustProblem X11EventTapProvider::describe(Refusal refusal) {
     switch (refusal) {
-    case Refusal::waylandSession:
-        return {"This is a Wayland session, in which only a part of the key presses can be seen, so "
-                "Fernhollow does not count.",
-                "To count your presses, log out and choose the desktop's X11 session (often called Xorg) on "
-                "the login screen."};
     case Refusal::noDisplay:
         return {"Fernhollow cannot reach an X11 display.",
                 "Start it from within your desktop session. It begins to count as soon as the display "
@@ -107,10 +89,6 @@ TrustProblem X11EventTapProvider::describe(Refusal refusal) {
                 "Enable the RECORD extension in the configuration of the X server and log in again."};
     }
     return {};
-}
-
-std::unique_ptr<EventTapProvider> makeEventTapProvider(EventTapProvider::Prompt prompt) {
-    return std::make_unique<X11EventTapProvider>(std::move(prompt));
 }
 
 } // namespace fernhollow

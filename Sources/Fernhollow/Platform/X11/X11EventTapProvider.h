@@ -22,7 +22,7 @@ public:
     std::unique_ptr<EventTap> createTap(Callback callback) override;
 
 private:
-    enum class Refusal { waylandSession, noDisplay, noRecording };
+    enum class Refusal { noDisplay, noRecording };
 
     std::optional<Refusal> refusal();
     bool connected();

@@ -1,8 +1,6 @@
 #include "Platform/X11/X11Workspace.h"
 
-#include "Platform/Applications/ApplicationFolders.h"
 #include "Platform/Applications/ApplicationResolver.h"
-#include "Platform/Applications/MessageLocale.h"
 #include "Support/DebugLog.h"
 
 #include <QElapsedTimer>
@@ -145,10 +143,6 @@ void X11Workspace::listenTo(xcb_window_t window, std::uint32_t events) {
     if (window != XCB_WINDOW_NONE) {
         xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &events);
     }
-}
-
-std::unique_ptr<Workspace> makeWorkspace() {
-    return std::make_unique<X11Workspace>(DesktopEntries(applicationFolders(), messageLocale()));
 }
 
 } // namespace fernhollow

@@ -2,6 +2,7 @@
 
 #include "Platform/StatusItem/CompactCount.h"
 #include "Platform/StatusItem/CountIcon.h"
+#include "Platform/X11/XcbHandles.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -9,22 +10,17 @@
 #include <QPainter>
 #include <xcb/xcb.h>
 
-#include <cstdlib>
 #include <utility>
 
 namespace fernhollow {
 namespace {
-
-template<class T>
-using XcbReply = std::unique_ptr<T, decltype(&std::free)>;
 
 // Qt offers its X connection's default screen as the primary one; further X screens have gone out of use.
 constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
 
 std::uint32_t atom(xcb_connection_t* connection, std::string_view name) {
     const auto cookie = xcb_intern_atom(connection, false, static_cast<uint16_t>(name.size()), name.data());
-    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr),
-                                                  &std::free);
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
     return reply ? reply->atom : XCB_ATOM_NONE;
 }
 
@@ -55,8 +51,6 @@ private:
 
 } // namespace
 
-XEmbedTray::XEmbedTray(QObject* parent) : QObject(parent) {}
-
 XEmbedTray::~XEmbedTray() {
     if (enabled_) {
         QCoreApplication::instance()->removeNativeEventFilter(this);
@@ -64,14 +58,10 @@ XEmbedTray::~XEmbedTray() {
 }
 
 void XEmbedTray::setEnabled(bool enabled) {
-    // Qt's offscreen platform offers the X11 interface too, with nothing behind it.
-    const auto* x11 = QGuiApplication::platformName() == QLatin1StringView("xcb")
-                          ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>()
-                          : nullptr;
-    if (x11 == nullptr || std::exchange(enabled_, enabled) == enabled) {
+    if (std::exchange(enabled_, enabled) == enabled) {
         return;
     }
-    connection_ = x11->connection();
+    connection_ = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
     if (!enabled) {
         qGuiApp->removeNativeEventFilter(this);
         undock();
@@ -111,7 +101,7 @@ bool XEmbedTray::nativeEventFilter(const QByteArray& eventType, void* message, q
 std::uint32_t XEmbedTray::findTray() {
     const auto cookie = xcb_get_selection_owner(connection_, selectionAtom_);
     const XcbReply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_, cookie, nullptr), &std::free);
+        xcb_get_selection_owner_reply(connection_, cookie, nullptr));
     if (!reply || reply->owner == XCB_WINDOW_NONE) {
         return 0;
     }

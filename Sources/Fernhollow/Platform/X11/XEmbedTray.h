@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/StatusItem/Tray.h"
+
 #include <QAbstractNativeEventFilter>
-#include <QObject>
-#include <QString>
 #include <QSystemTrayIcon>
 
 #include <cstdint>
@@ -14,23 +14,20 @@ namespace fernhollow {
 
 /// The item in a tray of the older X11 kind, while it is enabled and such a tray exists.
 ///
-/// Owned by StatusItem, main thread. It learns of trays that come and go from the events that the X
-/// server sends anyway, and holds nothing while it is disabled.
-class XEmbedTray : public QObject, private QAbstractNativeEventFilter {
+/// Owned by the StatusItem, main thread. It needs a toolkit on X11, whose connection it uses. It learns of
+/// trays that come and go from the events that the X server sends anyway, and holds nothing while it is
+/// disabled.
+class XEmbedTray final : public Tray, private QAbstractNativeEventFilter {
     Q_OBJECT
 
 public:
-    explicit XEmbedTray(QObject* parent = nullptr);
+    XEmbedTray() = default;
     ~XEmbedTray() override;
 
-    void setEnabled(bool enabled);
-    void setTitle(const QString& title);
-    void setNote(const QString& note);
-    bool isShown() const { return icon_ != nullptr; }
-
-Q_SIGNALS:
-    void clicked();
-    void shownChanged();
+    void setEnabled(bool enabled) override;
+    void setTitle(const QString& title) override;
+    void setNote(const QString& note) override;
+    bool isShown() const override { return icon_ != nullptr; }
 
 private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;

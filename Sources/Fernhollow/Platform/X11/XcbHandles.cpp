@@ -1,7 +1,5 @@
 #include "Platform/X11/XcbHandles.h"
 
-#include "Platform/Display.h"
-
 namespace fernhollow {
 
 XcbConnection connectToDisplay() {
@@ -27,10 +25,6 @@ bool dropArrivedEvents(xcb_connection_t* connection) {
     while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection))) {
     }
     return xcb_connection_has_error(connection) == 0;
-}
-
-bool isDisplayReachable() {
-    return connectToDisplay() != nullptr;
 }
 
 } // namespace fernhollow

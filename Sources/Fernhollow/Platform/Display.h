@@ -1,8 +1,0 @@
-#pragma once
-
-namespace fernhollow {
-
-/// Whether the display server that the environment names accepts us. Waits for its answer.
-bool isDisplayReachable();
-
-} // namespace fernhollow

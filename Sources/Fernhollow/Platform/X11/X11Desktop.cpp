@@ -1,0 +1,29 @@
+#include "Platform/X11/X11Desktop.h"
+
+#include "Platform/Applications/ApplicationFolders.h"
+#include "Platform/Applications/MessageLocale.h"
+#include "Platform/X11/X11EventTapProvider.h"
+#include "Platform/X11/X11Workspace.h"
+#include "Platform/X11/XEmbedTray.h"
+
+#include <utility>
+
+namespace fernhollow {
+
+bool isX11DisplayReachable() {
+    return connectToDisplay() != nullptr;
+}
+
+std::unique_ptr<EventTapProvider> makeX11EventTapProvider(EventTapProvider::Prompt prompt) {
+    return std::make_unique<X11EventTapProvider>(std::move(prompt));
+}
+
+std::unique_ptr<Workspace> makeX11Workspace() {
+    return std::make_unique<X11Workspace>(DesktopEntries(applicationFolders(), messageLocale()));
+}
+
+std::unique_ptr<Tray> makeXEmbedTray() {
+    return std::make_unique<XEmbedTray>();
+}
+
+} // namespace fernhollow
