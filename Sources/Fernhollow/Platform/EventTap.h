@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace fernhollow {
@@ -22,10 +23,17 @@ public:
     virtual void setEnabled(bool enabled) = 0;
 };
 
+/// What a person may do about a TrustProblem with one press of a button.
+struct TrustAction {
+    std::string label;             ///< of the button
+    std::function<void()> perform; ///< returns at once; what comes of it, the provider's next answers tell
+};
+
 /// Why the desktop does not let us count, in words for the person in front of it.
 struct TrustProblem {
-    std::string missing; ///< what is missing, one sentence
-    std::string remedy;  ///< what the person can do, one or two sentences
+    std::string missing;                 ///< what is missing, one sentence
+    std::string remedy;                  ///< what the person can do, one or two sentences
+    std::optional<TrustAction> action{}; ///< absent where the program can do nothing
 };
 
 /// The desktop's side of the keyboard: may we observe it, and the tap that does.
@@ -37,7 +45,9 @@ public:
 
     virtual ~EventTapProvider() = default;
 
-    /// True when a tap would see every press. With `prompting`, a refusal is also shown to the person.
+    /// True when a tap would see every press. Never waits: a provider that has to ask another process says
+    /// false until it knows. It is asked again each second. With `prompting`, the refusal is also shown to
+    /// the person as soon as it is known.
     virtual bool isProcessTrusted(bool prompting) = 0;
 
     /// A new, disabled tap, or null when the desktop refuses one.

@@ -2,6 +2,7 @@
 
 #include "Support/DebugLog.h"
 
+#include <QAbstractButton>
 #include <QIcon>
 #include <QMessageBox>
 
@@ -13,6 +14,11 @@ void showTrustPrompt(const TrustProblem& problem) {
         new QMessageBox(QMessageBox::Information, QStringLiteral("Fernhollow"),
                         QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
     message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
+    if (problem.action) {
+        const QAbstractButton* button =
+            message->addButton(QString::fromStdString(problem.action->label), QMessageBox::AcceptRole);
+        QObject::connect(button, &QAbstractButton::clicked, message, problem.action->perform);
+    }
     message->setAttribute(Qt::WA_DeleteOnClose);
     message->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
     message->setModal(false);
