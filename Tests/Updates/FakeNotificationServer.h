@@ -42,6 +42,7 @@ public Q_SLOTS:
     void CloseNotification(uint id) { closed.append(id); }
 
 Q_SIGNALS:
+    void ActivationToken(uint id, const QString& token);
     void ActionInvoked(uint id, const QString& action);
     void NotificationClosed(uint id, uint reason);
 

@@ -35,8 +35,9 @@ protected:
     }
 
     FakeNotificationServer server_;
-    int activated_ = 0;
-    UpdateNotification notification_{QDBusConnection::sessionBus(), [this] { ++activated_; }};
+    std::vector<QByteArray> activated_; ///< the token of each
+    UpdateNotification notification_{QDBusConnection::sessionBus(),
+                                     [this](const QByteArray& token) { activated_.push_back(token); }};
 };
 
 TEST_F(UpdateNotificationTest, TellsQuietlyAndHearsItsOwnActionAlone) {
@@ -47,9 +48,12 @@ TEST_F(UpdateNotificationTest, TellsQuietlyAndHearsItsOwnActionAlone) {
 
     Q_EMIT server_.ActionInvoked(7, QStringLiteral("default")); // another program's
     Q_EMIT server_.ActionInvoked(41, QStringLiteral("snooze"));
+    Q_EMIT server_.ActivationToken(7, QStringLiteral("another"));
+    Q_EMIT server_.ActivationToken(41, QStringLiteral("leave"));
     Q_EMIT server_.ActionInvoked(41, QStringLiteral("default"));
-    EXPECT_TRUE(waitUntil([this] { return activated_ > 0; }));
-    EXPECT_EQ(activated_, 1);
+    Q_EMIT server_.ActionInvoked(41, QStringLiteral("default"));
+    EXPECT_TRUE(waitUntil([this] { return activated_.size() > 1; }));
+    EXPECT_THAT(activated_, testing::ElementsAre("leave", ""));
 }
 
 TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
@@ -68,14 +72,14 @@ TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
     Q_EMIT server_.ActionInvoked(42, QStringLiteral("default")); // too late
     show("0.6.0");
     EXPECT_EQ(server_.replaced.last(), 0);
-    EXPECT_EQ(activated_, 0);
+    EXPECT_TRUE(activated_.empty());
 }
 
 TEST(UpdateNotificationWithoutServer, SaysNothing) {
-    UpdateNotification notification(QDBusConnection::sessionBus(), [] { FAIL(); });
+    UpdateNotification notification(QDBusConnection::sessionBus(), [](const QByteArray&) { FAIL(); });
     notification.show("0.3.0");
     notification.close();
-    UpdateNotification nowhere(QDBusConnection(QString()), [] { FAIL(); });
+    UpdateNotification nowhere(QDBusConnection(QString()), [](const QByteArray&) { FAIL(); });
     nowhere.show("0.3.0");
     nowhere.close();
 }

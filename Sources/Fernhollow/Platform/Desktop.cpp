@@ -46,9 +46,8 @@ std::unique_ptr<Workspace> Desktop::makeWorkspace() const {
 }
 
 std::unique_ptr<StatusItem> Desktop::makeStatusItem() const {
-    return std::make_unique<StatusItem>(
-        panelsKeepIconsSquare() ? StatusIcons::square : StatusIcons::wide,
-        windowSystem() == WindowSystem::x11 ? makeXEmbedTray() : nullptr);
+    return std::make_unique<StatusItem>(panelsKeepIconsSquare() ? StatusIcons::square : StatusIcons::wide,
+                                        windowSystem() == WindowSystem::x11 ? makeXEmbedTray() : nullptr);
 }
 
 } // namespace fernhollow

@@ -24,7 +24,7 @@ QDBusMessage makeCall(const QString& method) {
 
 } // namespace
 
-UpdateNotification::UpdateNotification(const QDBusConnection& bus, std::function<void()> activated)
+UpdateNotification::UpdateNotification(const QDBusConnection& bus, Activated activated)
     : bus_(bus), activated_(std::move(activated)) {}
 
 void UpdateNotification::show(const std::string& version) {
@@ -33,6 +33,8 @@ void UpdateNotification::show(const std::string& version) {
     }
     if (!std::exchange(isAsked_, true)) {
         // Without a sender: naming one makes Qt ask the bus for its owner and wait for the answer.
+        bus_.connect({}, path, service, QStringLiteral("ActivationToken"), this,
+                     SLOT(tokenProvided(uint, QString)));
         bus_.connect({}, path, service, QStringLiteral("ActionInvoked"), this,
                      SLOT(actionInvoked(uint, QString)));
         bus_.connect({}, path, service, QStringLiteral("NotificationClosed"), this,
@@ -66,9 +68,15 @@ void UpdateNotification::close() {
     }
 }
 
+void UpdateNotification::tokenProvided(uint id, const QString& token) {
+    if (id != 0 && id == id_) {
+        activationToken_ = token.toUtf8();
+    }
+}
+
 void UpdateNotification::actionInvoked(uint id, const QString& action) {
     if (id != 0 && id == id_ && action == showAction) {
-        activated_();
+        activated_(std::exchange(activationToken_, {}));
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDBusConnection>
 #include <QObject>
 
@@ -14,8 +15,11 @@ class UpdateNotification : public QObject {
     Q_OBJECT
 
 public:
+    /// Called with the desktop's leave to come to the front, empty where it gave none.
+    using Activated = std::function<void(const QByteArray& activationToken)>;
+
     /// `activated` is called when the person chooses the notification, however much later.
-    UpdateNotification(const QDBusConnection& bus, std::function<void()> activated);
+    UpdateNotification(const QDBusConnection& bus, Activated activated);
 
     void show(const std::string& version);
 
@@ -23,14 +27,16 @@ public:
     void close();
 
 private Q_SLOTS:
+    void tokenProvided(uint id, const QString& token); // NOLINT(readability-identifier-length)
     void actionInvoked(uint id,
                        const QString& action);     // NOLINT(readability-identifier-length): the wire's name
     void notificationClosed(uint id, uint reason); // NOLINT(readability-identifier-length)
 
 private:
     QDBusConnection bus_;
-    std::function<void()> activated_;
-    uint id_ = 0; // of what is shown; 0 is none
+    Activated activated_;
+    QByteArray activationToken_; // comes before the action that it belongs to
+    uint id_ = 0;                // of what is shown; 0 is none
     bool isAsked_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "App/MainWindow/MainWindowController.h"
 #include "App/MainWindow/MenuContentView.h"
+#include "App/Shell/AppStateHolder.h"
 #include "App/Status/UpdateStatusButton.h"
 #include "Model/ModelFixture.h"
 
@@ -158,16 +159,17 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
         }
         return found;
     };
-    controller.toggle(model_, account_, updates_.manager, clock_);
+    const AppStateHolder objects{model_, account_, updates_.manager, &clock_};
+    controller.toggle(objects, {});
     ASSERT_EQ(windows().size(), 1);
     QWidget* window = windows().first();
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->size(), QSize(420, 750));
     EXPECT_EQ(window->minimumSize(), QSize(380, 500));
-    controller.toggle(model_, account_, updates_.manager, clock_);
+    controller.toggle(objects, {});
     EXPECT_FALSE(window->isVisible());
-    controller.show(model_, account_, updates_.manager, clock_);
-    controller.show(model_, account_, updates_.manager, clock_);
+    controller.show(objects, {});
+    controller.show(objects, {});
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(windows().size(), 1);
     controller.close();

@@ -35,15 +35,20 @@ TEST(Instances, ShareALockWhereTheDataFolderCannotBeMade) {
 
 TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
     const tests::TemporaryHome home;
-    std::vector<InstanceRequest> requests;
+    std::vector<std::pair<InstanceRequest, ActivationToken>> requests;
     auto running = std::make_unique<SingleInstance>();
     ASSERT_TRUE(running->acquire());
     QObject::connect(running.get(), &SingleInstance::requested, running.get(),
-                     [&](InstanceRequest request) { requests.push_back(request); });
+                     [&](InstanceRequest request, const ActivationToken& token) {
+                         requests.emplace_back(request, token);
+                     });
     running->listen();
 
-    for (const InstanceRequest request : {InstanceRequest::activate, InstanceRequest::toggle}) {
-        auto sent = std::async(std::launch::async, [request] { return SingleInstance().send(request); });
+    const std::vector<std::pair<InstanceRequest, ActivationToken>> sendings{
+        {InstanceRequest::activate, {}}, {InstanceRequest::toggle, "fernhollow_TIME42"}};
+    for (const auto& sending : sendings) {
+        auto sent = std::async(std::launch::async,
+                               [&sending] { return SingleInstance().send(sending.first, sending.second); });
         EXPECT_TRUE(tests::waitUntil(
             [&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         EXPECT_TRUE(sent.get());
@@ -55,7 +60,7 @@ TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
     running.reset();
     EXPECT_TRUE(quit.get());
     EXPECT_THAT(requests,
-                ElementsAre(InstanceRequest::activate, InstanceRequest::toggle, InstanceRequest::quit));
+                ElementsAre(sendings[0], sendings[1], std::pair(InstanceRequest::quit, ActivationToken())));
 }
 
 } // namespace

@@ -112,14 +112,21 @@ TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {
 }
 
 TEST_F(StatusItemInABar, HandsOnEveryClick) {
-    int clicks = 0;
-    QObject::connect(&item, &StatusItem::clicked, &item, [&] { ++clicks; });
+    std::vector<QByteArray> clicks; // the token of each
+    QObject::connect(&item, &StatusItem::clicked, &item,
+                     [&](const QByteArray& token) { clicks.push_back(token); });
     for (const auto& method :
          {QStringLiteral("Activate"), QStringLiteral("SecondaryActivate"), QStringLiteral("ContextMenu")}) {
         bar.call(bar.itemInterface, method, {10, 20});
-        EXPECT_TRUE(waitUntil([&] { return clicks == 1; })) << method.toStdString();
-        clicks = 0;
+        EXPECT_TRUE(waitUntil([&] { return clicks.size() == 1; })) << method.toStdString();
+        EXPECT_EQ(std::exchange(clicks, {}).front(), "");
     }
+    bar.call(bar.itemInterface, QStringLiteral("ProvideXdgActivationToken"), {QStringLiteral("leave")});
+    for (int click = 0; click < 2; ++click) {
+        bar.call(bar.itemInterface, QStringLiteral("Activate"), {10, 20});
+    }
+    EXPECT_TRUE(waitUntil([&] { return clicks.size() == 2; }));
+    EXPECT_THAT(clicks, ElementsAre("leave", "")) << "a token is for one click";
 }
 
 TEST_F(StatusItemInABar, ShowsAChangeAtOnceAndANewIconWhenItDiffers) {

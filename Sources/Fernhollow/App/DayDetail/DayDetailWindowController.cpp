@@ -1,20 +1,12 @@
 #include "App/DayDetail/DayDetailWindowController.h"
 
 #include "App/DayDetail/DayDetailView.h"
-#include "App/MainWindow/WindowPlacement.h"
 #include "Presentation/DayText.h"
 
-#include <QIcon>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 namespace fernhollow {
-namespace {
-
-constexpr QSize initialSize{700, 550};
-constexpr QSize minimumSize{600, 450};
-
-} // namespace
 
 DayDetailWindowController& DayDetailWindowController::shared() {
     static DayDetailWindowController controller;
@@ -22,12 +14,10 @@ DayDetailWindowController& DayDetailWindowController::shared() {
 }
 
 void DayDetailWindowController::createWindow() {
-    window_ = new QWidget;
-    window_->setWindowTitle(QStringLiteral("Day Details"));
-    window_->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
+    setWindow(new QWidget,
+              {.title = QStringLiteral("Day Details"), .initial = {700, 550}, .minimum = {600, 450}});
     auto* layout = new QVBoxLayout(window_);
     layout->setContentsMargins(0, 0, 0, 0);
-    placeCentred(*window_, initialSize, minimumSize);
     for (const QKeySequence& key : {QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)}) {
         QObject::connect(new QShortcut(key, window_), &QShortcut::activated, window_, &QWidget::close);
     }
@@ -45,14 +35,7 @@ void DayDetailWindowController::showWindow(Instant date, const std::shared_ptr<A
     view_->setFocus();
     window_->setWindowTitle(QStringLiteral("Day Details - ") +
                             QString::fromStdString(DayText().mediumDate(date)));
-    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
-}
-
-void DayDetailWindowController::close() {
-    delete window_.data();
+    bringToFront(*window_);
 }
 
 } // namespace fernhollow

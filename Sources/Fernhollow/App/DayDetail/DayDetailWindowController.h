@@ -1,9 +1,7 @@
 #pragma once
 
+#include "App/Widgets/WindowController.h"
 #include "Support/Clock.h"
-
-#include <QPointer>
-#include <QWidget>
 
 #include <memory>
 
@@ -12,21 +10,17 @@ namespace fernhollow {
 class AppModel;
 class DayDetailView;
 
-/// The one window for a day's details: made when it is first shown; another day replaces its content.
-class DayDetailWindowController {
+/// The one window for a day's details; another day replaces its content.
+class DayDetailWindowController final : public WindowController {
 public:
     static DayDetailWindowController& shared();
 
     /// Shows the day of `date` from the start, in front with the keyboard.
     void showWindow(Instant date, const std::shared_ptr<AppModel>& model, const Clock& clock);
 
-    /// Destroys the window, at the end of the program.
-    void close();
-
 private:
     void createWindow();
 
-    QPointer<QWidget> window_;
     QPointer<DayDetailView> view_;
 };
 

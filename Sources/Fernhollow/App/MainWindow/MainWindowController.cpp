@@ -1,58 +1,33 @@
 #include "App/MainWindow/MainWindowController.h"
 
 #include "App/MainWindow/MenuContentView.h"
-#include "App/MainWindow/WindowPlacement.h"
-
-#include <QIcon>
+#include "App/Shell/AppStateHolder.h"
 
 namespace fernhollow {
-namespace {
-
-constexpr QSize initialSize{420, 750};
-constexpr QSize minimumSize{380, 500};
-
-} // namespace
 
 MainWindowController& MainWindowController::shared() {
     static MainWindowController controller;
     return controller;
 }
 
-void MainWindowController::createWindow(const std::shared_ptr<AppModel>& model,
-                                        const std::shared_ptr<AccountManager>& account,
-                                        const std::shared_ptr<UpdateManager>& updateManager,
-                                        const Clock& clock) {
-    auto* window = new MenuContentView(model, account, updateManager, clock);
-    window_ = window;
-    window->setWindowTitle(QStringLiteral("Fernhollow"));
-    window->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
-    placeCentred(*window, initialSize, minimumSize);
+void MainWindowController::createWindow(const AppStateHolder& objects) {
+    setWindow(new MenuContentView(objects.model, objects.account, objects.updateManager, *objects.clock),
+              {.title = QStringLiteral("Fernhollow"), .initial = {420, 750}, .minimum = {380, 500}});
 }
 
-void MainWindowController::toggle(const std::shared_ptr<AppModel>& model,
-                                  const std::shared_ptr<AccountManager>& account,
-                                  const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock) {
+void MainWindowController::toggle(const AppStateHolder& objects, const ActivationToken& token) {
     if (window_ && window_->isVisible() && !window_->isMinimized()) {
         window_->hide();
         return;
     }
-    show(model, account, updateManager, clock);
+    show(objects, token);
 }
 
-void MainWindowController::show(const std::shared_ptr<AppModel>& model,
-                                const std::shared_ptr<AccountManager>& account,
-                                const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock) {
+void MainWindowController::show(const AppStateHolder& objects, const ActivationToken& token) {
     if (!window_) {
-        createWindow(model, account, updateManager, clock);
+        createWindow(objects);
     }
-    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
-}
-
-void MainWindowController::close() {
-    delete window_.data();
+    bringToFront(*window_, token);
 }
 
 } // namespace fernhollow

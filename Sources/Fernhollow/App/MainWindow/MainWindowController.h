@@ -1,39 +1,23 @@
 #pragma once
 
-#include <QPointer>
-#include <QWidget>
-
-#include <memory>
+#include "App/Widgets/WindowController.h"
 
 namespace fernhollow {
 
-class AccountManager;
-class AppModel;
-class Clock;
-class UpdateManager;
+struct AppStateHolder;
 
-/// The one main window: made when it is first shown, afterwards hidden and shown again, never remade.
-class MainWindowController {
+/// The one main window.
+class MainWindowController final : public WindowController {
 public:
     static MainWindowController& shared();
 
-    /// Hides the window when it is visible, else shows it in front with the keyboard.
-    void toggle(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
-                const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock);
-    void show(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
-              const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock);
-
-    /// Whether the window has been shown in this run.
-    bool hasBeenShown() const { return window_ != nullptr; }
-
-    /// Destroys the window, at the end of the program.
-    void close();
+    /// Hides the window when it is visible, else shows it in front with the keyboard. `objects` holds them
+    /// all.
+    void toggle(const AppStateHolder& objects, const ActivationToken& token);
+    void show(const AppStateHolder& objects, const ActivationToken& token);
 
 private:
-    void createWindow(const std::shared_ptr<AppModel>& model, const std::shared_ptr<AccountManager>& account,
-                      const std::shared_ptr<UpdateManager>& updateManager, const Clock& clock);
-
-    QPointer<QWidget> window_;
+    void createWindow(const AppStateHolder& objects);
 };
 
 } // namespace fernhollow

@@ -68,23 +68,21 @@ void AppDelegate::openWindowUnlessReachable() {
     }
     const auto& account = AppStateHolder::shared().account;
     if (!statusItem_->isShown() || (account && !account->email())) {
-        activate();
+        activate({});
     }
 }
 
-void AppDelegate::statusItemClicked() {
+void AppDelegate::statusItemClicked(const ActivationToken& token) {
     const auto& holder = AppStateHolder::shared();
-    if (!holder.model || !holder.account || !holder.updateManager) {
-        return;
+    if (holder.isFilled()) {
+        MainWindowController::shared().toggle(holder, token);
     }
-    MainWindowController::shared().toggle(holder.model, holder.account, holder.updateManager, *holder.clock);
 }
 
-void AppDelegate::activate() {
+void AppDelegate::activate(const ActivationToken& token) {
     const auto& holder = AppStateHolder::shared();
-    if (holder.model && holder.account && holder.updateManager) {
-        MainWindowController::shared().show(holder.model, holder.account, holder.updateManager,
-                                            *holder.clock);
+    if (holder.isFilled()) {
+        MainWindowController::shared().show(holder, token);
     }
 }
 

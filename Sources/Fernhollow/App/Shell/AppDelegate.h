@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Activation.h"
 #include "Support/Observable.h"
 
 #include <QObject>
@@ -25,10 +26,10 @@ public:
     void applicationDidFinishLaunching();
 
     /// Toggles the main window.
-    void statusItemClicked();
+    void statusItemClicked(const ActivationToken& token);
 
     /// Shows the main window in front, as a second plain start of the program asks.
-    void activate();
+    void activate(const ActivationToken& token);
 
 private:
     void setupStatusItem();

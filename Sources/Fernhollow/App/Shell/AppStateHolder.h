@@ -16,6 +16,8 @@ struct AppStateHolder {
     std::shared_ptr<UpdateManager> updateManager;
     const Clock* clock = nullptr; ///< present while the others are
 
+    bool isFilled() const { return model && account && updateManager; }
+
     static AppStateHolder& shared();
 };
 

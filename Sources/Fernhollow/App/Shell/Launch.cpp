@@ -80,7 +80,7 @@ CommandLine parse(int argc, char** argv) {
 
 bool handToRunningInstance(int argc, char** argv, SingleInstance& instance, InstanceRequest request) {
     const QCoreApplication application(argc, argv);
-    return instance.send(request);
+    return instance.send(request, launchActivationToken());
 }
 
 // A core dump, or another program that attaches to this one, could see what the display server has just
@@ -107,21 +107,22 @@ int runApplication(QApplication& application, const Surroundings& around, bool s
         FernhollowApp::flushNow(); // before the toolkit closes windows on a display that may not answer
         QCoreApplication::quit();
     });
-    QObject::connect(&instance, &SingleInstance::requested, &delegate, [&delegate](InstanceRequest request) {
-        switch (request) {
-        case InstanceRequest::activate:
-            return delegate.activate();
-        case InstanceRequest::toggle:
-            return delegate.statusItemClicked();
-        case InstanceRequest::quit:
-            return QCoreApplication::quit();
-        }
-    });
+    QObject::connect(&instance, &SingleInstance::requested, &delegate,
+                     [&delegate](InstanceRequest request, const ActivationToken& token) {
+                         switch (request) {
+                         case InstanceRequest::activate:
+                             return delegate.activate(token);
+                         case InstanceRequest::toggle:
+                             return delegate.statusItemClicked(token);
+                         case InstanceRequest::quit:
+                             return QCoreApplication::quit();
+                         }
+                     });
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &instance, &SingleInstance::stopListening);
     instance.listen();
     delegate.applicationDidFinishLaunching();
     if (showWindow) {
-        delegate.activate();
+        delegate.activate({}); // the toolkit itself uses the token that this process was started with
     }
     const int status = QApplication::exec();
     termination.stopReporting();

@@ -31,6 +31,7 @@ constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{
      {InstanceRequest::toggle, "toggle"},
      {InstanceRequest::quit, "quit"}}};
 constexpr const char* accepted = "ok\n";
+constexpr qint64 longestLine = 512;
 
 fs::path runtimeFolder() {
     if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder != nullptr && *folder == '/') {
@@ -130,12 +131,14 @@ void SingleInstance::receive() {
             if (!socket->canReadLine()) {
                 return;
             }
-            const QByteArray word = socket->readLine(64).trimmed();
+            const QByteArray word = socket->readLine(longestLine).trimmed();
+            const QByteArray token =
+                socket->readLine(longestLine).trimmed(); // travels with the word, if at all
             for (const auto& [request, name] : words) {
                 if (word == name) {
                     socket->write(accepted);
                     socket->flush();
-                    Q_EMIT requested(request);
+                    Q_EMIT requested(request, token);
                     return;
                 }
             }
@@ -144,7 +147,7 @@ void SingleInstance::receive() {
     }
 }
 
-bool SingleInstance::send(InstanceRequest request) {
+bool SingleInstance::send(InstanceRequest request, const ActivationToken& token) {
     using std::chrono::steady_clock;
     QLocalSocket socket;
     const auto deadline = steady_clock::now() + answerLimit;
@@ -160,13 +163,14 @@ bool SingleInstance::send(InstanceRequest request) {
     }
     for (const auto& [known, name] : words) {
         if (known == request) {
-            socket.write(QByteArray(name) + '\n');
+            // In one piece. A version that knows no token reads the first line alone.
+            socket.write(QByteArray(name) + '\n' + (token.isEmpty() ? token : token + '\n'));
         }
     }
     const auto milliseconds = [](auto limit) {
         return static_cast<int>(std::chrono::milliseconds(limit).count());
     };
-    if (!socket.waitForReadyRead(milliseconds(answerLimit)) || socket.readLine(64) != accepted) {
+    if (!socket.waitForReadyRead(milliseconds(answerLimit)) || socket.readLine(longestLine) != accepted) {
         return false;
     }
     // The other side keeps the connection open until its process has ended.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Activation.h"
+
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
@@ -33,10 +35,10 @@ public:
 
     /// Hands a request to the process that runs and waits until it has taken it, for `quit` until it has
     /// ended; false when it does not answer. No event loop is needed.
-    bool send(InstanceRequest request);
+    bool send(InstanceRequest request, const ActivationToken& token = {});
 
 Q_SIGNALS:
-    void requested(InstanceRequest request);
+    void requested(InstanceRequest request, const ActivationToken& token);
 
 private:
     void receive();

@@ -89,7 +89,7 @@ void StandardUserDriver::showNote(std::string text) {
 
 void StandardUserDriver::focus() {
     if (hasPage_) {
-        window_->showInFront();
+        window_->showInFront(activationToken_);
     }
     if (notification_) {
         notification_->close();
@@ -113,7 +113,7 @@ void StandardUserDriver::present(UpdatePage page, Showing showing, std::function
     hasPage_ = true;
     window_->setPage(std::move(page));
     if (showing == Showing::inFront) {
-        window_->showInFront();
+        window_->showInFront(activationToken_);
     } else if (showing == Showing::quietly && !window_->isVisible()) {
         window_->showQuietly();
     }
@@ -138,7 +138,11 @@ void StandardUserDriver::announce(const std::string& version, const std::string&
     }
     UpdatePreferences::setAnnouncedVersion(version);
     if (!notification_) {
-        notification_ = std::make_unique<UpdateNotification>(bus_, [this] { notificationChosen_(); });
+        notification_ = std::make_unique<UpdateNotification>(bus_, [this](const ActivationToken& token) {
+            activationToken_ = token;
+            notificationChosen_();
+            activationToken_.clear();
+        });
     }
     notification_->show(shortenedVersion(QString::fromStdString(displayVersion)).toStdString());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Activation.h"
 #include "Updates/UserDriver.h"
 
 #include <QDBusConnection>
@@ -51,6 +52,7 @@ private:
     std::string currentVersion_;
     QDBusConnection bus_;
     std::function<void()> notificationChosen_;
+    ActivationToken activationToken_; // while what the notification asked for comes up
     std::unique_ptr<UpdateWindow> window_;
     std::unique_ptr<UpdateNotification> notification_; // once there was something to tell
     std::function<void()> answerUnanswered_;           // while a question is open

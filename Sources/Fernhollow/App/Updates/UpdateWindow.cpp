@@ -179,15 +179,12 @@ void UpdateWindow::setProgress(double fraction, const QString& detail) {
     detail_->setText(detail);
 }
 
-void UpdateWindow::showInFront() {
+void UpdateWindow::showInFront(const ActivationToken& token) {
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     if (!std::exchange(isPlaced_, true)) {
         move(screen()->availableGeometry().center() - rect().center());
     }
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this, token);
 }
 
 void UpdateWindow::showQuietly() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Activation.h"
+
 #include <QDialog>
 #include <QString>
 
@@ -44,7 +46,7 @@ public:
     void setProgress(double fraction, const QString& detail);
 
     /// In front, with the keyboard.
-    void showInFront();
+    void showInFront(const ActivationToken& token);
 
     /// Visible, but what has the keyboard keeps it.
     void showQuietly();

@@ -3,6 +3,8 @@
 #include "Platform/StatusItem/StatusNotifier.h"
 #include "Support/ApplicationIdentity.h"
 
+#include <utility>
+
 namespace fernhollow {
 
 NotifierAdaptor::NotifierAdaptor(StatusNotifier* notifier)
@@ -24,16 +26,24 @@ NotifierToolTip NotifierAdaptor::toolTip() const {
     return {{}, {}, notifier_.title(), notifier_.note()};
 }
 
+void NotifierAdaptor::ProvideXdgActivationToken(const QString& token) {
+    activationToken_ = token.toUtf8();
+}
+
+void NotifierAdaptor::click() {
+    Q_EMIT notifier_.clicked(std::exchange(activationToken_, {}));
+}
+
 void NotifierAdaptor::Activate(int, int) {
-    Q_EMIT notifier_.clicked();
+    click();
 }
 
 void NotifierAdaptor::SecondaryActivate(int, int) {
-    Q_EMIT notifier_.clicked();
+    click();
 }
 
 void NotifierAdaptor::ContextMenu(int, int) {
-    Q_EMIT notifier_.clicked();
+    click();
 }
 
 void NotifierAdaptor::Scroll(int, const QString&) {}

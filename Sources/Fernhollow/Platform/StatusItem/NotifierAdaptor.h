@@ -49,6 +49,8 @@ public:
     NotifierToolTip toolTip() const;
 
 public Q_SLOTS:
+    /// Hosts call it before one of the following, in sessions where windows need it to come to the front.
+    void ProvideXdgActivationToken(const QString& token);
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
     void ContextMenu(int x, int y);
@@ -64,7 +66,10 @@ Q_SIGNALS:
     void XAyatanaNewLabel(const QString& label, const QString& guide);
 
 private:
+    void click();
+
     StatusNotifier& notifier_;
+    QByteArray activationToken_; // for the next click
 };
 
 } // namespace fernhollow

@@ -42,7 +42,7 @@ public:
         connect(&notifier_, &StatusNotifier::clicked, &item_, &StatusItem::clicked);
         connect(&notifier_, &StatusNotifier::presenceChanged, &item_, [this] { presenceChanged(); });
         if (tray_) {
-            connect(tray_.get(), &Tray::clicked, &item_, &StatusItem::clicked);
+            connect(tray_.get(), &Tray::clicked, &item_, [this] { Q_EMIT item_.clicked({}); });
             connect(tray_.get(), &Tray::shownChanged, &item_, [this] { announceShown(); });
         }
         presenceChanged();

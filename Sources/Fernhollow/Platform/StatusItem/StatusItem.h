@@ -2,6 +2,7 @@
 
 #include "Platform/StatusItem/Tray.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 
@@ -38,7 +39,8 @@ public:
     bool isShown() const;
 
 Q_SIGNALS:
-    void clicked();
+    /// `activationToken` is the leave for a window to come to the front, empty where the host gave none.
+    void clicked(const QByteArray& activationToken);
     void shownChanged(bool shown);
 
 private:

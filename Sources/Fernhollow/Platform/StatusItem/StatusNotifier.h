@@ -40,7 +40,7 @@ public:
     bool isShown() const { return registered_ && hostPresent_; }
 
 Q_SIGNALS:
-    void clicked();
+    void clicked(const QByteArray& activationToken);
     /// watcher() or isShown() may have changed.
     void presenceChanged();
 

@@ -18,12 +18,6 @@ namespace {
 // Qt offers its X connection's default screen as the primary one; further X screens have gone out of use.
 constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
 
-std::uint32_t atom(xcb_connection_t* connection, std::string_view name) {
-    const auto cookie = xcb_intern_atom(connection, false, static_cast<uint16_t>(name.size()), name.data());
-    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
-}
-
 /// Draws the text at whatever size the tray gives the icon.
 class CountIconEngine final : public QIconEngine {
 public:
@@ -68,8 +62,8 @@ void XEmbedTray::setEnabled(bool enabled) {
         return;
     }
     if (selectionAtom_ == 0) {
-        managerAtom_ = atom(connection_, "MANAGER");
-        selectionAtom_ = atom(connection_, traySelection);
+        managerAtom_ = internAtom(connection_, "MANAGER");
+        selectionAtom_ = internAtom(connection_, traySelection);
     }
     qGuiApp->installNativeEventFilter(this);
     follow();

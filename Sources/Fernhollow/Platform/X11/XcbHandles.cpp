@@ -21,6 +21,12 @@ xcb_window_t rootWindow(xcb_connection_t* connection) {
     return screens.rem > 0 ? screens.data->root : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
 }
 
+xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name) {
+    const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
 bool dropArrivedEvents(xcb_connection_t* connection) {
     while (XcbReply<xcb_generic_event_t>(xcb_poll_for_event(connection))) {
     }

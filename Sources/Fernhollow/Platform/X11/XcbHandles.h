@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 namespace fernhollow {
 
@@ -25,6 +26,9 @@ XcbConnection connectToDisplay();
 
 /// The root window of the screen that $DISPLAY names.
 xcb_window_t rootWindow(xcb_connection_t* connection);
+
+/// The number of a name; XCB_ATOM_NONE when the server does not answer. One round trip.
+xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name);
 
 /// Takes and drops the events that have arrived; false when the server is gone. Never waits.
 bool dropArrivedEvents(xcb_connection_t* connection);

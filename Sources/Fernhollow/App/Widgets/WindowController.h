@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Platform/Activation.h"
+
+#include <QPointer>
+#include <QSize>
+#include <QString>
+#include <QWidget>
+
+namespace fernhollow {
+
+/// One window of the program: made when it is first shown, afterwards hidden and shown again, never remade.
+/// Main thread only; lives as long as the process and holds nothing after close().
+class WindowController {
+public:
+    /// Destroys the window, at the end of the program.
+    void close() { delete window_.data(); }
+
+    /// Whether the window has been shown in this run.
+    bool hasBeenShown() const { return window_ != nullptr; }
+
+protected:
+    struct Frame {
+        QString title;
+        QSize initial; ///< smaller where the screen is; in the middle of the screen
+        QSize minimum;
+    };
+
+    WindowController() = default;
+    ~WindowController() = default;
+    WindowController(const WindowController&) = delete;
+    WindowController& operator=(const WindowController&) = delete;
+
+    /// Takes over what is the window from now on.
+    void setWindow(QWidget* window, const Frame& frame);
+
+    QPointer<QWidget> window_;
+};
+
+} // namespace fernhollow
