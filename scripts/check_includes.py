@@ -1,0 +1,102 @@
+"""Checks that every file includes only what its folder may, and that no headers include each other in a circle.
+
+The folders are static libraries, and a static library links although it includes what it does not link. So
+the direction of the dependencies is checked here, include by include. Prints what is wrong and exits with 1
+if anything is.
+"""
+
+import pathlib
+import re
+import sys
+
+SOURCES = pathlib.Path(__file__).resolve().parent.parent / "Sources"
+INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.MULTILINE)
+
+# What the files of a folder may include besides their own folder's, as patterns of the path. The longest
+# folder that fits is a file's own; one that is not listed may include only itself.
+MAY_INCLUDE = {
+    "Support": [],
+    "KeypressCore": ["Support/"],
+    "Platform": ["Support/", "Platform/"],
+    "Platform/Applications": ["Support/", r"Platform/Workspace\.h"],
+    "Platform/StatusItem": ["Support/"],
+    "Platform/Wayland": ["Support/", r"Platform/(EventTap|Workspace)\.h", "Platform/Applications/"],
+    "Platform/X11": [
+        "Support/",
+        r"Platform/(EventTap|Workspace)\.h",
+        "Platform/Applications/",
+        "Platform/StatusItem/",
+    ],
+    "Updates": ["Support/", r"Platform/UserDefaults\.h"],
+    "Model": ["Support/", "KeypressCore/", "Updates/", r"Platform/(HostName|UserDefaults)\.h"],
+    "Presentation": ["Support/", "KeypressCore/", "Model/"],
+    # Of the platform its face: which desktop it is, App never sees.
+    "App": [
+        "Support/",
+        "KeypressCore/",
+        "Model/",
+        "Presentation/",
+        "Updates/",
+        r"Platform/[A-Za-z]+\.h",
+        r"Platform/StatusItem/StatusItem\.h",
+    ],
+    "main.cpp": ["App/"],
+}
+
+# Libraries that only one folder may know.
+BELONGS_TO = {"xcb/": "Platform/X11", "sqlite3": "KeypressCore", "sodium": "Updates"}
+
+
+def name_of(file):
+    """How an include names the file."""
+    return file.relative_to(SOURCES).as_posix().removeprefix("Fernhollow/")
+
+
+def folder_of(name):
+    fitting = [folder for folder in MAY_INCLUDE if name == folder or name.startswith(folder + "/")]
+    return max(fitting, key=len, default=name.partition("/")[0])
+
+
+def wrong_includes(name, includes):
+    folder = folder_of(name)
+    for quote, path in includes:
+        if quote == '"':
+            if "/" not in path:
+                yield f'{name}: write the folder of "{path}", too'
+            elif folder_of(path) != folder and not any(
+                re.match(allowed, path) for allowed in MAY_INCLUDE.get(folder, [])
+            ):
+                yield f'{name}: {folder} may not include "{path}"'
+        for library, owner in BELONGS_TO.items():
+            if quote == "<" and path.startswith(library) and folder != owner:
+                yield f"{name}: only {owner} may include <{path}>"
+
+
+def circles(graph):
+    """Each circle of includes once, as the path from a header back to itself."""
+    done = set()
+
+    def visit(name, path):
+        if name in path:
+            yield " -> ".join([*path[path.index(name) :], name])
+        elif name not in done:
+            for included in graph.get(name, []):
+                yield from visit(included, [*path, name])
+            done.add(name)
+
+    for name in graph:
+        yield from visit(name, [])
+
+
+def main():
+    files = [file for file in sorted(SOURCES.rglob("*")) if file.suffix in (".h", ".cpp")]
+    includes = {name_of(file): INCLUDE.findall(file.read_text()) for file in files}
+    wrong = [line for name, found in includes.items() for line in wrong_includes(name, found)]
+    graph = {name: [path for quote, path in found if quote == '"'] for name, found in includes.items()}
+    wrong += [f"a circle of includes: {circle}" for circle in circles(graph)]
+    print("\n".join(wrong), end="\n" if wrong else "")
+    sys.exit(1 if wrong else 0)
+
+
+if __name__ == "__main__":
+    main()
