@@ -1,5 +1,10 @@
 # Completion of fernhollow's options for bash.
 _fernhollow() {
-    mapfile -t COMPREPLY < <(compgen -W '--help --quit --toggle --version' -- "${COMP_WORDS[COMP_CWORD]}")
+    if [ "${COMP_WORDS[COMP_CWORD - 1]}" = --export ]; then
+        mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
+    else
+        mapfile -t COMPREPLY < <(compgen -W '--export --help --json --quit --today --toggle --version' -- \
+            "${COMP_WORDS[COMP_CWORD]}")
+    fi
 }
 complete -F _fernhollow fernhollow

@@ -76,7 +76,10 @@ class Counting(DesktopTest):
         self.type_in(self.terminal, 80, WEDNESDAY, 0)
         self.expect_shown(WEDNESDAY)
         self.expect_in_window(WEDNESDAY)
+        shown = f"{self.ledger.on(WEDNESDAY)}\n"
+        self.assertEqual(self.program.command("--today").stdout, shown)
         self.assertEqual(self.program.quit(), 0)
+        self.assertEqual(self.program.command("--today").stdout, shown)
         self.expect_stored()
 
         self.program.start()

@@ -97,18 +97,22 @@ void AccountManager::markOnboardingSeen() {
     debugLog("[AccountManager] Onboarding marked as seen for " + *address);
 }
 
-void AccountManager::loadPersistedSession() {
+std::optional<AccountManager::Session> AccountManager::persistedSession() {
     const auto data = KeychainStore::readData(sessionKey);
     if (!data) {
-        return;
+        return std::nullopt;
     }
     try {
-        auto session = nlohmann::json::parse(*data).get<Session>();
-        const std::string address = session.email;
-        status.set(SignedIn{std::move(session)});
-        debugLog("[AccountManager] Loaded persisted session: " + address);
+        return nlohmann::json::parse(*data).get<Session>();
     } catch (const nlohmann::json::exception&) {
-        return; // what cannot be read is no session: the person signs in again
+        return std::nullopt; // the person signs in again
+    }
+}
+
+void AccountManager::loadPersistedSession() {
+    if (const auto session = persistedSession()) {
+        status.set(SignedIn{*session});
+        debugLog("[AccountManager] Loaded persisted session: " + session->email);
     }
 }
 

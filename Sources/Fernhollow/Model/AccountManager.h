@@ -67,6 +67,10 @@ public:
     /// The signed-in address.
     std::optional<std::string> email() const;
 
+    /// The session of the last run, without a manager and without a line in the log; absent when there is
+    /// none that can be read.
+    static std::optional<Session> persistedSession();
+
     /// Signs in; replaces the session of another address. Throws AccountError, having changed nothing,
     /// when the text has no at-sign or the program has no backend.
     QCoro::Task<> verifyEmail(std::string email);

@@ -1,5 +1,6 @@
 #include "App/Shell/Launch.h"
 
+#include "App/Shell/CommandLine.h"
 #include "App/Shell/FernhollowApp.h"
 #include "App/Shell/SingleInstance.h"
 #include "App/Shell/TerminationSignals.h"
@@ -9,11 +10,9 @@
 #include "Support/ApplicationIdentity.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 
 #include <chrono>
 #include <cstdio>
-#include <optional>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -23,60 +22,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int usageError = 2;
-
 // A bus that starts with the session may be slow for a moment; nothing is counted while we wait.
 constexpr auto busPatience = 2s;
-
-struct CommandLine {
-    std::optional<InstanceRequest> request{}; ///< --toggle or --quit
-    std::optional<int> exitCode{};            ///< set when there is nothing left to do
-};
-
-CommandLine parse(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("fernhollow"));
-    QCoreApplication::setApplicationVersion(QString::fromUtf8(applicationVersion().data()));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Counts how many keys you press, never what you type."));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this help."));
-    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
-                                     QStringLiteral("Show the version."));
-    const QCommandLineOption toggle(
-        QStringLiteral("toggle"),
-        QStringLiteral("Do what a click on the status item does: show or hide the main "
-                       "window. Starts Fernhollow if it does not run."));
-    const QCommandLineOption quit(
-        QStringLiteral("quit"), QStringLiteral("End the Fernhollow that runs, and wait until it has ended."));
-    // Session managers start a saved session's programs with this; the toolkit reads it.
-    QCommandLineOption session(QStringLiteral("session"), {}, QStringLiteral("id"));
-    session.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser.addOptions({help, version, toggle, quit, session});
-
-    if (!parser.parse(QCoreApplication::arguments()) || !parser.positionalArguments().isEmpty()) {
-        const QString error =
-            parser.errorText().isEmpty()
-                ? QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first())
-                : parser.errorText();
-        std::fprintf(stderr, "fernhollow: %s Try 'fernhollow --help'.\n", qUtf8Printable(error));
-        return {.exitCode = usageError};
-    }
-    if (parser.isSet(help)) {
-        std::fputs(qUtf8Printable(parser.helpText()), stdout);
-        return {.exitCode = EXIT_SUCCESS};
-    }
-    if (parser.isSet(version)) {
-        std::printf("Fernhollow %s\n", qUtf8Printable(QCoreApplication::applicationVersion()));
-        return {.exitCode = EXIT_SUCCESS};
-    }
-    if (parser.isSet(quit)) {
-        return {.request = InstanceRequest::quit};
-    }
-    return {.request = parser.isSet(toggle) ? std::optional(InstanceRequest::toggle) : std::nullopt};
-}
 
 bool handToRunningInstance(int argc, char** argv, SingleInstance& instance, InstanceRequest request) {
     const QCoreApplication application(argc, argv);
@@ -155,7 +102,7 @@ int launch(int argc, char** argv) {
     ::umask(077);                   // what this program writes is for its user alone
     keepMemoryPrivate();
 
-    const CommandLine command = parse(argc, argv);
+    const CommandLine command = CommandLine::parse(argc, argv);
     if (command.exitCode) {
         return *command.exitCode;
     }
