@@ -30,7 +30,7 @@ SELECT pg_temp.registry_row('ada@example.org', 'blank', '', false);
 SELECT pg_temp.registry_row('bob@example.org', 'org.editor', 'Bob''s', false);
 SELECT pg_temp.registry_row('bob@example.org', 'unnamed', 'Bob''s too', false);
 
--- Sorted here: only the devices promise an order.
+-- Sorted here: orders come below.
 CREATE FUNCTION pg_temp.sorted(answer jsonb) RETURNS jsonb LANGUAGE sql AS $$
     SELECT coalesce(jsonb_agg(row ORDER BY row), '[]') FROM jsonb_array_elements($1) AS row
 $$;
@@ -62,8 +62,8 @@ FROM (VALUES
        {"day": "2026-03-05", "bundle_id": "blank", "app_name": "blank", "total_count": 1}]'),
     ($$get_account_app_daily_totals('ada@example.org', 0, '2026-03-05')$$, '[]')) AS t (call, answer);
 
--- However many days are asked for, a year and a day is what is read, and no sum leaves bigint.
-SELECT pg_temp.day_row('cleo@example.org', 'desk', (DATE '2026-03-05' - back)::text, 1000000000000)
+-- However many days are asked for, a year and a day is what is read.
+SELECT pg_temp.day_row('cleo@example.org', 'desk', (DATE '2026-03-05' - back)::text, 10000000)
 FROM generate_series(0, 400) AS back;
 SELECT is(jsonb_array_length(pg_temp.rpc(format('get_account_daily_totals(''cleo@example.org'', %s, ''2026-03-05'')', days))),
           366, format('%s days are 366', days))
@@ -80,13 +80,28 @@ FROM (VALUES
     ('d3', 'a', '2026-03-05T14:07:09Z'), ('d4', 'new', '2026-03-05T14:07:10.999Z')) AS t (device, name, seen);
 SELECT pg_temp.device('bob@example.org', 'd1', 'not hers', '2026-03-05T14:07:09Z');
 SELECT is(pg_temp.rpc($$get_account_devices('ada@example.org')$$),
-    '[{"device_id": "d4", "device_name": "new", "last_seen_at": "2026-03-05T14:07:10Z"},
-      {"device_id": "d3", "device_name": "a", "last_seen_at": "2026-03-05T14:07:09Z"},
-      {"device_id": "d2", "device_name": "b", "last_seen_at": "2026-03-05T14:07:09Z"},
-      {"device_id": "d1", "device_name": "old", "last_seen_at": "2025-12-31T23:59:59Z"}]'::jsonb,
-    'the devices');
+    (SELECT jsonb_agg(jsonb_build_object('device_id', encode(sha256(convert_to(E'ada@example.org\n' || device, 'UTF8')), 'hex'),
+                                         'device_name', name, 'last_seen_at', seen))
+     FROM (VALUES ('d4', 'new', '2026-03-05T14:07:10Z'), ('d3', 'a', '2026-03-05T14:07:09Z'),
+                  ('d2', 'b', '2026-03-05T14:07:09Z'), ('d1', 'old', '2025-12-31T23:59:59Z')) AS t (device, name, seen)),
+    'the devices, without what they write with');
 SELECT is(pg_temp.sorted(pg_temp.rpc($$get_account_daily_totals('ada@example.org', 1, '2026-03-05')$$)),
           '[{"day": "2026-03-05", "total_count": 120}]'::jsonb, 'days keep their form in any date style');
+
+-- What a limit cuts off matters least: the oldest days, and of a day the least pressed applications.
+SELECT is((SELECT string_agg(concat_ws(' ', row ->> 'day', row ->> 'bundle_id', row ->> 'total_count'), ', ')
+           FROM jsonb_array_elements(pg_temp.rpc(call)) AS row), expected, call || ' in order')
+FROM (VALUES
+    ($$get_account_app_daily_totals('ada@example.org', 30, '2026-03-05')$$,
+     '2026-03-05 org.editor 67, 2026-03-05 unnamed 10, 2026-03-05 blank 1, 2026-02-04 org.editor 5'),
+    ($$get_account_app_hourly_totals('ada@example.org', '2026-03-05')$$,
+     'org.editor 65, unnamed 10, org.editor 2, blank 1')) AS t (call, expected);
+SET LOCAL session_replication_role = replica; -- without the triggers that bound an account
+INSERT INTO device_app_hour_counts (customer_email, device_id, day, hour, bundle_id, count, updated_at)
+SELECT 'eve@example.org', 'd', '2026-03-05', 1, 'application ' || n, 1, now() FROM generate_series(1, 6000) AS n;
+SELECT is(jsonb_array_length(pg_temp.rpc(call)), 5000, call || ' is bounded')
+FROM unnest(ARRAY[$$get_account_app_daily_totals('eve@example.org', 30, '2026-03-05')$$,
+                  $$get_account_app_hourly_totals('eve@example.org', '2026-03-05')$$]) AS call;
 
 SELECT * FROM finish();
 ROLLBACK;

@@ -5,15 +5,18 @@ SET client_min_messages = warning;
 SET search_path = public, tap;
 
 -- Runs a statement as a request of the given method and path does; its rows come back as JSON.
-CREATE FUNCTION pg_temp.request(method text, statement text, path text DEFAULT '/device_day_counts') RETURNS json
+CREATE FUNCTION pg_temp.request(method text, statement text, path text) RETURNS json
     LANGUAGE plpgsql AS $$
 DECLARE
     answer json;
 BEGIN
     PERFORM set_config('request.method', method, true), set_config('request.path', path, true),
-        set_config('fernhollow.row_was_read', '', true),
         set_config('search_path', 'public', true), set_config('role', 'anon', true);
-    EXECUTE format('WITH source AS (%s) SELECT coalesce(json_agg(source), ''[]'') FROM source', statement) INTO answer;
+    IF statement LIKE 'EXPLAIN%' THEN
+        EXECUTE statement;
+    ELSE
+        EXECUTE format('WITH source AS (%s) SELECT coalesce(json_agg(source), ''[]'') FROM source', statement) INTO answer;
+    END IF;
     PERFORM set_config('role', 'none', true), set_config('request.method', '', true),
         set_config('search_path', 'public, tap', true);
     RETURN answer;
@@ -32,7 +35,8 @@ BEGIN
     FROM json_object_keys(body) AS key;
     RETURN pg_temp.request('POST', format(
         'INSERT INTO public.%1$I (%2$s) SELECT %2$s FROM json_populate_record(NULL::public.%1$I, %3$L) '
-        'ON CONFLICT (%4$s) DO UPDATE SET %5$s RETURNING 1 AS written', name, columns, body, conflict, setting));
+        'ON CONFLICT (%4$s) DO UPDATE SET %5$s RETURNING 1 AS written', name, columns, body, conflict, setting),
+        '/rest/v1/' || name);
 END
 $$;
 
@@ -64,14 +68,6 @@ CREATE FUNCTION pg_temp.device(email text, device text, name text, seen text) RE
     LANGUAGE sql AS $$
     SELECT pg_temp.upsert('devices', 'customer_email,device_id', json_build_object(
         'customer_email', $1, 'device_id', $2, 'device_name', $3, 'last_seen_at', $4))
-$$;
-
--- GET /rest/v1/device_day_counts?customer_email=eq.…&device_id=eq.…&day=eq.…&select=count
-CREATE FUNCTION pg_temp.device_count(email text, device text, day text) RETURNS json
-    LANGUAGE sql AS $$
-    SELECT pg_temp.request('GET', format(
-        'SELECT public.device_day_counts.count FROM public.device_day_counts '
-        'WHERE customer_email = %L AND device_id = %L AND day = %L', $1, $2, $3))
 $$;
 
 -- POST /rest/v1/rpc/CALL

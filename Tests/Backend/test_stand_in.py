@@ -1,99 +1,15 @@
-"""The stand-in for PostgREST in front of a real PostgreSQL: what it serves, refuses and survives."""
+"""The stand-in for PostgREST in front of a real PostgreSQL: what it serves and what it refuses."""
 
-import base64
-import http.client
+import hashlib
 import json
-import pathlib
-import re
-import shutil
-import signal
-import socket
-import subprocess
-import sys
-import tempfile
-import threading
-import time
 import unittest
 
-import psycopg
-
-LOCAL = pathlib.Path(__file__).resolve().parents[2] / "Backend/local"
-sys.path.insert(0, str(LOCAL))
-
-from stand_in import api, database, errors, server, tokens  # noqa: E402
-
-SECRET = "fernhollow-local-development-only-secret"
-TOTAL = "rpc/get_account_today_total"
-UNKNOWN = '{"p_email":"x","p_day":"2026-03-05"}'
-DAY = "2026-03-05"
-TIME = "2026-03-05T14:07:09Z"
-FOLDER = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-stand-in-"))
+from served import DAY, KEY, SECRET, TIME, TOTAL, UNKNOWN, Served, ask, errors, segment, token, tokens, value
 
 
-def postgres(command):
-    """Starts or stops the tests' cluster; returns the owner's connection string and the authenticator's."""
-    line = [LOCAL / "postgres", command, FOLDER / "postgres"]
-    return subprocess.run(line, capture_output=True, text=True, check=True).stdout.splitlines()
-
-
-def value(statement):
-    """As the owner, whom no policy binds."""
-    with psycopg.connect(OWNER, autocommit=True, options="-c search_path=public") as connection:
-        cursor = connection.execute(statement)
-        return cursor.fetchone()[0] if cursor.description else None
-
-
-def setUpModule():
-    global OWNER, AUTHENTICATOR
-    unittest.addModuleCleanup(shutil.rmtree, FOLDER)
-    unittest.addModuleCleanup(postgres, "remove")
-    OWNER, AUTHENTICATOR = postgres("start")
-
-
-def segment(content):
-    return base64.urlsafe_b64encode(json.dumps(content).encode()).decode().rstrip("=")
-
-
-def token(claims, algorithm="HS256", secret=SECRET):
-    """Signed correctly, whatever it says."""
-    text = f"{segment({'alg': algorithm})}.{segment(claims)}"
-    return f"{text}.{tokens.sign(text, secret).decode()}"
-
-
-KEY = token({"role": "anon"})
-
-
-def ask(client, method, target, body=None, **headers):
-    """The status and the body of the answer."""
-    given = {"apikey": KEY, "Content-Type": "application/json", **headers}
-    given = {name.replace("_", "-"): text for name, text in given.items() if text}
-    client.request(method, f"/rest/v1/{target}", body.encode() if isinstance(body, str) else body, given)
-    answer = client.getresponse()
-    return answer.status, answer.read().decode()
-
-
-class Served(unittest.TestCase):
-    """The server, in this process, on a port of its own."""
-
-    patience = 30
-    statement_timeout = 10
-
-    def setUp(self):
-        handler = type("Handler", (server.Handler,), {"timeout": self.patience})
-        behind = database.Database(AUTHENTICATOR, statement_timeout=self.statement_timeout)
-        served = server.Server(0, api.Api(behind, SECRET), handler=handler)
-        threading.Thread(target=served.serve_forever, args=[0.05]).start()
-        for end in (behind.close, served.server_close, served.shutdown):
-            self.addCleanup(end)
-        self.address = served.server_address
-
-    def client(self):
-        client = http.client.HTTPConnection(*self.address, timeout=30)
-        self.addCleanup(client.close)
-        return client
-
-    def ask(self, method, target, body=None, **headers):
-        return ask(self.client(), method, target, body, **headers)
+def listed(address, device):
+    """What the list of devices has in the place of an identifier."""
+    return hashlib.sha256(f"{address}\n{device}".encode()).hexdigest()
 
 
 class WireContract(Served):
@@ -130,7 +46,7 @@ class WireContract(Served):
                 ("hourly_totals", {"p_day": DAY}, [{"hour": 14, **total}]),
                 ("app_hourly_totals", {"p_day": DAY}, [{"hour": 14, **editor}]),
                 ("app_daily_totals", {"p_days": 30, "p_end_day": DAY}, [day | editor]),
-                ("devices", {}, [{"device_id": device, **machine} for device in ("first", "second")]),
+                ("devices", {}, [{"device_id": listed(address, device), **machine} for device in ("first", "second")]),
             ):
                 arguments = json.dumps({"p_email": address, **arguments})
                 status, body = self.ask("POST", f"rpc/get_account_{function}", arguments)
@@ -138,9 +54,20 @@ class WireContract(Served):
 
     def test_gives_anonymous_clients_nothing_else(self):
         self.write("eve@x.example", 7, "first")
-        for table in ("device_hour_counts", "device_app_hour_counts", "device_app_registry", "devices"):
-            self.assertEqual(self.ask("GET", f"{table}?customer_email=eq.eve@x.example"), (200, "[]"))
-        self.assertEqual(self.ask("GET", "device_day_counts?select=customer_email")[0], 401)
+        day = "device_day_counts?customer_email=eq.eve@x.example&device_id=eq.first&day=eq.2026-03-05"
+        for target, prefer in (
+            *((f"{table}?customer_email=eq.eve@x.example", None) for table in ("device_hour_counts", "devices")),
+            *((f"{table}?device_id=eq.nobody", None) for table in ("device_app_hour_counts", "device_day_counts")),
+            ("device_day_counts?select=customer_email,device_id&count=eq.7&limit=1", None),
+            (f"{day}&select=customer_email", None),
+            (f"{day}&count=eq.7&select=count", None),
+            (f"{day}&order=count&select=count", None),
+            ("device_app_registry", None),
+        ):
+            for pre_request in (self.pre_request, None):
+                self.restart(pre_request)
+                self.assertEqual(self.ask("GET", target)[0], 401, target)
+        self.assertEqual(self.ask("GET", f"{day}&select=count&limit=1"), (200, '[{"count":7}]'))
         for method in ("DELETE", "PATCH", "PUT"):
             self.assertEqual(self.ask(method, "devices?customer_email=eq.eve@x.example", "{}")[0], 405)
 
@@ -184,6 +111,7 @@ class Requests(Served):
     """With a table and functions of other shapes than Fernhollow's, for errors of every kind."""
 
     statement_timeout = 0.3
+    pre_request = None
 
     def setUp(self):
         super().setUp()
@@ -282,134 +210,3 @@ class Requests(Served):
         without_keys = self.ask("POST", "things", '{"id":1}', Prefer="resolution=merge-duplicates")
         self.assertEqual(without_keys[0], 400)
         self.assertEqual(self.ask("GET", "things"), (200, "[]"))
-
-
-class Transport(Served):
-    patience = 1
-
-    def total(self, client):
-        return ask(client, "POST", TOTAL, UNKNOWN)
-
-    def exchange(self, sent):
-        """The statuses of all answers until the server closes the connection."""
-        received = b""
-        with socket.create_connection(self.address, timeout=10) as client:
-            client.sendall(sent.encode())
-            while part := client.recv(65536):
-                received += part
-        return " ".join(re.findall(r"HTTP/1.1 (\d+) ", received.decode()))
-
-    def test_serves_many_clients_over_eight_connections(self):
-        answers = []
-
-        def stay(client):
-            answers.extend(self.total(client) for _ in range(5))
-
-        threads = [threading.Thread(target=stay, args=[self.client()]) for _ in range(60)]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join(20)
-        self.assertEqual(answers, [(200, "0")] * 300)
-        used = value("select count(*) from pg_stat_activity where usename = 'authenticator'")
-        self.assertLessEqual(used, 8)
-
-    def test_is_not_held_up_by_clients_that_are_silent_or_stop_half_way(self):
-        clients = [socket.create_connection(self.address, 10) for _ in range(40)]
-        for client in clients:
-            self.addCleanup(client.close)
-        for client in clients[::2]:
-            client.sendall(b"POST / HTTP/1.1\r\nHos")
-        self.assertEqual(self.total(self.client()), (200, "0"))
-        self.assertEqual([client.recv(100) for client in clients], [b""] * 40)
-
-    def test_keeps_requests_apart(self):
-        def head(method, *lines):
-            return "\r\n".join([f"{method} /rest/v1/{TOTAL} HTTP/1.1", f"apikey: {KEY}", *lines, "", ""])
-
-        other = head("DELETE")
-        length = f"Content-Length: {len(UNKNOWN)}"
-        good = head("POST", length) + UNKNOWN
-        for sent, statuses in (
-            (good + good, "200 200"),
-            (head("GET", f"Content-Length: {len(other)}") + other, "405"),
-            (head("POST") + other, "404 405"),
-            (good[:-1], ""),
-            (head("POST", f"Content-Length: {2**20 + 1}") + " " * (2**20 + 1) + other, "413 405"),
-            (head("POST", f"Content-Length: {10**12}"), "413"),
-            ("STEAL / HTTP/1.1\r\n\r\n", "501"),
-            ("\0" * 300, ""),
-            (f"GET /{'a' * 65_532}", "414"),
-            (head("GET", *["a: b"] * 100)[:-2], "431"),
-        ):
-            self.assertEqual(self.exchange(sent), statuses, sent[:300])
-        for unclear in (": -1", ": 1_0", ": 3, 0", " : 3", ": 3\r\nContent-Length: 0"):
-            self.assertEqual(self.exchange(head("POST", f"Content-Length{unclear}")), "400", unclear)
-        for encoding in ("chunked", "identity"):
-            self.assertEqual(self.exchange(head("GET", length, f"Transfer-Encoding: {encoding}")), "400")
-
-    def test_survives_a_restart_of_the_database(self):
-        self.assertEqual(self.total(self.client()), (200, "0"))
-        postgres("stop")
-        status, body = self.total(self.client())
-        self.assertEqual((status, json.loads(body)["code"]), (503, "PGRST000"))
-        self.assertNotRegex(body, "/|socket|authenticator")
-        postgres("start")
-        self.assertEqual(self.total(self.client()), (200, "0"))
-        postgres("stop")
-        postgres("start")  # the connection that the server holds is dead now
-        self.assertEqual(self.total(self.client()), (200, "0"))
-
-
-class Program(unittest.TestCase):
-    def start(self, *arguments):
-        command = ["/usr/bin/python3", LOCAL / "fernhollow-backend", *arguments]
-        program = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-        self.addCleanup(program.communicate)
-        self.addCleanup(program.kill)
-        return program
-
-    def serve(self, *arguments):
-        program = self.start("--database", AUTHENTICATOR, "--port", "0", *arguments)
-        port = int(re.search(r"listening on http://127.0.0.1:(\d+)$", program.stdout.readline().strip())[1])
-        client = http.client.HTTPConnection("127.0.0.1", port, timeout=30)
-        self.addCleanup(client.close)
-        return program, client
-
-    def test_says_in_one_line_why_it_cannot_serve(self):
-        _, other = self.serve()
-        for arguments, status, sentence in (
-            ([], 2, "required: --database"),
-            (["--port=70000", "--database=x"], 2, "--port takes a number from 0 to 65535"),
-            (["--secret=", "--database=x"], 2, "--secret must not be empty"),
-            (["--faster", "--database=x"], 2, "--faster"),
-            (["--port=0", "--database=host=/nowhere user=x"], 1, "the database cannot be reached: "),
-            (["--port=0", "--database=what is this"], 1, "the database cannot be reached: "),
-            ([f"--port={other.port}", f"--database={AUTHENTICATOR}"], 1, "Address already in use"),
-        ):
-            program = self.start(*arguments)
-            output, _ = program.communicate(timeout=20)
-            self.assertRegex(output, f"^fernhollow-backend: .*{re.escape(sentence)}.*\n$")
-            self.assertEqual(program.returncode, status, output)
-
-    def test_ends_within_a_second_whatever_its_clients_do(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
-            program, client = self.serve()
-            self.assertEqual(ask(client, "POST", TOTAL, UNKNOWN), (200, "0"))
-            with psycopg.connect(OWNER) as owner:
-                owner.execute("lock table public.device_day_counts in access exclusive mode")
-                client.request("POST", f"/rest/v1/{TOTAL}", UNKNOWN, {"apikey": KEY})
-                waiting, limit = "select count(*) from pg_locks where not granted", time.monotonic() + 10
-                while not value(waiting) and time.monotonic() < limit:
-                    pass
-                asked = time.monotonic()
-                program.send_signal(number)
-                self.assertEqual(program.wait(10), 0)
-                self.assertLess(time.monotonic() - asked, 1.5)  # half a second, on a busy machine
-
-    def test_logs_no_address(self):
-        program, client = self.serve("--verbose")
-        ask(client, "GET", "devices?customer_email=eq.ana@x.example")
-        ask(client, "GET", "ana@x.example")
-        self.assertRegex(program.stdout.readline(), r"^GET /rest/v1/devices 200 [\d.]+ ms$")
-        self.assertRegex(program.stdout.readline(), r"^GET \(another path\) 404 ")

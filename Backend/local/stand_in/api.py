@@ -1,5 +1,6 @@
 """The requests that are served, from their path and headers to the statement."""
 
+import json
 import re
 import time
 from urllib.parse import unquote
@@ -64,7 +65,8 @@ class Api:
             text = body.decode()
         except UnicodeDecodeError:
             raise bad_body() from None
-        with self._database.transaction(role, claims, method, path) as connection:
+        known = json.dumps({name.lower(): text for name, text in headers.items()})
+        with self._database.transaction(role, claims, method, path, known) as connection:
             if is_function:
                 answer = statements.call(connection, name, query, text)
                 return (200 if answer else 204), answer, None

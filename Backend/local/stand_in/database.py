@@ -12,7 +12,8 @@ from .errors import ApiError, of_database
 SETTINGS = """
     select set_config('search_path', 'public', true), set_config('statement_timeout', %s, true),
            set_config('request.method', %s, true), set_config('request.path', %s, true),
-           set_config('request.jwt.claims', %s, true), set_config('role', %s, true)"""
+           set_config('request.headers', %s, true), set_config('request.jwt.claims', %s, true),
+           set_config('role', %s, true)"""
 
 
 def _is_alive(connection):
@@ -25,11 +26,13 @@ def _is_alive(connection):
 class Database:
     """One transaction a request, for any thread, over at most `connections` connections.
 
-    A connection is opened when all others are in use, and again after the database was away.
+    A connection is opened when all others are in use, and again after the database was away. `pre_request` is
+    PostgREST's db-pre-request, as Backend/migrate sets it: a function that each transaction calls first.
     """
 
-    def __init__(self, conninfo, connections=8, statement_timeout=10):
+    def __init__(self, conninfo, connections=8, statement_timeout=10, pre_request="fernhollow.check_request"):
         self._conninfo = conninfo
+        self._pre_request = pre_request and f"select {pre_request}()"
         self._timeout = f"{statement_timeout * 1000:.0f}"
         self._connections = connections
         self._free = threading.Semaphore(connections)
@@ -46,11 +49,13 @@ class Database:
             self._idle.pop().close()
 
     @contextlib.contextmanager
-    def transaction(self, role, claims, method, path):
+    def transaction(self, role, claims, method, path, headers):
         """A connection in a transaction as `role`, committed at the end; failures become ApiErrors."""
         try:
             with self._free, self._lent() as connection, connection.transaction():
-                connection.execute(SETTINGS, [self._timeout, method, path, claims, role])
+                connection.execute(SETTINGS, [self._timeout, method, path, headers, claims, role])
+                if self._pre_request:
+                    connection.execute(self._pre_request)
                 yield connection
         except psycopg.Error as error:
             if isinstance(error, psycopg.DataError) and not error.sqlstate:

@@ -44,12 +44,13 @@ def _items(query):
         raise not_served("query", "not UTF-8") from None
 
 
-def _columns(what, text):
+def _columns(what, text, of_table=None):
     """Columns alone: relations, casts, aliases, aggregates and JSON paths are not served."""
     names = [name.strip() for name in text.split(",")]
     if any(not name or re.search(r'[()*:.>"]', name) for name in names):
         raise not_served(what, text)
-    return _list(map(_name, names))
+    prefix = of_table + sql.SQL(".") if of_table else sql.SQL("")
+    return _list(prefix + _name(name) for name in names)
 
 
 def _term(text):
@@ -59,27 +60,38 @@ def _term(text):
     return _columns("order", column) + sql.SQL(" desc" if direction == "desc" else "")
 
 
+def _window(limits):
+    """PostgREST's LIMIT and OFFSET, and their values."""
+    if not limits:
+        return sql.SQL(""), []
+    amount = sql.SQL("%s" if "limit" in limits else "ALL")
+    values = [limits["limit"]] if "limit" in limits else []
+    return sql.SQL("LIMIT {} OFFSET %s").format(amount), [*values, limits.get("offset", "0")]
+
+
 def read(connection, table, query):
-    """A GET of a table."""
-    columns, order, conditions, values = sql.SQL("*"), sql.SQL(""), [sql.SQL("true")], []
-    window = {"limit": None, "offset": None}
+    """A GET of a table, in PostgREST's words: the policies read the statement, because no setting has the query."""
+    source = _name("public", table)
+    columns, order, conditions, values, limits = source + sql.SQL(".*"), sql.SQL(""), [], [], {}
     for name, text in _items(query):
         if name == "select":
-            columns = sql.SQL("*") if text == "*" else _columns("select parameter", text)
+            columns = columns if text == "*" else _columns("select parameter", text, source)
         elif name == "order":
-            order = sql.SQL(" order by ") + _list(map(_term, text.split(",")))
-        elif name in window:
-            window[name] = text
+            order = sql.SQL("ORDER BY ") + _list(map(_term, text.split(",")))
+        elif name in ("limit", "offset"):
+            limits[name] = text
         elif text.startswith("eq.") and name not in ("and", "or", "not.and", "not.or"):
-            conditions.append(sql.SQL("{} = %s").format(_name(name)))
+            conditions.append(sql.SQL(" {}.{} = %s").format(source, _name(name)))
             values.append(text.removeprefix("eq."))
         else:
             raise not_served("filter", f"{name}={text}")
+    where = sql.SQL("WHERE ") + _list(conditions, " AND ") if conditions else sql.SQL("")
+    window, bounds = _window(limits)
     statement = sql.SQL(
-        "select coalesce(json_agg(_row), '[]')::text from"
-        " (select {} from {} where {}{} limit %s::bigint offset %s::bigint) as _row"
-    ).format(columns, _name("public", table), _list(conditions, " and "), order)
-    return connection.execute(statement, [*values, *window.values()]).fetchone()[0]
+        "WITH pgrst_source AS ( SELECT {} FROM {}  {} {} {} )  SELECT coalesce(json_agg(_postgrest_t), '[]')::text AS body"
+        " FROM ( SELECT * FROM pgrst_source ) _postgrest_t"
+    ).format(columns, source, where, order, window)
+    return connection.execute(statement, [*values, *bounds]).fetchone()[0]
 
 
 def _parsed(text):
