@@ -22,13 +22,13 @@ QUOTED = re.compile(r"'[^']*'|\"[^\"$]*\"")
 # After these the shell, or the program that they are, expects a command.
 STARTERS = {"if", "then", "elif", "else", "while", "do", "exec", "setsid", "xargs", "--"}
 
-# Asked only where Debian's own folders are missing.
-ELSEWHERE = {"pg_config"}
+# pg_config is asked only where Debian's own folders are missing, node by one test that is skipped without it.
+ELSEWHERE = {"pg_config", "node"}
 
 RUN = ("build", "run", "backend")
 # What each command installs, and the files that it runs. Patterns are relative to the top folder.
 CALLERS = {
-    RUN: ["run", "scripts/common.sh", "scripts/packages.sh", "scripts/backend.sh", "Backend/local/*"],
+    RUN: ["run", "scripts/common.sh", "scripts/packages.sh", "scripts/backend.sh", "Backend/local/*", "Backend/migrate"],
     (*RUN, "demo"): ["scripts/demonstrate.py"],
     (*RUN, "test"): ["test", "Tests/**/*", "Backend/tests/run", "scripts/screenshots*", "Packaging/*"],
     (*RUN, "test", "benchmark"): ["scripts/benchmark", "Benchmarks/**/*.py"],

@@ -2,6 +2,7 @@
 
 import atexit
 import base64
+import hashlib
 import http.client
 import json
 import pathlib
@@ -65,6 +66,11 @@ def ask(client, method, target, body=None, **headers):
     client.request(method, f"/rest/v1/{target}", body.encode() if isinstance(body, str) else body, given)
     answer = client.getresponse()
     return answer.status, answer.read().decode()
+
+
+def listed(address, device):
+    """What the list of devices has in the place of an identifier."""
+    return hashlib.sha256(f"{address}\n{device}".encode()).hexdigest()
 
 
 class Served(unittest.TestCase):

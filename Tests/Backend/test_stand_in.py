@@ -1,15 +1,9 @@
 """The stand-in for PostgREST in front of a real PostgreSQL: what it serves and what it refuses."""
 
-import hashlib
 import json
 import unittest
 
-from served import DAY, KEY, SECRET, TIME, TOTAL, UNKNOWN, Served, ask, errors, segment, token, tokens, value
-
-
-def listed(address, device):
-    """What the list of devices has in the place of an identifier."""
-    return hashlib.sha256(f"{address}\n{device}".encode()).hexdigest()
+from served import DAY, KEY, SECRET, TIME, TOTAL, UNKNOWN, Served, ask, errors, listed, segment, token, tokens, value
 
 
 class WireContract(Served):
