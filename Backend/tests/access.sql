@@ -53,8 +53,8 @@ FROM pg_class WHERE relnamespace = 'public'::regnamespace AND relkind IN ('r', '
 
 -- Requests that a client never sends. A statement that a test runs is never one of PostgREST's.
 -- Whole tables and indexes are out of reach too: what finds no row is refused like the rest.
-SELECT throws_ok(format('SELECT set_config(''enable_seqscan'', %L, true), pg_temp.request(%L, %L, %L)', scan, method, statement, path),
-                 '42501', NULL, concat_ws(' ', method, path, statement, scan))
+SELECT throws_ok(format('SELECT set_config(''enable_seqscan'', %L, true), pg_temp.request(%L, %L, %L)',
+                        scan, method, statement, path), '42501', NULL, concat_ws(' ', method, path, statement, scan))
 FROM unnest(ARRAY['off', 'on']) AS scan, (VALUES
     ('GET', '/device_day_counts', 'SELECT count FROM device_day_counts'),
     ('GET', '/rest/v1/device_day_counts', 'SELECT customer_email FROM device_day_counts LIMIT 1'),
@@ -72,7 +72,8 @@ FROM unnest(ARRAY['off', 'on']) AS scan, (VALUES
     ('PUT', '/devices', $$INSERT INTO devices VALUES (now(), 'eve@example.org', 'd', 'n') RETURNING 1$$),
     ('', '', 'SELECT count FROM device_day_counts')) AS t (method, path, statement);
 -- A POST may touch the table that it names. Hosted projects have functions that run any query, under many names.
-SELECT throws_ok(format('SELECT pg_temp.request(%L, %L, %L)', 'POST', statement, path), '42501', NULL, path || ' ' || statement)
+SELECT throws_ok(format('SELECT pg_temp.request(%L, %L, %L)', 'POST', statement, path), '42501', NULL,
+                 path || ' ' || statement)
 FROM unnest(ARRAY['/rpc/any', '/%72pc/any', '/rpc', '/graphql/v1', '/', '', '/rpc/devices', '/devices/', '/devicesx',
                   '//devices', '/rest/v1/device_app_registry']) AS path,
     unnest(ARRAY['SELECT customer_email FROM device_day_counts', $$SELECT 1 FROM devices WHERE device_id = 'nobody'$$,

@@ -80,8 +80,9 @@ FROM (VALUES
     ('d3', 'a', '2026-03-05T14:07:09Z'), ('d4', 'new', '2026-03-05T14:07:10.999Z')) AS t (device, name, seen);
 SELECT pg_temp.device('bob@example.org', 'd1', 'not hers', '2026-03-05T14:07:09Z');
 SELECT is(pg_temp.rpc($$get_account_devices('ada@example.org')$$),
-    (SELECT jsonb_agg(jsonb_build_object('device_id', encode(sha256(convert_to(E'ada@example.org\n' || device, 'UTF8')), 'hex'),
-                                         'device_name', name, 'last_seen_at', seen))
+    (SELECT jsonb_agg(jsonb_build_object(
+        'device_id', encode(sha256(convert_to(E'ada@example.org\n' || device, 'UTF8')), 'hex'),
+        'device_name', name, 'last_seen_at', seen))
      FROM (VALUES ('d4', 'new', '2026-03-05T14:07:10Z'), ('d3', 'a', '2026-03-05T14:07:09Z'),
                   ('d2', 'b', '2026-03-05T14:07:09Z'), ('d1', 'old', '2025-12-31T23:59:59Z')) AS t (device, name, seen)),
     'the devices, without what they write with');

@@ -69,23 +69,27 @@ FROM (VALUES
     ($$device('ada@example.org', 'desk', 'name', '10000-01-01T00:00:00Z')$$, '23514')) AS t (statement, state);
 
 -- An account holds more than a person ever needs, and no more; what is there can still be replaced.
-SELECT pg_temp.day_row('eve@example.org', 'd' || n, '2026-03-05', n), pg_temp.device('eve@example.org', 'd' || n, 'n', '2026-03-05')
+SELECT pg_temp.day_row('eve@example.org', 'd' || n, '2026-03-05', n),
+    pg_temp.device('eve@example.org', 'd' || n, 'n', '2026-03-05')
 FROM generate_series(1, 100) AS n;
 SET LOCAL session_replication_role = replica; -- as if so many rows had been counted
 INSERT INTO fernhollow.account_rows (customer_email, day, of_table, rows) VALUES
-    ('eve@example.org', '2026-03-05', 'device_hour_counts', 2400), ('eve@example.org', '2026-03-05', 'device_app_hour_counts', 10000),
-    ('eve@example.org', '-infinity', 'device_app_registry', 5000), ('ivy@example.org', '-infinity', 'device_app_hour_counts', 40000);
+    ('eve@example.org', '2026-03-05', 'device_hour_counts', 2400),
+    ('eve@example.org', '2026-03-05', 'device_app_hour_counts', 10000),
+    ('eve@example.org', '-infinity', 'device_app_registry', 5000),
+    ('ivy@example.org', '-infinity', 'device_app_hour_counts', 40000);
 SET LOCAL session_replication_role = origin;
-SELECT throws_ok(format('SELECT pg_temp.%s', statement), '23514', message, statement)
+SELECT throws_ok(format('SELECT pg_temp.%s', statement), '23514', 'the account has too many rows in ' || crowded, statement)
 FROM (VALUES
-    ($$day_row('eve@example.org', 'd101', '2026-03-05', 1)$$, 'the account has too many rows in device_day_counts'),
-    ($$hour_row('eve@example.org', 'd1', '2026-03-05', 1, 1)$$, 'the account has too many rows in device_hour_counts'),
-    ($$app_row('eve@example.org', 'd1', '2026-03-05', 1, 'a', 1)$$, 'the account has too many rows in device_app_hour_counts'),
-    ($$app_row('ivy@example.org', 'd1', '2026-03-05', 1, 'a', 1)$$, 'the account has too many rows in device_app_hour_counts'),
-    ($$registry_row('eve@example.org', 'a', 'A', false)$$, 'the account has too many rows in device_app_registry'),
-    ($$device('eve@example.org', 'd101', 'n', '2026-03-05')$$, 'the account has too many rows in devices')) AS t (statement, message);
+    ($$day_row('eve@example.org', 'd101', '2026-03-05', 1)$$, 'device_day_counts'),
+    ($$hour_row('eve@example.org', 'd1', '2026-03-05', 1, 1)$$, 'device_hour_counts'),
+    ($$app_row('eve@example.org', 'd1', '2026-03-05', 1, 'a', 1)$$, 'device_app_hour_counts'),
+    ($$app_row('ivy@example.org', 'd1', '2026-03-05', 1, 'a', 1)$$, 'device_app_hour_counts'),
+    ($$registry_row('eve@example.org', 'a', 'A', false)$$, 'device_app_registry'),
+    ($$device('eve@example.org', 'd101', 'n', '2026-03-05')$$, 'devices')) AS t (statement, crowded);
 SELECT lives_ok(format('SELECT pg_temp.%s', statement), statement)
-FROM unnest(ARRAY[$$day_row('eve@example.org', 'd100', '2026-03-05', 7)$$, $$day_row('eve@example.org', 'd101', '2026-03-06', 1)$$,
+FROM unnest(ARRAY[$$day_row('eve@example.org', 'd100', '2026-03-05', 7)$$,
+                  $$day_row('eve@example.org', 'd101', '2026-03-06', 1)$$,
                   $$hour_row('ada@example.org', 'd1', '2026-03-05', 1, 1)$$]) AS statement;
 
 SELECT * FROM finish();
