@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Keytap/Devices.h"
+#include "Keytap/Protocol.h"
+#include "Keytap/Sessions.h"
+#include "Keytap/Tally.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace fernhollow::keytap {
+
+/// The programs that are told counts: lets them in, keeps a Tally for each, sends it at the end of a slot.
+///
+/// A peer's tally grows only while its user's session is in front at a seat and not locked, and nothing is sent to it
+/// at other times. Sending never waits: what a peer does not take stays in its tally, and a peer that sends too much
+/// waits for the next slot. Owned by the service, in its only thread.
+class Peers : public PressListener {
+public:
+    struct Surroundings {
+        Poller& poller;
+        std::function<Time()> now;
+        /// Has every press that the kernel holds already reported, before counts are sent.
+        std::function<void()> readDevices;
+        /// The seats with a peer to count for have changed.
+        std::function<void(const std::set<std::string>&)> seatsChanged;
+    };
+
+    /// Accepts peers from `listener`, a listening socket of type SOCK_SEQPACKET.
+    Peers(Descriptor listener, Surroundings surroundings);
+    ~Peers() override;
+
+    void setSittings(std::vector<Sitting> sittings);
+    void pressed(const std::string& seat, Time at) override;
+    void released(const std::string& seat, Time at) override;
+
+    /// When endSlot is due; empty while there is nothing to do.
+    std::optional<Time> slotEnd() const { return m_slotEnd; }
+
+    /// Sends what was gathered and listens again to peers that sent too much.
+    void endSlot();
+
+    bool isEmpty() const { return m_peers.empty(); }
+
+private:
+    struct Peer {
+        Descriptor socket;
+        uid_t user;
+        std::string seat; // empty while the user is not in front, or the screen is locked
+        Tally tally;
+        int packets = 0;          // in this slot
+        bool wasAnswered = false; // in this slot
+        bool owesAnswer = false;  // the peer waits for a packet, even for a zero
+        bool isFull = false;      // its socket takes no more
+    };
+    using Table = std::map<int, Peer>; // by the socket's number
+
+    void accept();
+    std::optional<Refusal> refusal(uid_t user) const;
+    std::string seatOf(uid_t user) const;
+    void updateSeats();
+    void serve(int number);
+    /// False when the packet is neither of those that a peer may send.
+    bool take(Peer& peer, std::span<const std::byte> packet);
+    void answer(Peer& peer);
+    void send(Peer& peer);
+    void listenTo(const Peer& peer);
+    void refuse(const Descriptor& socket, Refusal refusal);
+    void drop(int number);
+    void startSlot();
+
+    Surroundings m_surroundings;
+    Descriptor m_listener;
+    int m_accepted = 0; // in this slot
+    Table m_peers;
+    std::vector<Sitting> m_sittings;
+    std::set<std::string> m_seats;
+    std::optional<Time> m_slotEnd;
+};
+
+} // namespace fernhollow::keytap

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Keytap/Time.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+
+namespace fernhollow::keytap {
+
+/// A file descriptor that is closed when its owner goes.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept;
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    ~Descriptor();
+
+    int number() const { return m_number; }
+
+private:
+    int m_number = -1;
+};
+
+/// Waits for descriptors and calls what is registered for those that are ready (epoll, level-triggered).
+///
+/// A callback may drop any descriptor, its own too. The service has one, which outlives whatever is registered.
+class Poller {
+public:
+    using Callback = std::function<void()>;
+
+    Poller();
+
+    /// Calls `ready` whenever `descriptor` has one of `events` (EPOLLIN, EPOLLOUT).
+    void watch(int descriptor, std::uint32_t events, Callback ready);
+    void change(int descriptor, std::uint32_t events);
+    void drop(int descriptor);
+
+    /// Waits until a descriptor is ready, at most for `limit`, without one for as long as it takes.
+    void wait(std::optional<Time> limit);
+
+private:
+    Descriptor m_epoll;
+    std::map<int, Callback> m_callbacks;
+};
+
+} // namespace fernhollow::keytap

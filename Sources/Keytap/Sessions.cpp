@@ -1,0 +1,182 @@
+#include "Keytap/Sessions.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <sys/epoll.h>
+#include <system_error>
+
+namespace fernhollow::keytap {
+namespace {
+
+constexpr auto login = "org.freedesktop.login1";
+constexpr auto sessionInterface = "org.freedesktop.login1.Session";
+
+struct FreeText {
+    void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+/// The entries of a list that sd-login allocated; `read` fills it in.
+std::vector<std::string> listed(auto&& read) {
+    char** list = nullptr;
+    read(&list);
+    std::vector<std::string> entries;
+    for (char** entry = list; entry && *entry; ++entry) {
+        entries.emplace_back(*entry);
+        std::free(*entry);
+    }
+    std::free(list);
+    return entries;
+}
+
+/// True for a person's session: no login screen, no lock screen of its own.
+bool isOfPerson(const std::string& session) {
+    char* kind = nullptr;
+    const Text owner(sd_session_get_class(session.c_str(), &kind) < 0 ? nullptr : kind);
+    return owner && std::string_view(owner.get()).starts_with("user") && sd_session_is_remote(session.c_str()) <= 0;
+}
+
+} // namespace
+
+Sessions::Sessions(Poller& poller, Changed changed) : m_poller(poller), m_changed(std::move(changed)) {
+    sd_login_monitor* monitor = nullptr;
+    if (const int result = sd_login_monitor_new("seat", &monitor); result < 0) {
+        throw std::system_error(-result, std::generic_category(), "logind's seats cannot be watched");
+    }
+    m_monitor.reset(monitor);
+    m_poller.watch(sd_login_monitor_get_fd(monitor), EPOLLIN, [this] {
+        sd_login_monitor_flush(m_monitor.get());
+        refresh();
+    });
+    connect();
+    m_sittings = read();
+    m_changed(m_sittings);
+}
+
+Sessions::~Sessions() {
+    disconnect();
+    m_poller.drop(sd_login_monitor_get_fd(m_monitor.get()));
+}
+
+void Sessions::refresh() {
+    auto sittings = read();
+    // A session that comes to the front again is asked about again.
+    std::erase_if(m_locks, [&](const auto& lock) {
+        return std::ranges::none_of(sittings, [&](const auto& s) { return s.isActive && s.session == lock.first; });
+    });
+    if (sittings != m_sittings) {
+        m_sittings = std::move(sittings);
+        m_changed(m_sittings);
+    }
+}
+
+std::vector<Sitting> Sessions::read() {
+    std::vector<Sitting> sittings;
+    for (const auto& seat : listed([](char*** list) { sd_get_seats(list); })) {
+        char* active = nullptr;
+        const Text front(sd_seat_get_active(seat.c_str(), &active, nullptr) < 0 ? nullptr : active);
+        const auto sessions = listed(
+            [&](char*** list) { sd_seat_get_sessions(seat.c_str(), list, nullptr, nullptr); });
+        for (const auto& session : sessions) {
+            uid_t user = 0;
+            if (!isOfPerson(session) || sd_session_get_uid(session.c_str(), &user) < 0) {
+                continue;
+            }
+            const bool isActive = front && session == front.get();
+            sittings.push_back({seat, session, user, isActive, isActive && isLocked(session)});
+        }
+    }
+    return sittings;
+}
+
+bool Sessions::isLocked(const std::string& session) {
+    if (!m_bus) {
+        return false;
+    }
+    const auto [known, isNew] = m_locks.try_emplace(session, true);
+    if (isNew) {
+        askWhetherLocked(session);
+    }
+    return known->second;
+}
+
+void Sessions::connect() {
+    sd_bus* bus = nullptr;
+    if (sd_bus_open_system(&bus) < 0) {
+        return;
+    }
+    m_bus.reset(bus);
+    m_poller.watch(sd_bus_get_fd(bus), EPOLLIN, [this] { processBus(); });
+    // Only logind itself may say so: the sender is part of the rule.
+    constexpr auto rule = "type='signal',sender='org.freedesktop.login1',member='PropertiesChanged',"
+                          "path_namespace='/org/freedesktop/login1/session'";
+    sd_bus_add_match_async(bus, nullptr, rule, propertiesChanged, nullptr, this);
+    processBus();
+}
+
+void Sessions::disconnect() {
+    if (m_bus) {
+        m_poller.drop(sd_bus_get_fd(m_bus.get()));
+        m_bus.reset();
+        m_locks.clear();
+    }
+}
+
+void Sessions::processBus() {
+    int result = 0;
+    do {
+        result = sd_bus_process(m_bus.get(), nullptr);
+    } while (result > 0);
+    if (result < 0) {
+        disconnect();
+        refresh();
+        return;
+    }
+    const int wanted = sd_bus_get_events(m_bus.get());
+    m_poller.change(sd_bus_get_fd(m_bus.get()), wanted < 0 ? EPOLLIN : static_cast<std::uint32_t>(wanted));
+}
+
+void Sessions::askWhetherLocked(const std::string& session) {
+    char* encoded = nullptr;
+    if (sd_bus_path_encode("/org/freedesktop/login1/session", session.c_str(), &encoded) < 0) {
+        return;
+    }
+    const Text path(encoded);
+    auto question = std::make_unique<Question>(this, session);
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_call_method_async(m_bus.get(), &slot, login, path.get(),
+                                                "org.freedesktop.DBus.Properties", "Get", lockedHintArrived,
+                                                question.get(), "ss", sessionInterface, "LockedHint");
+    if (result < 0) {
+        m_locks[session] = false;
+        return;
+    }
+    // The slot owns the question, and the bus the slot.
+    sd_bus_slot_set_destroy_callback(slot, [](void* owned) { delete static_cast<Question*>(owned); });
+    sd_bus_slot_set_floating(slot, 1);
+    sd_bus_slot_unref(slot);
+    question.release();
+}
+
+int Sessions::propertiesChanged(sd_bus_message*, void* self, sd_bus_error*) {
+    // Which property it was matters less than that it is rare. Until logind answers the last answer holds.
+    auto* sessions = static_cast<Sessions*>(self);
+    for (const auto& lock : sessions->m_locks) {
+        sessions->askWhetherLocked(lock.first);
+    }
+    return 0;
+}
+
+int Sessions::lockedHintArrived(sd_bus_message* message, void* question, sd_bus_error*) {
+    const auto* about = static_cast<Question*>(question);
+    int isLocked = 0;
+    // An error is the answer of a logind that does not know.
+    const bool isKnown = !sd_bus_message_is_method_error(message, nullptr) &&
+                         sd_bus_message_read(message, "v", "b", &isLocked) >= 0;
+    about->sessions->m_locks[about->session] = isKnown && isLocked;
+    about->sessions->refresh();
+    return 0;
+}
+
+} // namespace fernhollow::keytap
