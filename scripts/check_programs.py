@@ -33,7 +33,8 @@ CALLERS = {
     (*RUN, "test"): ["test", "Tests/**/*", "Backend/tests/run", "scripts/screenshots*", "Packaging/*"],
     (*RUN, "test", "benchmark"): ["scripts/benchmark", "Benchmarks/**/*.py"],
     (*RUN, "test", "check"): [
-        *(".ci/run", "scripts/check_package", "scripts/fuzz", "scripts/lint", "scripts/tidy.py", "scripts/format")
+        *(".ci/run", "scripts/check_package", "scripts/fuzz", "scripts/keytap_kernel*", "scripts/lint"),
+        *("scripts/tidy.py", "scripts/format"),
     ],
 }
 

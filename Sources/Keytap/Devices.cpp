@@ -151,7 +151,8 @@ bool Devices::read(Device& device) {
     ssize_t size = 0;
     while ((size = ::read(file, events.data(), sizeof events)) > 0) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / sizeof(input_event); ++i) {
-            const Time at = std::chrono::seconds(events.at(i).input_event_sec) + Time(events.at(i).input_event_usec);
+            const Time at =
+                std::chrono::seconds(events.at(i).input_event_sec) + Time(events.at(i).input_event_usec);
             report(device.seat, keys.take(file, events.at(i)), at);
         }
     }

@@ -20,9 +20,9 @@ public:
 
 /// The event devices with keys at the seats that are wanted; all others are closed.
 ///
-/// The kernel is told to keep back everything but keys that count, so a mouse, a button or Shift does not even wake
-/// the service. A device counts for the seat that udev gave it, and only once udev has given it one. Owned by the
-/// service, in its only thread.
+/// The kernel is told to keep back everything but keys that count, so a mouse, a button or Shift does not
+/// even wake the service. A device counts for the seat that udev gave it, and only once udev has given it
+/// one. Owned by the service, in its only thread.
 class Devices {
 public:
     Devices(Poller& poller, PressListener& listener);
@@ -52,7 +52,7 @@ private:
     Descriptor m_changes;
     std::set<std::string> m_seats;
     std::map<std::string, SeatKeys> m_keys; // by seat
-    Table m_devices;                     // by the name of their node
+    Table m_devices;                        // by the name of their node
 };
 
 } // namespace fernhollow::keytap

@@ -99,7 +99,8 @@ std::optional<Refusal> Peers::refusal(uid_t user) const {
     if (std::ranges::none_of(m_sittings, [&](const auto& s) { return isOfUser(s) && s.isActive; })) {
         return Refusal::sessionNotActive;
     }
-    const auto ofUser = std::ranges::count_if(m_peers, [user](const auto& p) { return p.second.user == user; });
+    const auto ofUser =
+        std::ranges::count_if(m_peers, [user](const auto& p) { return p.second.user == user; });
     if (static_cast<std::size_t>(ofUser) >= peersPerUser) {
         return Refusal::tooManyOfUser;
     }

@@ -16,9 +16,9 @@ namespace fernhollow::keytap {
 
 /// The programs that are told counts: lets them in, keeps a Tally for each, sends it at the end of a slot.
 ///
-/// A peer's tally grows only while its user's session is in front at a seat and not locked, and nothing is sent to it
-/// at other times. Sending never waits: what a peer does not take stays in its tally, and a peer that sends too much
-/// waits for the next slot. Owned by the service, in its only thread.
+/// A peer's tally grows only while its user's session is in front at a seat and not locked, and nothing is
+/// sent to it at other times. Sending never waits: what a peer does not take stays in its tally, and a peer
+/// that sends too much waits for the next slot. Owned by the service, in its only thread.
 class Peers : public PressListener {
 public:
     struct Surroundings {

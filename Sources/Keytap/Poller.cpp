@@ -2,8 +2,8 @@
 
 #include <array>
 #include <cerrno>
-#include <system_error>
 #include <sys/epoll.h>
+#include <system_error>
 #include <time.h>
 #include <unistd.h>
 #include <utility>

@@ -26,7 +26,8 @@ private:
 
 /// Waits for descriptors and calls what is registered for those that are ready (epoll, level-triggered).
 ///
-/// A callback may drop any descriptor, its own too. The service has one, which outlives whatever is registered.
+/// A callback may drop any descriptor, its own too. The service has one, which outlives whatever is
+/// registered.
 class Poller {
 public:
     using Callback = std::function<void()>;

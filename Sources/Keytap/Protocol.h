@@ -9,10 +9,11 @@
 
 /// What crosses between the key-blind service and the program: two numbers in, one number out.
 ///
-/// The socket is SOCK_SEQPACKET, so each packet arrives whole, and its length says what it is. Numbers have the
-/// machine's own byte order, because both ends are on it.
+/// The socket is SOCK_SEQPACKET, so each packet arrives whole, and its length says what it is. Numbers have
+/// the machine's own byte order, because both ends are on it.
 ///
-///   to the service      8 bytes   RepeatSettings: delay and rate of the session, each an unsigned 32-bit number
+///   to the service      8 bytes   RepeatSettings: delay and rate of the session, each an unsigned 32-bit
+///   number
 ///                       1 byte    `deliverNow`: send at once what is gathered, also when that is nothing
 ///   from the service    8 bytes   presses since the last packet, an unsigned 64-bit number
 ///                       1 byte    a Refusal; the connection ends after it
@@ -22,8 +23,8 @@ constexpr const char* socketPath = "/run/fernhollow-keytap.socket";
 constexpr const char* socketUnit = "fernhollow-keytap.socket";
 
 /// Counts leave at the ends of slots of this length, so they do not tell the time between two presses.
-/// The first `deliverNow` in a slot is answered at once, the others at its end, and none while the user's session
-/// is not in front or its screen is locked.
+/// The first `deliverNow` in a slot is answered at once, the others at its end, and none while the user's
+/// session is not in front or its screen is locked.
 constexpr std::chrono::milliseconds slotLength{100};
 
 /// What a slot lets one peer send; the rest waits in the socket for the next slot.
@@ -70,7 +71,7 @@ constexpr const char* explanation(Refusal refusal) {
 }
 
 /// The number of a packet of the right length; nothing of any other.
-template <typename Value>
+template<typename Value>
 std::optional<Value> valueOf(std::span<const std::byte> packet) {
     if (packet.size() != sizeof(Value)) {
         return std::nullopt;

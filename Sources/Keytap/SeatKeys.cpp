@@ -23,7 +23,8 @@ bool isCounted(std::uint16_t code) {
         break;
     }
     // Buttons lie in three ranges between the keys.
-    const bool isButton = (code >= BTN_MISC && code < KEY_OK) || (code >= BTN_DPAD_UP && code <= BTN_DPAD_RIGHT) ||
+    const bool isButton = (code >= BTN_MISC && code < KEY_OK) ||
+                          (code >= BTN_DPAD_UP && code <= BTN_DPAD_RIGHT) ||
                           (code >= BTN_TRIGGER_HAPPY && code <= BTN_TRIGGER_HAPPY40);
     return code < KEY_CNT && !isButton;
 }
@@ -39,7 +40,8 @@ SeatKeys::Change SeatKeys::take(int device, input_event& event) {
         m_heldDevice = device;
         m_heldCode = event.code;
         change = Change::pressed;
-    } else if (event.type == EV_KEY && event.value == up && device == m_heldDevice && event.code == m_heldCode) {
+    } else if (event.type == EV_KEY && event.value == up && device == m_heldDevice &&
+               event.code == m_heldCode) {
         change = release();
     } else if (event.type == EV_SYN && event.code == SYN_DROPPED) {
         change = forget(device); // The key-up may be among the events that the kernel had no room for.

@@ -13,8 +13,8 @@ bool isCounted(std::uint16_t code);
 
 /// Turns the kernel's events of one seat into "pressed" and "released", and forgets which key it was.
 ///
-/// It keeps a single code: that of the key that went down last, until this key goes up, because only then does it
-/// stop to repeat. Owned by Devices, one for each seat that is read.
+/// It keeps a single code: that of the key that went down last, until this key goes up, because only then
+/// does it stop to repeat. Owned by Devices, one for each seat that is read.
 class SeatKeys {
 public:
     enum class Change {

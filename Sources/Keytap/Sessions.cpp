@@ -26,7 +26,7 @@ std::vector<std::string> listed(auto&& read) {
         entries.emplace_back(*entry);
         std::free(*entry);
     }
-    std::free(list);
+    std::free(static_cast<void*>(list));
     return entries;
 }
 
@@ -34,7 +34,8 @@ std::vector<std::string> listed(auto&& read) {
 bool isOfPerson(const std::string& session) {
     char* kind = nullptr;
     const Text owner(sd_session_get_class(session.c_str(), &kind) < 0 ? nullptr : kind);
-    return owner && std::string_view(owner.get()).starts_with("user") && sd_session_is_remote(session.c_str()) <= 0;
+    return owner && std::string_view(owner.get()).starts_with("user") &&
+           sd_session_is_remote(session.c_str()) <= 0;
 }
 
 } // namespace
@@ -63,7 +64,8 @@ void Sessions::refresh() {
     auto sittings = read();
     // A session that comes to the front again is asked about again.
     std::erase_if(m_locks, [&](const auto& lock) {
-        return std::ranges::none_of(sittings, [&](const auto& s) { return s.isActive && s.session == lock.first; });
+        return std::ranges::none_of(sittings,
+                                    [&](const auto& s) { return s.isActive && s.session == lock.first; });
     });
     if (sittings != m_sittings) {
         m_sittings = std::move(sittings);
@@ -76,8 +78,8 @@ std::vector<Sitting> Sessions::read() {
     for (const auto& seat : listed([](char*** list) { sd_get_seats(list); })) {
         char* active = nullptr;
         const Text front(sd_seat_get_active(seat.c_str(), &active, nullptr) < 0 ? nullptr : active);
-        const auto sessions = listed(
-            [&](char*** list) { sd_seat_get_sessions(seat.c_str(), list, nullptr, nullptr); });
+        const auto sessions =
+            listed([&](char*** list) { sd_seat_get_sessions(seat.c_str(), list, nullptr, nullptr); });
         for (const auto& session : sessions) {
             uid_t user = 0;
             if (!isOfPerson(session) || sd_session_get_uid(session.c_str(), &user) < 0) {
@@ -156,7 +158,7 @@ void Sessions::askWhetherLocked(const std::string& session) {
     sd_bus_slot_set_destroy_callback(slot, [](void* owned) { delete static_cast<Question*>(owned); });
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
-    question.release();
+    [[maybe_unused]] const auto* owned = question.release();
 }
 
 int Sessions::propertiesChanged(sd_bus_message*, void* self, sd_bus_error*) {

@@ -26,9 +26,9 @@ struct Sitting {
 
 /// Who sits where: a copy of what logind knows, read anew only when it changes.
 ///
-/// Seats and their sessions come from logind's files under /run/systemd, locks from its property `LockedHint` on
-/// the system bus. Without a bus no session counts as locked; with one, a session counts as locked until logind has
-/// answered. Owned by the service, in its only thread.
+/// Seats and their sessions come from logind's files under /run/systemd, locks from its property `LockedHint`
+/// on the system bus. Without a bus no session counts as locked; with one, a session counts as locked until
+/// logind has answered. Owned by the service, in its only thread.
 class Sessions {
 public:
     using Changed = std::function<void(const std::vector<Sitting>&)>;
@@ -48,7 +48,7 @@ private:
     static int propertiesChanged(sd_bus_message* message, void* self, sd_bus_error* error);
     static int lockedHintArrived(sd_bus_message* message, void* question, sd_bus_error* error);
 
-    template <auto free>
+    template<auto free>
     struct Free {
         void operator()(auto* pointer) const { free(pointer); }
     };

@@ -1,5 +1,6 @@
-// The key-blind service: counts the key presses of the seats whose users ask for it, and tells them the number.
-// systemd starts it when a program connects to its socket; it ends when it has had no peer for a while.
+// The key-blind service: counts the key presses of the seats whose users ask for it, and tells them the
+// number. systemd starts it when a program connects to its socket; it ends when it has had no peer for a
+// while.
 
 #include "Keytap/Devices.h"
 #include "Keytap/Peers.h"
@@ -21,7 +22,8 @@ constexpr Time patience = std::chrono::seconds(30); // without a peer
 
 Descriptor listeningSocket() {
     constexpr int isListening = 1;
-    if (sd_listen_fds(1) != 1 || sd_is_socket(SD_LISTEN_FDS_START, AF_UNIX, SOCK_SEQPACKET, isListening) <= 0) {
+    if (sd_listen_fds(1) != 1 ||
+        sd_is_socket(SD_LISTEN_FDS_START, AF_UNIX, SOCK_SEQPACKET, isListening) <= 0) {
         throw std::runtime_error("is started by systemd, by fernhollow-keytap.socket");
     }
     return Descriptor(SD_LISTEN_FDS_START);

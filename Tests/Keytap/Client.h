@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <system_error>
 
 namespace fernhollow::keytap {
 
@@ -17,7 +18,9 @@ public:
     explicit Client(const char* path) : m_socket(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
         sockaddr_un address{AF_UNIX, {}};
         std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
-        connect(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        if (connect(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) {
+            throw std::system_error(errno, std::generic_category(), path);
+        }
     }
 
     /// What the service says of this connection.
@@ -51,7 +54,7 @@ public:
         return true;
     }
 
-    template <typename Value>
+    template<typename Value>
     bool send(Value value) {
         return ::send(m_socket.number(), &value, sizeof value, MSG_DONTWAIT | MSG_NOSIGNAL) == sizeof value;
     }

@@ -1,8 +1,9 @@
 #include "Keytap/Client.h"
 #include "Keytap/Peers.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
+
+#include <filesystem>
 #include <unistd.h>
 
 namespace fernhollow::keytap {
@@ -17,7 +18,7 @@ protected:
         Descriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
         sockaddr_un address{AF_UNIX, {}};
         path.copy(address.sun_path, sizeof address.sun_path - 1);
-        bind(listener.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        EXPECT_EQ(bind(listener.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
         listen(listener.number(), 64);
         return listener;
     }
@@ -28,7 +29,8 @@ protected:
     enum class My { inFront, locked, behind };
     void sit(My session) {
         const bool isBehind = session == My::behind;
-        peers.setSittings({{"seat0", "c1", me, !isBehind, session == My::locked}, {"seat0", "c2", me + 1, isBehind}});
+        peers.setSittings(
+            {{"seat0", "c1", me, !isBehind, session == My::locked}, {"seat0", "c2", me + 1, isBehind}});
     }
 
     void run() {
@@ -51,7 +53,7 @@ protected:
         }
     }
 
-    template <typename Value>
+    template<typename Value>
     Client::Answers ask(Client& client, Value value) {
         EXPECT_TRUE(client.send(value));
         run();

@@ -1,8 +1,9 @@
 #include "Keytap/SeatKeys.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,7 +24,9 @@ struct Recording {
     std::vector<Event> events;
     std::string heard;
 
-    friend std::ostream& operator<<(std::ostream& out, const Recording& recording) { return out << recording.name; }
+    friend std::ostream& operator<<(std::ostream& out, const Recording& recording) {
+        return out << recording.name;
+    }
 };
 
 class SeatKeysTest : public testing::TestWithParam<Recording> {};
@@ -46,7 +49,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Recording{"OneKey", {{1, KEY_A, 1}, {1, 0, 0, EV_SYN}, {1, KEY_A, 0}}, "Pr"},
         Recording{"KernelRepeats", {{1, KEY_A, 1}, {1, KEY_A, 2}, {1, KEY_A, 2}, {1, KEY_A, 0}}, "Pr"},
-        Recording{"Shifted", {{1, KEY_LEFTSHIFT, 1}, {1, KEY_A, 1}, {1, KEY_LEFTSHIFT, 0}, {1, KEY_A, 0}}, "Pr"},
+        Recording{
+            "Shifted", {{1, KEY_LEFTSHIFT, 1}, {1, KEY_A, 1}, {1, KEY_LEFTSHIFT, 0}, {1, KEY_A, 0}}, "Pr"},
         Recording{"ShiftWhileHeld", {{1, KEY_A, 1}, {1, KEY_RIGHTSHIFT, 1}, {1, KEY_RIGHTSHIFT, 0}}, "P"},
         Recording{"Rolled", {{1, KEY_A, 1}, {1, KEY_B, 1}, {1, KEY_A, 0}, {1, KEY_B, 0}}, "PPr"},
         Recording{"FirstOfTwoStaysDown", {{1, KEY_A, 1}, {1, KEY_B, 1}, {1, KEY_B, 0}, {1, KEY_A, 0}}, "PPr"},
@@ -57,7 +61,9 @@ INSTANTIATE_TEST_SUITE_P(
                   ""},
         Recording{"KeysBeyondTheButtons", {{1, KEY_OK, 1}, {1, KEY_BRIGHTNESS_MAX, 1}}, "PP"},
         Recording{"ReleaseOfAKeyThatWasDownBefore", {{1, KEY_ENTER, 0}, {1, KEY_A, 1}, {1, KEY_A, 0}}, "Pr"},
-        Recording{"EventsWereLost", {{1, KEY_A, 1}, {2, SYN_DROPPED, 0, EV_SYN}, {1, SYN_DROPPED, 0, EV_SYN}}, "Pr"},
+        Recording{"EventsWereLost",
+                  {{1, KEY_A, 1}, {2, SYN_DROPPED, 0, EV_SYN}, {1, SYN_DROPPED, 0, EV_SYN}},
+                  "Pr"},
         Recording{"SameKeyTwiceDown", {{1, KEY_A, 1}, {1, KEY_A, 1}, {1, KEY_A, 0}, {1, KEY_A, 0}}, "PPr"}),
     [](const auto& test) { return test.param.name; });
 
