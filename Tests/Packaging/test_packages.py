@@ -36,7 +36,7 @@ class Packages(unittest.TestCase):
         version = self.run_quietly(root / "usr/bin/fernhollow", "--version").split()[1]
         self.assertRegex(pathlib.Path(file).name, rf"^fernhollow_{version}-1~deb\w+_")
         depends = self.run_quietly("dpkg-deb", "--field", file, "Depends")
-        for library in ("libc6 ", "libqt6widgets6 ", "libsqlite3-0 ", "libxcb-record0", "qt6-qpa-plugins"):
+        for library in ("libc6 ", "libqt6widgets6 ", "libsqlite3-0 ", "libsystemd0 ", "libxcb-record0", "qt6-qpa-plugins"):
             self.assertIn(library, depends)
         program = root / "usr/lib/fernhollow/fernhollow"
         self.assertEqual((root / "usr/bin/fernhollow").resolve(), program.resolve())
@@ -47,6 +47,17 @@ class Packages(unittest.TestCase):
             data = (root / "usr" / described).read_bytes()
             text = (gzip.decompress(data) if described.endswith(".gz") else data).decode().replace("\\-", "-")
             self.assertEqual(set(re.findall(r"--[a-z]+", text)), options, described)
+        self.assert_the_service_is_complete(root)
+
+    def assert_the_service_is_complete(self, root):
+        """Each file of the key-blind service that another one of the package names is there."""
+        named = set()
+        for file in ("lib/systemd/system/fernhollow-keytap.service", "lib/systemd/system/fernhollow-keytap.socket",
+                     "share/polkit-1/actions/app.fernhollow.keytap.policy"):
+            named |= set(re.findall(r"/usr/(?:share/doc|lib)/fernhollow/[\w.-]+", (root / "usr" / file).read_text()))
+        self.assertEqual(len(named), 3)
+        for file in named:
+            self.assertTrue((root / file[1:]).is_file(), file)
 
     def test_a_large_log_is_put_aside_and_four_old_ones_are_kept(self):
         log = self.folder / "fernhollow_debug.log"
