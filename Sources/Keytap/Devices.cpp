@@ -76,29 +76,29 @@ bool restrictTo(KeyBits keys, int file) {
 } // namespace
 
 Devices::Devices(Poller& poller, PressListener& listener)
-    : m_poller(poller), m_listener(listener), m_changes(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    : poller_(poller), listener_(listener), changes_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     // A new node appears first; udev's record of it is renamed into place when udev is done with it.
-    if (inotify_add_watch(m_changes.number(), nodes, IN_CREATE | IN_ATTRIB | IN_DELETE) < 0) {
+    if (inotify_add_watch(changes_.number(), nodes, IN_CREATE | IN_ATTRIB | IN_DELETE) < 0) {
         throw std::system_error(errno, std::generic_category(), nodes);
     }
-    inotify_add_watch(m_changes.number(), udevRecords, IN_MOVED_TO);
-    m_poller.watch(m_changes.number(), EPOLLIN, [this] {
+    inotify_add_watch(changes_.number(), udevRecords, IN_MOVED_TO);
+    poller_.watch(changes_.number(), EPOLLIN, [this] {
         alignas(inotify_event) std::array<char, 4096> changes{};
-        while (::read(m_changes.number(), changes.data(), changes.size()) > 0) {
+        while (::read(changes_.number(), changes.data(), changes.size()) > 0) {
         }
         scan();
     });
 }
 
 void Devices::setSeats(std::set<std::string> seats) {
-    if (seats != m_seats) {
-        m_seats = std::move(seats);
+    if (seats != seats_) {
+        seats_ = std::move(seats);
         scan();
     }
 }
 
 void Devices::readAll() {
-    for (auto device = m_devices.begin(); device != m_devices.end();) {
+    for (auto device = devices_.begin(); device != devices_.end();) {
         device = read(device->second) ? std::next(device) : close(device);
     }
 }
@@ -108,18 +108,18 @@ void Devices::scan() {
     std::error_code failure;
     for (const auto& node : std::filesystem::directory_iterator(nodes, failure)) {
         const auto name = node.path().filename().string();
-        auto seat = name.starts_with("event") && !m_seats.empty() ? seatOf(node.path()) : std::string();
-        if (m_seats.contains(seat)) {
+        auto seat = name.starts_with("event") && !seats_.empty() ? seatOf(node.path()) : std::string();
+        if (seats_.contains(seat)) {
             seats.emplace(name, std::move(seat));
         }
     }
-    for (auto device = m_devices.begin(); device != m_devices.end();) {
+    for (auto device = devices_.begin(); device != devices_.end();) {
         const auto kept = seats.find(device->first);
         const bool stays = kept != seats.end() && kept->second == device->second.seat && read(device->second);
         device = stays ? std::next(device) : close(device);
     }
     for (const auto& [name, seat] : seats) {
-        if (!m_devices.contains(name)) {
+        if (!devices_.contains(name)) {
             open(name, seat);
         }
     }
@@ -135,19 +135,19 @@ void Devices::open(const std::string& name, const std::string& seat) {
     if (keys == KeyBits{} || !restrictTo(keys, file.number())) {
         return;
     }
-    m_poller.watch(file.number(), EPOLLIN, [this, name] {
-        const auto device = m_devices.find(name);
+    poller_.watch(file.number(), EPOLLIN, [this, name] {
+        const auto device = devices_.find(name);
         if (!read(device->second)) {
             close(device);
         }
     });
-    m_devices.emplace(name, Device{std::move(file), seat});
+    devices_.emplace(name, Device{std::move(file), seat});
 }
 
 bool Devices::read(Device& device) {
     std::array<input_event, 64> events{};
     const int file = device.file.number();
-    auto& keys = m_keys[device.seat];
+    auto& keys = keys_[device.seat];
     ssize_t size = 0;
     while ((size = ::read(file, events.data(), sizeof events)) > 0) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / sizeof(input_event); ++i) {
@@ -161,16 +161,16 @@ bool Devices::read(Device& device) {
 
 Devices::Table::iterator Devices::close(Table::iterator device) {
     const auto& [file, seat] = device->second;
-    report(seat, m_keys[seat].forget(file.number()), monotonicNow());
-    m_poller.drop(file.number());
-    return m_devices.erase(device);
+    report(seat, keys_[seat].forget(file.number()), monotonicNow());
+    poller_.drop(file.number());
+    return devices_.erase(device);
 }
 
 void Devices::report(const std::string& seat, SeatKeys::Change change, Time at) {
     if (change == SeatKeys::Change::pressed) {
-        m_listener.pressed(seat, at);
+        listener_.pressed(seat, at);
     } else if (change == SeatKeys::Change::released) {
-        m_listener.released(seat, at);
+        listener_.released(seat, at);
     }
 }
 

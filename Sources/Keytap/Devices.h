@@ -47,12 +47,12 @@ private:
     Table::iterator close(Table::iterator device);
     void report(const std::string& seat, SeatKeys::Change change, Time at);
 
-    Poller& m_poller;
-    PressListener& m_listener;
-    Descriptor m_changes;
-    std::set<std::string> m_seats;
-    std::map<std::string, SeatKeys> m_keys; // by seat
-    Table m_devices;                        // by the name of their node
+    Poller& poller_;
+    PressListener& listener_;
+    Descriptor changes_;
+    std::set<std::string> seats_;
+    std::map<std::string, SeatKeys> keys_; // by seat
+    Table devices_;                        // by the name of their node
 };
 
 } // namespace fernhollow::keytap

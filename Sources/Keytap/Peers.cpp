@@ -19,24 +19,24 @@ constexpr int sendBuffer = 4096;
 } // namespace
 
 Peers::Peers(Descriptor listener, Surroundings surroundings)
-    : m_surroundings(std::move(surroundings)), m_listener(std::move(listener)) {
-    m_surroundings.poller.watch(m_listener.number(), EPOLLIN, [this] { accept(); });
+    : surroundings_(std::move(surroundings)), listener_(std::move(listener)) {
+    surroundings_.poller.watch(listener_.number(), EPOLLIN, [this] { accept(); });
 }
 
 Peers::~Peers() {
-    for (const auto& peer : m_peers) {
-        m_surroundings.poller.drop(peer.first);
+    for (const auto& peer : peers_) {
+        surroundings_.poller.drop(peer.first);
     }
-    m_surroundings.poller.drop(m_listener.number());
+    surroundings_.poller.drop(listener_.number());
 }
 
 void Peers::setSittings(std::vector<Sitting> sittings) {
-    m_sittings = std::move(sittings);
+    sittings_ = std::move(sittings);
     updateSeats();
 }
 
 void Peers::pressed(const std::string& seat, Time at) {
-    for (auto& [number, peer] : m_peers) {
+    for (auto& [number, peer] : peers_) {
         if (peer.seat == seat) {
             peer.tally.press(at);
             startSlot();
@@ -45,7 +45,7 @@ void Peers::pressed(const std::string& seat, Time at) {
 }
 
 void Peers::released(const std::string& seat, Time at) {
-    for (auto& [number, peer] : m_peers) {
+    for (auto& [number, peer] : peers_) {
         if (peer.seat == seat) {
             peer.tally.release(at);
         }
@@ -53,27 +53,27 @@ void Peers::released(const std::string& seat, Time at) {
 }
 
 void Peers::endSlot() {
-    const auto now = m_surroundings.now();
-    m_surroundings.readDevices();
-    m_slotEnd.reset();
-    for (auto& [number, peer] : m_peers) {
+    const auto now = surroundings_.now();
+    surroundings_.readDevices();
+    slotEnd_.reset();
+    for (auto& [number, peer] : peers_) {
         peer.packets = 0;
         peer.wasAnswered = false;
         peer.tally.settle(now);
         send(peer);
         listenTo(peer);
     }
-    if (std::exchange(m_accepted, 0) >= acceptedPerSlot) {
-        m_surroundings.poller.change(m_listener.number(), EPOLLIN);
+    if (std::exchange(accepted_, 0) >= acceptedPerSlot) {
+        surroundings_.poller.change(listener_.number(), EPOLLIN);
     }
 }
 
 void Peers::accept() {
     startSlot();
-    if (++m_accepted >= acceptedPerSlot) {
-        m_surroundings.poller.change(m_listener.number(), 0);
+    if (++accepted_ >= acceptedPerSlot) {
+        surroundings_.poller.change(listener_.number(), 0);
     }
-    Descriptor socket(accept4(m_listener.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    Descriptor socket(accept4(listener_.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     ucred credentials{};
     socklen_t size = sizeof credentials;
     if (socket.number() < 0 ||
@@ -86,39 +86,39 @@ void Peers::accept() {
     }
     const int number = socket.number();
     setsockopt(number, SOL_SOCKET, SO_SNDBUF, &sendBuffer, sizeof sendBuffer);
-    m_surroundings.poller.watch(number, EPOLLIN, [this, number] { serve(number); });
-    m_peers.emplace(number, Peer{std::move(socket), credentials.uid, {}, {}});
+    surroundings_.poller.watch(number, EPOLLIN, [this, number] { serve(number); });
+    peers_.emplace(number, Peer{std::move(socket), credentials.uid, {}, {}});
     updateSeats();
 }
 
 std::optional<Refusal> Peers::refusal(uid_t user) const {
     const auto isOfUser = [user](const auto& sitting) { return sitting.user == user; };
-    if (std::ranges::none_of(m_sittings, isOfUser)) {
+    if (std::ranges::none_of(sittings_, isOfUser)) {
         return Refusal::noLocalSession;
     }
-    if (std::ranges::none_of(m_sittings, [&](const auto& s) { return isOfUser(s) && s.isActive; })) {
+    if (std::ranges::none_of(sittings_, [&](const auto& s) { return isOfUser(s) && s.isActive; })) {
         return Refusal::sessionNotActive;
     }
     const auto ofUser =
-        std::ranges::count_if(m_peers, [user](const auto& p) { return p.second.user == user; });
+        std::ranges::count_if(peers_, [user](const auto& p) { return p.second.user == user; });
     if (static_cast<std::size_t>(ofUser) >= peersPerUser) {
         return Refusal::tooManyOfUser;
     }
-    return m_peers.size() >= peersInAll ? std::optional(Refusal::tooManyInAll) : std::nullopt;
+    return peers_.size() >= peersInAll ? std::optional(Refusal::tooManyInAll) : std::nullopt;
 }
 
 std::string Peers::seatOf(uid_t user) const {
     const auto found = std::ranges::find_if(
-        m_sittings, [user](const auto& s) { return s.user == user && s.isActive && !s.isLocked; });
-    return found == m_sittings.end() ? std::string() : found->seat;
+        sittings_, [user](const auto& s) { return s.user == user && s.isActive && !s.isLocked; });
+    return found == sittings_.end() ? std::string() : found->seat;
 }
 
 void Peers::updateSeats() {
     // What was pressed until now belongs to those that were in front until now.
-    m_surroundings.readDevices();
-    const auto now = m_surroundings.now();
+    surroundings_.readDevices();
+    const auto now = surroundings_.now();
     std::set<std::string> seats;
-    for (auto& [number, peer] : m_peers) {
+    for (auto& [number, peer] : peers_) {
         auto seat = seatOf(peer.user);
         if (seat != peer.seat) {
             peer.tally.release(now); // The key-up goes to another session.
@@ -129,14 +129,14 @@ void Peers::updateSeats() {
             seats.insert(peer.seat);
         }
     }
-    if (seats != m_seats) {
-        m_seats = std::move(seats);
-        m_surroundings.seatsChanged(m_seats);
+    if (seats != seats_) {
+        seats_ = std::move(seats);
+        surroundings_.seatsChanged(seats_);
     }
 }
 
 void Peers::serve(int number) {
-    auto& peer = m_peers.at(number);
+    auto& peer = peers_.at(number);
     if (std::exchange(peer.isFull, false)) {
         send(peer);
         listenTo(peer);
@@ -163,7 +163,7 @@ void Peers::serve(int number) {
 
 bool Peers::take(Peer& peer, std::span<const std::byte> packet) {
     if (const auto settings = valueOf<RepeatSettings>(packet)) {
-        peer.tally.setRepeat(*settings, m_surroundings.now());
+        peer.tally.setRepeat(*settings, surroundings_.now());
         return settings->isPossible();
     }
     if (valueOf<std::uint8_t>(packet) != deliverNow) {
@@ -177,8 +177,8 @@ bool Peers::take(Peer& peer, std::span<const std::byte> packet) {
 }
 
 void Peers::answer(Peer& peer) {
-    const auto now = m_surroundings.now();
-    m_surroundings.readDevices();
+    const auto now = surroundings_.now();
+    surroundings_.readDevices();
     peer.tally.settle(now);
     send(peer);
 }
@@ -202,7 +202,7 @@ void Peers::listenTo(const Peer& peer) {
     if (peer.isFull) {
         events = EPOLLOUT;
     }
-    m_surroundings.poller.change(peer.socket.number(), events);
+    surroundings_.poller.change(peer.socket.number(), events);
     // With a held key time alone fills the tally.
     if (peer.tally.isRepeating()) {
         startSlot();
@@ -214,15 +214,15 @@ void Peers::refuse(const Descriptor& socket, Refusal refusal) {
 }
 
 void Peers::drop(int number) {
-    m_surroundings.poller.drop(number);
-    m_peers.erase(number);
+    surroundings_.poller.drop(number);
+    peers_.erase(number);
     updateSeats();
 }
 
 void Peers::startSlot() {
-    if (!m_slotEnd) {
+    if (!slotEnd_) {
         const Time slot = slotLength;
-        m_slotEnd = (m_surroundings.now() / slot + 1) * slot;
+        slotEnd_ = (surroundings_.now() / slot + 1) * slot;
     }
 }
 

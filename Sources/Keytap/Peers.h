@@ -39,12 +39,12 @@ public:
     void released(const std::string& seat, Time at) override;
 
     /// When endSlot is due; empty while there is nothing to do.
-    std::optional<Time> slotEnd() const { return m_slotEnd; }
+    std::optional<Time> slotEnd() const { return slotEnd_; }
 
     /// Sends what was gathered and listens again to peers that sent too much.
     void endSlot();
 
-    bool isEmpty() const { return m_peers.empty(); }
+    bool isEmpty() const { return peers_.empty(); }
 
 private:
     struct Peer {
@@ -73,13 +73,13 @@ private:
     void drop(int number);
     void startSlot();
 
-    Surroundings m_surroundings;
-    Descriptor m_listener;
-    int m_accepted = 0; // in this slot
-    Table m_peers;
-    std::vector<Sitting> m_sittings;
-    std::set<std::string> m_seats;
-    std::optional<Time> m_slotEnd;
+    Surroundings surroundings_;
+    Descriptor listener_;
+    int accepted_ = 0; // in this slot
+    Table peers_;
+    std::vector<Sitting> sittings_;
+    std::set<std::string> seats_;
+    std::optional<Time> slotEnd_;
 };
 
 } // namespace fernhollow::keytap

@@ -13,15 +13,15 @@ namespace fernhollow::keytap {
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int number) : m_number(number) {}
+    explicit Descriptor(int number) : number_(number) {}
     Descriptor(Descriptor&& other) noexcept;
     Descriptor& operator=(Descriptor&& other) noexcept;
     ~Descriptor();
 
-    int number() const { return m_number; }
+    int number() const { return number_; }
 
 private:
-    int m_number = -1;
+    int number_ = -1;
 };
 
 /// Waits for descriptors and calls what is registered for those that are ready (epoll, level-triggered).
@@ -43,8 +43,8 @@ public:
     void wait(std::optional<Time> limit);
 
 private:
-    Descriptor m_epoll;
-    std::map<int, Callback> m_callbacks;
+    Descriptor epoll_;
+    std::map<int, Callback> callbacks_;
 };
 
 } // namespace fernhollow::keytap

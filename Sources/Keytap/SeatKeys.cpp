@@ -37,11 +37,11 @@ SeatKeys::Change SeatKeys::take(int device, input_event& event) {
     enum : std::int32_t { up = 0, down = 1 }; // 2 is the kernel's own repeat, which no desktop passes on
     auto change = Change::none;
     if (event.type == EV_KEY && event.value == down && isCounted(event.code)) {
-        m_heldDevice = device;
-        m_heldCode = event.code;
+        heldDevice_ = device;
+        heldCode_ = event.code;
         change = Change::pressed;
-    } else if (event.type == EV_KEY && event.value == up && device == m_heldDevice &&
-               event.code == m_heldCode) {
+    } else if (event.type == EV_KEY && event.value == up && device == heldDevice_ &&
+               event.code == heldCode_) {
         change = release();
     } else if (event.type == EV_SYN && event.code == SYN_DROPPED) {
         change = forget(device); // The key-up may be among the events that the kernel had no room for.
@@ -51,13 +51,13 @@ SeatKeys::Change SeatKeys::take(int device, input_event& event) {
 }
 
 SeatKeys::Change SeatKeys::forget(int device) {
-    return device == m_heldDevice ? release() : Change::none;
+    return device == heldDevice_ ? release() : Change::none;
 }
 
 SeatKeys::Change SeatKeys::release() {
-    const auto change = m_heldDevice < 0 ? Change::none : Change::released;
-    explicit_bzero(&m_heldCode, sizeof m_heldCode);
-    m_heldDevice = -1;
+    const auto change = heldDevice_ < 0 ? Change::none : Change::released;
+    explicit_bzero(&heldCode_, sizeof heldCode_);
+    heldDevice_ = -1;
     return change;
 }
 

@@ -37,8 +37,8 @@ public:
 private:
     Change release();
 
-    int m_heldDevice = -1; // -1: no key is held
-    std::uint16_t m_heldCode = 0;
+    int heldDevice_ = -1; // -1: no key is held
+    std::uint16_t heldCode_ = 0;
 };
 
 } // namespace fernhollow::keytap

@@ -40,36 +40,36 @@ bool isOfPerson(const std::string& session) {
 
 } // namespace
 
-Sessions::Sessions(Poller& poller, Changed changed) : m_poller(poller), m_changed(std::move(changed)) {
+Sessions::Sessions(Poller& poller, Changed changed) : poller_(poller), changed_(std::move(changed)) {
     sd_login_monitor* monitor = nullptr;
     if (const int result = sd_login_monitor_new("seat", &monitor); result < 0) {
         throw std::system_error(-result, std::generic_category(), "logind's seats cannot be watched");
     }
-    m_monitor.reset(monitor);
-    m_poller.watch(sd_login_monitor_get_fd(monitor), EPOLLIN, [this] {
-        sd_login_monitor_flush(m_monitor.get());
+    monitor_.reset(monitor);
+    poller_.watch(sd_login_monitor_get_fd(monitor), EPOLLIN, [this] {
+        sd_login_monitor_flush(monitor_.get());
         refresh();
     });
     connect();
-    m_sittings = read();
-    m_changed(m_sittings);
+    sittings_ = read();
+    changed_(sittings_);
 }
 
 Sessions::~Sessions() {
     disconnect();
-    m_poller.drop(sd_login_monitor_get_fd(m_monitor.get()));
+    poller_.drop(sd_login_monitor_get_fd(monitor_.get()));
 }
 
 void Sessions::refresh() {
     auto sittings = read();
     // A session that comes to the front again is asked about again.
-    std::erase_if(m_locks, [&](const auto& lock) {
+    std::erase_if(locks_, [&](const auto& lock) {
         return std::ranges::none_of(sittings,
                                     [&](const auto& s) { return s.isActive && s.session == lock.first; });
     });
-    if (sittings != m_sittings) {
-        m_sittings = std::move(sittings);
-        m_changed(m_sittings);
+    if (sittings != sittings_) {
+        sittings_ = std::move(sittings);
+        changed_(sittings_);
     }
 }
 
@@ -93,10 +93,10 @@ std::vector<Sitting> Sessions::read() {
 }
 
 bool Sessions::isLocked(const std::string& session) {
-    if (!m_bus) {
+    if (!bus_) {
         return false;
     }
-    const auto [known, isNew] = m_locks.try_emplace(session, true);
+    const auto [known, isNew] = locks_.try_emplace(session, true);
     if (isNew) {
         askWhetherLocked(session);
     }
@@ -108,8 +108,8 @@ void Sessions::connect() {
     if (sd_bus_open_system(&bus) < 0) {
         return;
     }
-    m_bus.reset(bus);
-    m_poller.watch(sd_bus_get_fd(bus), EPOLLIN, [this] { processBus(); });
+    bus_.reset(bus);
+    poller_.watch(sd_bus_get_fd(bus), EPOLLIN, [this] { processBus(); });
     // Only logind itself may say so: the sender is part of the rule.
     constexpr auto rule = "type='signal',sender='org.freedesktop.login1',member='PropertiesChanged',"
                           "path_namespace='/org/freedesktop/login1/session'";
@@ -118,25 +118,25 @@ void Sessions::connect() {
 }
 
 void Sessions::disconnect() {
-    if (m_bus) {
-        m_poller.drop(sd_bus_get_fd(m_bus.get()));
-        m_bus.reset();
-        m_locks.clear();
+    if (bus_) {
+        poller_.drop(sd_bus_get_fd(bus_.get()));
+        bus_.reset();
+        locks_.clear();
     }
 }
 
 void Sessions::processBus() {
     int result = 0;
     do {
-        result = sd_bus_process(m_bus.get(), nullptr);
+        result = sd_bus_process(bus_.get(), nullptr);
     } while (result > 0);
     if (result < 0) {
         disconnect();
         refresh();
         return;
     }
-    const int wanted = sd_bus_get_events(m_bus.get());
-    m_poller.change(sd_bus_get_fd(m_bus.get()), wanted < 0 ? EPOLLIN : static_cast<std::uint32_t>(wanted));
+    const int wanted = sd_bus_get_events(bus_.get());
+    poller_.change(sd_bus_get_fd(bus_.get()), wanted < 0 ? EPOLLIN : static_cast<std::uint32_t>(wanted));
 }
 
 void Sessions::askWhetherLocked(const std::string& session) {
@@ -147,11 +147,11 @@ void Sessions::askWhetherLocked(const std::string& session) {
     const Text path(encoded);
     auto question = std::make_unique<Question>(this, session);
     sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(m_bus.get(), &slot, login, path.get(),
+    const int result = sd_bus_call_method_async(bus_.get(), &slot, login, path.get(),
                                                 "org.freedesktop.DBus.Properties", "Get", lockedHintArrived,
                                                 question.get(), "ss", sessionInterface, "LockedHint");
     if (result < 0) {
-        m_locks[session] = false;
+        locks_[session] = false;
         return;
     }
     // The slot owns the question, and the bus the slot.
@@ -164,7 +164,7 @@ void Sessions::askWhetherLocked(const std::string& session) {
 int Sessions::propertiesChanged(sd_bus_message*, void* self, sd_bus_error*) {
     // Which property it was matters less than that it is rare. Until logind answers the last answer holds.
     auto* sessions = static_cast<Sessions*>(self);
-    for (const auto& lock : sessions->m_locks) {
+    for (const auto& lock : sessions->locks_) {
         sessions->askWhetherLocked(lock.first);
     }
     return 0;
@@ -176,7 +176,7 @@ int Sessions::lockedHintArrived(sd_bus_message* message, void* question, sd_bus_
     // An error is the answer of a logind that does not know.
     const bool isKnown = !sd_bus_message_is_method_error(message, nullptr) &&
                          sd_bus_message_read(message, "v", "b", &isLocked) >= 0;
-    about->sessions->m_locks[about->session] = isKnown && isLocked;
+    about->sessions->locks_[about->session] = isKnown && isLocked;
     about->sessions->refresh();
     return 0;
 }

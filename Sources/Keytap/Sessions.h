@@ -58,12 +58,12 @@ private:
         std::string session;
     };
 
-    Poller& m_poller;
-    Changed m_changed;
-    std::unique_ptr<sd_login_monitor, Free<sd_login_monitor_unref>> m_monitor;
-    std::unique_ptr<sd_bus, Free<sd_bus_flush_close_unref>> m_bus;
-    std::map<std::string, bool> m_locks; // of the sessions in front; true until logind has answered
-    std::vector<Sitting> m_sittings;
+    Poller& poller_;
+    Changed changed_;
+    std::unique_ptr<sd_login_monitor, Free<sd_login_monitor_unref>> monitor_;
+    std::unique_ptr<sd_bus, Free<sd_bus_flush_close_unref>> bus_;
+    std::map<std::string, bool> locks_; // of the sessions in front; true until logind has answered
+    std::vector<Sitting> sittings_;
 };
 
 } // namespace fernhollow::keytap

@@ -13,31 +13,31 @@ std::uint64_t repeats(Time held, RepeatSettings settings) {
 
 void Tally::setRepeat(RepeatSettings settings, Time now) {
     settle(now);
-    m_settings = settings;
+    settings_ = settings;
     // What the new settings would have repeated so far is not made up for.
-    m_repeated = m_heldSince ? repeats(now - *m_heldSince, m_settings) : 0;
+    repeated_ = heldSince_ ? repeats(now - *heldSince_, settings_) : 0;
 }
 
 void Tally::press(Time at) {
     settle(at);
-    m_heldSince = at;
-    m_repeated = 0;
-    ++m_pending;
+    heldSince_ = at;
+    repeated_ = 0;
+    ++pending_;
 }
 
 void Tally::release(Time at) {
     settle(at);
-    m_heldSince.reset();
+    heldSince_.reset();
 }
 
 void Tally::settle(Time now) {
-    if (!m_heldSince) {
+    if (!heldSince_) {
         return;
     }
-    const auto due = repeats(now - *m_heldSince, m_settings);
-    if (due > m_repeated) {
-        m_pending += due - m_repeated;
-        m_repeated = due;
+    const auto due = repeats(now - *heldSince_, settings_);
+    if (due > repeated_) {
+        pending_ += due - repeated_;
+        repeated_ = due;
     }
 }
 

@@ -28,17 +28,17 @@ public:
     /// Adds the repeats until `now`.
     void settle(Time now);
 
-    std::uint64_t pending() const { return m_pending; }
-    void setDelivered() { m_pending = 0; }
+    std::uint64_t pending() const { return pending_; }
+    void setDelivered() { pending_ = 0; }
 
     /// True while time alone makes it grow.
-    bool isRepeating() const { return m_heldSince && m_settings.rate > 0; }
+    bool isRepeating() const { return heldSince_ && settings_.rate > 0; }
 
 private:
-    RepeatSettings m_settings;
-    std::uint64_t m_pending = 0;
-    std::optional<Time> m_heldSince;
-    std::uint64_t m_repeated = 0; // how many repeats of the held key are already counted
+    RepeatSettings settings_;
+    std::uint64_t pending_ = 0;
+    std::optional<Time> heldSince_;
+    std::uint64_t repeated_ = 0; // how many repeats of the held key are already counted
 };
 
 } // namespace fernhollow::keytap

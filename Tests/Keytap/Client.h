@@ -15,10 +15,10 @@ namespace fernhollow::keytap {
 /// A connection to a service, with waits of limited length.
 class Client {
 public:
-    explicit Client(const char* path) : m_socket(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
+    explicit Client(const char* path) : socket_(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
         sockaddr_un address{AF_UNIX, {}};
         std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
-        if (connect(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) {
+        if (connect(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) {
             throw std::system_error(errno, std::generic_category(), path);
         }
     }
@@ -40,12 +40,12 @@ public:
     }
 
     bool takeOne(Answers& answers, std::chrono::milliseconds limit) {
-        pollfd ready{m_socket.number(), POLLIN, 0};
+        pollfd ready{socket_.number(), POLLIN, 0};
         if (poll(&ready, 1, static_cast<int>(limit.count())) <= 0) {
             return false;
         }
         std::array<std::byte, 64> packet{};
-        const auto size = recv(m_socket.number(), packet.data(), packet.size(), 0);
+        const auto size = recv(socket_.number(), packet.data(), packet.size(), 0);
         const auto content = std::span(packet).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
         answers.isClosed = size <= 0;
         answers.sum += valueOf<std::uint64_t>(content).value_or(0);
@@ -56,11 +56,11 @@ public:
 
     template<typename Value>
     bool send(Value value) {
-        return ::send(m_socket.number(), &value, sizeof value, MSG_DONTWAIT | MSG_NOSIGNAL) == sizeof value;
+        return ::send(socket_.number(), &value, sizeof value, MSG_DONTWAIT | MSG_NOSIGNAL) == sizeof value;
     }
 
 private:
-    Descriptor m_socket;
+    Descriptor socket_;
 };
 
 } // namespace fernhollow::keytap

@@ -1,7 +1,6 @@
-#include "Model/CountExport.h"
-
 #include "KeypressCore/DailyCountsDatabase.h"
 #include "KeypressCore/DailyCountsStore.h"
+#include "Model/CountExport.h"
 #include "Support/TemporaryHome.h"
 
 #include <gmock/gmock.h>

@@ -19,7 +19,8 @@ struct ExportedDay {
     std::vector<AppHourlyCountRow> applications;
 };
 
-/// An account's counts on this machine as they leave the program; `Documentation/Export.md` describes the formats.
+/// An account's counts on this machine as they leave the program; `Documentation/Export.md` describes the
+/// formats.
 struct CountExport {
     std::vector<ExportedDay> days;            ///< in their order
     std::map<std::string, std::string> names; ///< of the applications, by identifier

@@ -17,7 +17,8 @@ TEST(TrustPrompts, OfferWhatThePersonMayDo) {
         {{"It is off.", "Turn it on.", TrustAction{"Turn On", [&] { ++performed; }}}, 2}};
     for (const auto& [problem, buttons] : cases) {
         showTrustPrompt(problem);
-        QPointer<QMessageBox> message = qobject_cast<QMessageBox*>(QApplication::topLevelWidgets().constFirst());
+        QPointer<QMessageBox> message =
+            qobject_cast<QMessageBox*>(QApplication::topLevelWidgets().constFirst());
         ASSERT_TRUE(message);
         EXPECT_THAT(message->informativeText().toStdString(), testing::HasSubstr(problem.remedy));
         EXPECT_EQ(message->buttons().size(), buttons);

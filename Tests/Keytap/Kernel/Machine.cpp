@@ -95,8 +95,8 @@ std::string nodeNamed(const std::string& name) {
 }
 
 Keyboard::Keyboard(const std::string& name, Repeat repeat)
-    : m_file(open("/dev/uinput", O_WRONLY | O_CLOEXEC | O_NONBLOCK)) {
-    const int file = m_file.number();
+    : file_(open("/dev/uinput", O_WRONLY | O_CLOEXEC | O_NONBLOCK)) {
+    const int file = file_.number();
     ioctl(file, UI_SET_EVBIT, EV_KEY);
     for (int code = 1; code < KEY_MICMUTE; ++code) {
         ioctl(file, UI_SET_KEYBIT, code);
@@ -113,12 +113,12 @@ Keyboard::Keyboard(const std::string& name, Repeat repeat)
     name.copy(setup.name, sizeof setup.name - 1);
     ioctl(file, UI_DEV_SETUP, &setup);
     ioctl(file, UI_DEV_CREATE);
-    m_node = nodeNamed(name);
+    node_ = nodeNamed(name);
 }
 
 void Keyboard::send(std::uint16_t type, std::uint16_t code, std::int32_t value) {
     const input_event events[2] = {{{}, type, code, value}, {{}, EV_SYN, SYN_REPORT, 0}};
-    if (write(m_file.number(), events, sizeof events) < 0) {
+    if (write(file_.number(), events, sizeof events) < 0) {
         std::abort();
     }
 }

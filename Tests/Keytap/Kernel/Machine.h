@@ -39,15 +39,15 @@ public:
     enum class Repeat { ofKernel, none };
     explicit Keyboard(const std::string& name, Repeat repeat = Repeat::ofKernel);
 
-    const std::string& node() const { return m_node; }
+    const std::string& node() const { return node_; }
     void send(std::uint16_t type, std::uint16_t code, std::int32_t value);
     void key(std::uint16_t code, std::int32_t value);
     void stroke(std::uint16_t code);
-    void unplug() { m_file = Descriptor(); }
+    void unplug() { file_ = Descriptor(); }
 
 private:
-    Descriptor m_file;
-    std::string m_node;
+    Descriptor file_;
+    std::string node_;
 };
 
 } // namespace fernhollow::keytap

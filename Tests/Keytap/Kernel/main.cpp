@@ -57,8 +57,8 @@ public:
         }
         chmod(socketPath, 0666);
         listen(listener.number(), 64);
-        m_process = fork();
-        if (m_process == 0) {
+        process_ = fork();
+        if (process_ == 0) {
             const gid_t input = 104;
             dup2(listener.number(), 3);
             if (setgroups(1, &input) || setgid(990) || setuid(990)) {
@@ -72,18 +72,18 @@ public:
     }
 
     bool reads(const std::string& node) const {
-        return waitFor([&] { return std::ranges::count(openNodes(m_process), node) == 1; });
+        return waitFor([&] { return std::ranges::count(openNodes(process_), node) == 1; });
     }
     bool readsNothing() const {
-        return waitFor([&] { return openNodes(m_process).empty(); });
+        return waitFor([&] { return openNodes(process_).empty(); });
     }
     void end() {
-        kill(m_process, SIGTERM);
-        waitpid(m_process, nullptr, 0);
+        kill(process_, SIGTERM);
+        waitpid(process_, nullptr, 0);
     }
 
 private:
-    pid_t m_process = 0;
+    pid_t process_ = 0;
 };
 
 Client clientOf(uid_t user) {

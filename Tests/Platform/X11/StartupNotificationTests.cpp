@@ -1,6 +1,5 @@
-#include "Platform/X11/StartupNotification.h"
-
 #include "Platform/Surroundings.h"
+#include "Platform/X11/StartupNotification.h"
 #include "Platform/X11/XcbHandles.h"
 #include "Support/VirtualDisplay.h"
 
@@ -11,13 +10,14 @@ namespace {
 
 TEST(StartupIds, TellWhenThePersonActed) {
     using Time = std::optional<std::uint32_t>;
-    const std::vector<std::pair<const char*, Time>> cases{{"panel/fernhollow/7-0-host_TIME4294967295", 4294967295U},
-                                                          {"a_TIME1_TIME23", 23U},
-                                                          {"a_TIME4294967296", {}},
-                                                          {"a_TIME", {}},
-                                                          {"a_TIME1x", {}},
-                                                          {"5f1d8c0e-0001", {}},
-                                                          {"", {}}};
+    const std::vector<std::pair<const char*, Time>> cases{
+        {"panel/fernhollow/7-0-host_TIME4294967295", 4294967295U},
+        {"a_TIME1_TIME23", 23U},
+        {"a_TIME4294967296", {}},
+        {"a_TIME", {}},
+        {"a_TIME1x", {}},
+        {"5f1d8c0e-0001", {}},
+        {"", {}}};
     for (const auto& [id, time] : cases) {
         EXPECT_EQ(startupTime(id), time) << id;
     }
@@ -48,7 +48,8 @@ TEST(StartupNotifications, ReachTheWindowManagerAndTheLauncher) {
     while (text.find('\0') == std::string::npos) {
         const auto event = next();
         const auto& part = reinterpret_cast<const xcb_client_message_event_t&>(*event);
-        EXPECT_EQ(part.type, internAtom(manager.get(), text.empty() ? "_NET_STARTUP_INFO_BEGIN" : "_NET_STARTUP_INFO"));
+        EXPECT_EQ(part.type,
+                  internAtom(manager.get(), text.empty() ? "_NET_STARTUP_INFO_BEGIN" : "_NET_STARTUP_INFO"));
         text.append(reinterpret_cast<const char*>(part.data.data8), sizeof part.data.data8);
     }
     EXPECT_STREQ(text.c_str(), R"(remove: ID="panel \"7\"_TIME42")");

@@ -43,8 +43,7 @@ int withAccount(Command command) {
 int printToday(bool asJson) {
     return withAccount([asJson](const std::string& email, const DayKey& day) {
         const CountExport today = CountExport::ofDay(email, day);
-        const std::string text =
-            asJson ? today.dayJson() : std::to_string(today.days.front().count) + '\n';
+        const std::string text = asJson ? today.dayJson() : std::to_string(today.days.front().count) + '\n';
         const bool isWritten = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
         return isWritten ? EXIT_SUCCESS : fail("the answer could not be written");
     });

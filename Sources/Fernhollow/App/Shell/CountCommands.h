@@ -4,8 +4,8 @@
 
 namespace fernhollow {
 
-// Commands that answer from the signed-in account's database and end, whether or not the program runs. Each returns
-// the process's exit code; what went wrong is on stderr. A QCoreApplication exists.
+// Commands that answer from the signed-in account's database and end, whether or not the program runs. Each
+// returns the process's exit code; what went wrong is on stderr. A QCoreApplication exists.
 
 /// Prints today's presses on this machine as a number or, with `asJson`, with the hours and applications.
 int printToday(bool asJson);
