@@ -68,13 +68,12 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    template<class Work>
-    static QCoro::Task<> invoke(Work work) {
+    template<class Work, class Result = typename detail::ResultOf<std::invoke_result_t<Work&>>::Type>
+    static QCoro::Task<Result> invoke(Work work) {
         if constexpr (detail::ResultOf<std::invoke_result_t<Work&>>::isTask) {
-            co_await work();
+            co_return co_await work();
         } else {
-            work();
-            co_return;
+            co_return work();
         }
     }
 
@@ -102,24 +101,16 @@ private:
         static QCoro::Task<> carry(Work work, std::shared_ptr<typename Future<Result>::State> state,
                                    std::shared_ptr<QObject> asker) {
             try {
-                if constexpr (!detail::ResultOf<std::invoke_result_t<Work&>>::isTask) {
-                    if constexpr (std::is_void_v<Result>) {
-                        work();
-                        state->result.template emplace<1>();
-                    } else {
-                        state->result.template emplace<1>(work());
-                    }
-                } else if constexpr (std::is_void_v<Result>) {
-                    co_await work();
+                if constexpr (std::is_void_v<Result>) {
+                    co_await invoke(std::move(work));
                     state->result.template emplace<1>();
                 } else {
-                    state->result.template emplace<1>(co_await work());
+                    state->result.template emplace<1>(co_await invoke(std::move(work)));
                 }
             } catch (...) {
                 state->result.template emplace<2>(std::current_exception());
             }
             detail::deliver<Result>(*asker, std::move(state));
-            co_return;
         }
 
         Work work_;
