@@ -1,11 +1,11 @@
 #include "Platform/SessionBus.h"
 
 #include "Support/DebugLog.h"
+#include "Support/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QDBusConnection>
 #include <QList>
-#include <QScopeGuard>
 
 #include <array>
 #include <cerrno>
@@ -64,11 +64,11 @@ bool isSilent(const QByteArray& name, std::chrono::milliseconds limit) {
     sockaddr_un peer{};
     peer.sun_family = AF_UNIX;
     const auto length = static_cast<std::size_t>(name.size());
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (socket < 0 || length == 0 || length >= sizeof peer.sun_path) {
+    const FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int socket = file.get();
+    if (!file || length == 0 || length >= sizeof peer.sun_path) {
         return false;
     }
-    const auto closing = qScopeGuard([socket] { ::close(socket); });
     std::memcpy(peer.sun_path, name.constData(), length);
     limitWaits(socket, limit);
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);

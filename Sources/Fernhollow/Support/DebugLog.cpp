@@ -1,5 +1,6 @@
 #include "Support/DebugLog.h"
 
+#include "Support/FileDescriptor.h"
 #include "Support/InternetTime.h"
 #include "Support/UserDirectories.h"
 
@@ -13,53 +14,36 @@
 namespace fernhollow {
 namespace {
 
-void writeAll(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(file, text.data(), text.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 // O_NONBLOCK: should somebody put a pipe in the log's place, nobody waits for its reader.
 bool appendToExisting(const std::string& path, std::string_view line) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file < 0) {
-        return false;
+    const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file) {
+        writeAll(file, line);
     }
-    writeAll(file, line);
-    ::close(file);
-    return true;
+    return static_cast<bool>(file);
 }
 
 // A finished file takes the name by link(), which unlike rename() never replaces one that came first. On a
 // file system without links the file is made where it stays: a reader may see it empty for a moment.
 bool createWhole(const std::string& path, std::string_view line) {
     std::string temporary = path + ".XXXXXX";
-    int file = ::mkostemp(temporary.data(), O_CLOEXEC); // made with mode 0600
-    if (file < 0) {
+    FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC)); // made with mode 0600
+    if (!file) {
         return false;
     }
     writeAll(file, line);
-    ::close(file);
+    file.close();
     const bool isLinked = ::link(temporary.c_str(), path.c_str()) == 0;
     const bool isTaken = !isLinked && errno == EEXIST;
     ::unlink(temporary.c_str());
     if (isLinked || isTaken) {
         return isLinked;
     }
-    file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file < 0) {
-        return false;
+    file = FileDescriptor(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (file) {
+        writeAll(file, line);
     }
-    writeAll(file, line);
-    ::close(file);
-    return true;
+    return static_cast<bool>(file);
 }
 
 bool isControl(unsigned char character) {

@@ -1,5 +1,7 @@
 #include "Updates/DetachedProcess.h"
 
+#include "Support/FileDescriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -147,15 +149,11 @@ void startAfterThisProcess(const fs::path& program, const Environment& environme
     // once.
     std::array<int, 2> ends{};
     check(::pipe2(ends.data(), O_CLOEXEC) == 0 ? 0 : errno);
-    try {
-        spawn({"/bin/sh", "-c", R"(read -r _; exec "$0" </dev/null)", program.native()}, environment,
-              ends[0]);
-    } catch (...) {
-        ::close(ends[0]);
-        ::close(ends[1]);
-        throw;
-    }
-    ::close(ends[0]);
+    const FileDescriptor childs(ends[0]);
+    FileDescriptor ours(ends[1]);
+    spawn({"/bin/sh", "-c", R"(read -r _; exec "$0" </dev/null)", program.native()}, environment,
+          childs.get());
+    ours.release();
     isArranged = true;
 }
 

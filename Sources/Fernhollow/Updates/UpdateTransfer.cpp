@@ -2,6 +2,7 @@
 
 #include "Support/Clock.h"
 #include "Support/DebugLog.h"
+#include "Support/FileDescriptor.h"
 #include "Support/HttpManners.h"
 #include "Support/UserDirectories.h"
 #include "Updates/Appcast.h"
@@ -92,19 +93,12 @@ class FileReceiver final : public BodyReceiver {
 public:
     FileReceiver(const fs::path& file, std::uint64_t expected, UpdateTransfer::Progress progress)
         : path_(file), expected_(expected), progress_(std::move(progress)),
-          descriptor_(
+          file_(
               ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR)) {
-        if (descriptor_ < 0) {
+        if (!file_) {
             failToWrite(path_, errno);
         }
     }
-    ~FileReceiver() override {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    FileReceiver(const FileReceiver&) = delete;
-    FileReceiver& operator=(const FileReceiver&) = delete;
 
     void begin(std::optional<std::uint64_t> length) override {
         if (length.value_or(expected_) != expected_) {
@@ -117,13 +111,8 @@ public:
             failLength();
         }
         received_ += bytes.size();
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
-            if (written >= 0) {
-                bytes.remove_prefix(static_cast<std::size_t>(written));
-            } else if (errno != EINTR) {
-                failToWrite(path_, errno);
-            }
+        if (!writeAll(file_, bytes)) {
+            failToWrite(path_, errno);
         }
         progress_(received_, expected_);
     }
@@ -132,7 +121,7 @@ public:
         if (received_ != expected_) {
             failLength();
         }
-        if (::close(std::exchange(descriptor_, -1)) != 0) {
+        if (!file_.close()) {
             failToWrite(path_, errno);
         }
     }
@@ -145,7 +134,7 @@ private:
     fs::path path_;
     std::uint64_t expected_;
     UpdateTransfer::Progress progress_;
-    int descriptor_;
+    FileDescriptor file_;
     std::uint64_t received_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "Updates/VerifiedCopy.h"
 
+#include "Support/FileDescriptor.h"
 #include "Updates/UpdateError.h"
 
 #include <array>
@@ -23,35 +24,28 @@ constexpr std::string_view temporaryPattern = "XXXXXX";
     throw std::system_error(errno, std::generic_category());
 }
 
-class File {
+/// An open file whose operations throw std::system_error.
+class File : public FileDescriptor {
 public:
-    explicit File(int descriptor) : descriptor_(descriptor) {
+    explicit File(int descriptor) : FileDescriptor(descriptor) {
         if (descriptor < 0) {
             fail();
         }
     }
-    ~File() { ::close(descriptor_); }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    int descriptor() const { return descriptor_; }
 
     struct stat status() const {
         struct stat status{};
-        if (::fstat(descriptor_, &status) != 0) {
+        if (::fstat(get(), &status) != 0) {
             fail();
         }
         return status;
     }
 
     void synchronise() const {
-        if (::fsync(descriptor_) != 0) {
+        if (::fsync(get()) != 0) {
             fail();
         }
     }
-
-private:
-    int descriptor_;
 };
 
 /// A new file that nobody else made; it goes with this object unless it has become something else.
@@ -82,26 +76,17 @@ private:
     File file_;
 };
 
-void writeAll(const File& file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file.descriptor(), bytes.data(), bytes.size());
-        if (written >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno != EINTR) {
-            fail();
-        }
-    }
-}
-
 void copyAll(const File& from, const File& to) {
     std::array<char, std::size_t{1} << 16> buffer{};
     for (;;) {
-        const ssize_t got = ::read(from.descriptor(), buffer.data(), buffer.size());
+        const ssize_t got = ::read(from.get(), buffer.data(), buffer.size());
         if (got == 0) {
             return;
         }
         if (got > 0) {
-            writeAll(to, {buffer.data(), static_cast<std::size_t>(got)});
+            if (!writeAll(to, {buffer.data(), static_cast<std::size_t>(got)})) {
+                fail();
+            }
         } else if (errno != EINTR) {
             fail();
         }
@@ -113,7 +98,7 @@ bool passes(const File& file, const ByteCheck& isGenuine) {
     if (size == 0) {
         return isGenuine({});
     }
-    void* bytes = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.descriptor(), 0);
+    void* bytes = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.get(), 0);
     if (bytes == MAP_FAILED) {
         fail();
     }
@@ -148,7 +133,7 @@ void replace(const fs::path& source, const fs::path& target, mode_t mode, const 
     }
     TemporaryFile copy(folder);
     copyAll(original, copy.file());
-    if (::fchmod(copy.file().descriptor(), mode) != 0) {
+    if (::fchmod(copy.file().get(), mode) != 0) {
         fail();
     }
     copy.file().synchronise();
@@ -171,10 +156,9 @@ void placeVerifiedCopy(const fs::path& source, const fs::path& target, mode_t mo
                                                             error.code().message() + ".");
     }
     // The rename has happened: that the folder cannot be synchronised is no reason to deny it.
-    if (const int folder = ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        folder >= 0) {
-        ::fsync(folder);
-        ::close(folder);
+    if (const FileDescriptor folder(::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        folder) {
+        ::fsync(folder.get());
     }
 }
 

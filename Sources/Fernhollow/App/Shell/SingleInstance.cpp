@@ -2,6 +2,7 @@
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "Support/DebugLog.h"
+#include "Support/FileDescriptor.h"
 #include "Support/UserDirectories.h"
 
 #include <QCryptographicHash>
@@ -87,28 +88,22 @@ SingleInstance::SingleInstance() {
     connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::receive);
 }
 
-SingleInstance::~SingleInstance() {
-    server_.close();
-    if (lock_ >= 0) {
-        ::close(lock_);
-    }
-}
+SingleInstance::~SingleInstance() = default;
 
 bool SingleInstance::acquire() {
     for (const fs::path& file : lockFiles()) {
-        lock_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-        if (lock_ < 0) {
-            lock_ = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        FileDescriptor lock(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        if (!lock) {
+            lock = FileDescriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
         }
-        if (lock_ < 0) {
+        if (!lock) {
             continue;
         }
-        if (::flock(lock_, LOCK_EX | LOCK_NB) == 0) {
+        if (::flock(lock.get(), LOCK_EX | LOCK_NB) == 0) {
+            lock_ = std::move(lock);
             return true;
         }
-        const bool isTaken = errno == EWOULDBLOCK;
-        ::close(std::exchange(lock_, -1));
-        if (isTaken) {
+        if (errno == EWOULDBLOCK) {
             return false;
         } // else the file system knows no locks
     }

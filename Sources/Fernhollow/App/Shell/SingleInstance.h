@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Activation.h"
+#include "Support/FileDescriptor.h"
 
 #include <QLocalServer>
 #include <QObject>
@@ -43,8 +44,8 @@ Q_SIGNALS:
 private:
     void receive();
 
+    FileDescriptor lock_; ///< let go after the server, so that the next program finds no socket of ours
     QLocalServer server_;
-    int lock_ = -1;
 };
 
 } // namespace fernhollow

@@ -65,10 +65,10 @@ TerminationSignals::TerminationSignals() {
         sigaddset(&set_, number);
     }
     pthread_sigmask(SIG_BLOCK, &set_, nullptr);
-    signals_ = ::signalfd(-1, &set_, SFD_CLOEXEC | SFD_NONBLOCK);
-    passedOn_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    over_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (signals_ < 0 || passedOn_ < 0 || over_ < 0) {
+    signals_ = FileDescriptor(::signalfd(-1, &set_, SFD_CLOEXEC | SFD_NONBLOCK));
+    passedOn_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    over_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!signals_ || !passedOn_ || !over_) {
         debugLog("[TerminationSignals] No files to wait with: signals end the program at once");
         pthread_sigmask(SIG_UNBLOCK, &set_, nullptr);
         return;
@@ -78,13 +78,8 @@ TerminationSignals::TerminationSignals() {
 
 TerminationSignals::~TerminationSignals() {
     if (thread_.joinable()) {
-        ::eventfd_write(over_, 1);
+        ::eventfd_write(over_.get(), 1);
         thread_.join();
-    }
-    for (const int file : {signals_, passedOn_, over_}) {
-        if (file >= 0) {
-            ::close(file);
-        }
     }
 }
 
@@ -92,9 +87,9 @@ void TerminationSignals::startReporting(std::function<void()> received) {
     if (!thread_.joinable()) {
         return;
     }
-    notifier_ = std::make_unique<QSocketNotifier>(passedOn_, QSocketNotifier::Read);
+    notifier_ = std::make_unique<QSocketNotifier>(passedOn_.get(), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
-                     [file = passedOn_, received = std::move(received)] {
+                     [file = passedOn_.get(), received = std::move(received)] {
                          eventfd_t count = 0;
                          if (::eventfd_read(file, &count) == 0) {
                              received();
@@ -103,31 +98,31 @@ void TerminationSignals::startReporting(std::function<void()> received) {
 }
 
 void TerminationSignals::watch() const {
-    std::array<pollfd, 2> files{{{signals_, POLLIN, 0}, {over_, POLLIN, 0}}};
+    std::array<pollfd, 2> files{{{signals_.get(), POLLIN, 0}, {over_.get(), POLLIN, 0}}};
     while (true) {
         ::poll(files.data(), files.size(), -1);
         if (files[1].revents != 0) {
             return;
         }
         signalfd_siginfo signal{};
-        if (::read(signals_, &signal, sizeof signal) == sizeof signal) {
-            ::eventfd_write(passedOn_, 1);
+        if (::read(signals_.get(), &signal, sizeof signal) == sizeof signal) {
+            ::eventfd_write(passedOn_.get(), 1);
             return seeToTheEnd();
         }
     }
 }
 
 void TerminationSignals::seeToTheEnd() const {
-    if (isReadable(over_, takingLimit)) {
+    if (isReadable(over_.get(), takingLimit)) {
         return;
     }
-    const bool isTaken = !isReadable(passedOn_, 0s);
-    if (isTaken && isReadable(over_, endLimit)) {
+    const bool isTaken = !isReadable(passedOn_.get(), 0s);
+    if (isTaken && isReadable(over_.get(), endLimit)) {
         return;
     }
     debugLog("[TerminationSignals] The desktop does not answer: ending without it");
     cutConnections();
-    if (!isReadable(over_, endLimitOnceCut)) {
+    if (!isReadable(over_.get(), endLimitOnceCut)) {
         debugLog("[TerminationSignals] The program did not end in time");
         std::_Exit(EXIT_FAILURE);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/FileDescriptor.h"
+
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -34,9 +36,9 @@ private:
     void seeToTheEnd() const;
 
     sigset_t set_{};
-    int signals_ = -1;  ///< a signalfd
-    int passedOn_ = -1; ///< an eventfd: readable while the main thread has not taken a signal
-    int over_ = -1;     ///< an eventfd: readable once this object ends
+    FileDescriptor signals_;  ///< a signalfd
+    FileDescriptor passedOn_; ///< an eventfd: readable while the main thread has not taken a signal
+    FileDescriptor over_;     ///< an eventfd: readable once this object ends
     std::unique_ptr<QSocketNotifier> notifier_;
     std::thread thread_;
 };

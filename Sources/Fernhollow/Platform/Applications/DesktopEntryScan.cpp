@@ -1,5 +1,7 @@
 #include "Platform/Applications/DesktopEntryScan.h"
 
+#include "Support/FileDescriptor.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <fcntl.h>
@@ -24,18 +26,17 @@ std::timespec lastChange(const fs::path& folder) {
 }
 
 std::optional<std::string> readFile(const fs::path& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file) {
         return std::nullopt;
     }
     struct stat status{};
     std::string text;
-    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) {
         text.resize(std::min(static_cast<std::size_t>(status.st_size), largest));
-        const ssize_t size = ::read(file, text.data(), text.size());
+        const ssize_t size = ::read(file.get(), text.data(), text.size());
         text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     }
-    ::close(file);
     return text;
 }
 

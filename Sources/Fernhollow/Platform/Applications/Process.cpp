@@ -1,5 +1,7 @@
 #include "Platform/Applications/Process.h"
 
+#include "Support/FileDescriptor.h"
+
 #include <array>
 #include <cstddef>
 #include <fcntl.h>
@@ -15,13 +17,9 @@ namespace {
 constexpr std::string_view deletedMark = " (deleted)";
 
 std::string readStart(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        return {};
-    }
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::array<char, 4096> buffer{};
-    const ssize_t size = ::read(file, buffer.data(), buffer.size());
-    ::close(file);
+    const ssize_t size = file ? ::read(file.get(), buffer.data(), buffer.size()) : 0;
     return size > 0 ? std::string(buffer.data(), static_cast<std::size_t>(size)) : std::string();
 }
 
