@@ -11,13 +11,13 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 
 namespace fernhollow {
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto frame = 16ms;
 constexpr std::chrono::milliseconds pause = 150ms; // between redraws, while somebody types fast
 constexpr int padding = 12;
 constexpr int spacing = 12;
@@ -34,12 +34,10 @@ ProductivityDashboard::ProductivityDashboard(std::shared_ptr<AppModel> model, co
     connect(lastDays_, &LastDaysCard::selectedDateChanged, this, [this] {
         applications_->setSelectedDate(lastDays_->selectedDate());
         stale_.set(applications);
-        redrawWithin(frame); // the pointer does not wait
+        redraw_.request(); // the pointer does not wait
     });
     connect(lastDays_, &LastDaysCard::dayClicked, this,
             [this](Instant day) { DayDetailWindowController::shared().showWindow(day, model_, clock_); });
-    redraw_.setSingleShot(true);
-    connect(&redraw_, &QTimer::timeout, this, &ProductivityDashboard::refresh);
     follow();
 }
 
@@ -91,13 +89,7 @@ void ProductivityDashboard::showEvent(QShowEvent* event) {
 void ProductivityDashboard::requestRefresh(Parts stale) {
     stale_ |= stale;
     const std::chrono::milliseconds passed(sinceRedraw_.isValid() ? sinceRedraw_.elapsed() : pause.count());
-    redrawWithin(std::max<std::chrono::milliseconds>(frame, pause - passed));
-}
-
-void ProductivityDashboard::redrawWithin(std::chrono::milliseconds time) {
-    if (isVisible() && (!redraw_.isActive() || redraw_.remainingTimeAsDuration() > time)) {
-        redraw_.start(time);
-    }
+    redraw_.request(std::max(Redraw::frame, pause - passed));
 }
 
 void ProductivityDashboard::refresh() {

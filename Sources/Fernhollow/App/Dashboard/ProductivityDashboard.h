@@ -1,13 +1,12 @@
 #pragma once
 
+#include "App/Widgets/Redraw.h"
 #include "Support/Observable.h"
 
 #include <QElapsedTimer>
 #include <QScrollArea>
-#include <QTimer>
 
 #include <bitset>
-#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -40,14 +39,13 @@ private:
     void layOut();
     void follow();
     void requestRefresh(Parts stale);
-    void redrawWithin(std::chrono::milliseconds time);
     void refresh();
     void refreshDays();
 
     std::shared_ptr<AppModel> model_;
     const Clock& clock_;
     std::vector<Observation> cancellables_;
-    QTimer redraw_;
+    Redraw redraw_{*this, [this] { refresh(); }};
     QElapsedTimer sinceRedraw_;
     Parts stale_ = Parts().set();
 

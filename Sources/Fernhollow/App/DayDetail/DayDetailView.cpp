@@ -15,14 +15,10 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <chrono>
 
 namespace fernhollow {
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto frame = 16ms;
 constexpr QSize leastSize{600, 450};
 constexpr int padding = 20;
 constexpr int headerPadding = 16;
@@ -76,9 +72,7 @@ DayDetailView::DayDetailView(Instant selectedDate, std::shared_ptr<AppModel> mod
     layout->addLayout(columns, 1);
     setFocusProxy(searchField_);
 
-    redraw_.setSingleShot(true);
-    connect(&redraw_, &QTimer::timeout, this, &DayDetailView::refresh);
-    observation_ = model_->observe([this] { requestRefresh(); });
+    observation_ = model_->observe([this] { redraw_.request(); });
 }
 
 QWidget* DayDetailView::makeHeader() {
@@ -152,12 +146,6 @@ void DayDetailView::resizeEvent(QResizeEvent* event) {
     const int fitting = std::clamp(left, figuresWidth, std::max(figuresWidth, Theme::scaled(figuresWidth)));
     figures_->setFixedWidth(fitting);
     figuresArea_->setFixedWidth(fitting + scrollBarRoom);
-}
-
-void DayDetailView::requestRefresh() {
-    if (isVisible() && !redraw_.isActive()) {
-        redraw_.start(frame);
-    }
 }
 
 void DayDetailView::refresh() {

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "App/Widgets/Redraw.h"
 #include "KeypressCore/Calendar.h"
 #include "Presentation/DayText.h"
 #include "Presentation/TextSearch.h"
 #include "Support/NumberText.h"
 #include "Support/Observable.h"
 
-#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -41,7 +41,6 @@ private:
     QWidget* makeHeader();
     QWidget* makeFigures();
     QWidget* makeApplications();
-    void requestRefresh();
     void refresh();
 
     Instant selectedDate_;
@@ -52,7 +51,7 @@ private:
     NumberText numberText_;
     TextSearch search_;
     Observation observation_;
-    QTimer redraw_;
+    Redraw redraw_{*this, [this] { refresh(); }};
 
     QLabel* date_;
     QLabel* relativeDate_;

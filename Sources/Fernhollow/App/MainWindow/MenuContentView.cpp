@@ -19,14 +19,9 @@
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
-#include <chrono>
-
 namespace fernhollow {
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto frame = 16ms;
 constexpr int footerHorizontalMargin = 16;
 constexpr int footerVerticalMargin = 12;
 constexpr int signInVerticalMargin = 16;
@@ -68,9 +63,7 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
     layout->addWidget(Theme::makeDivider());
     layout->addWidget(makeFooter());
 
-    redraw_.setSingleShot(true);
-    connect(&redraw_, &QTimer::timeout, this, &MenuContentView::refresh);
-    const auto refresh = [this] { requestRefresh(); };
+    const auto refresh = [this] { redraw_.request(); };
     cancellables_.push_back(account_->observe(refresh));
     cancellables_.push_back(model_->areCountsSaved.observe(refresh));
     cancellables_.push_back(model_->areCountsSent.observe(refresh));
@@ -122,12 +115,6 @@ void MenuContentView::addShortcuts() {
 void MenuContentView::showEvent(QShowEvent* event) {
     refresh();
     QWidget::showEvent(event);
-}
-
-void MenuContentView::requestRefresh() {
-    if (isVisible() && !redraw_.isActive()) {
-        redraw_.start(frame);
-    }
 }
 
 void MenuContentView::refresh() {

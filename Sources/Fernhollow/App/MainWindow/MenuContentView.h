@@ -1,8 +1,8 @@
 #pragma once
 
+#include "App/Widgets/Redraw.h"
 #include "Support/Observable.h"
 
-#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -39,7 +39,6 @@ private:
     QWidget* makeFooter();
     QWidget* makeFooterLine();
     void addShortcuts();
-    void requestRefresh();
     void refresh();
     void showPage(QWidget* page);
     QWidget* onboarding();
@@ -50,7 +49,7 @@ private:
     std::shared_ptr<UpdateManager> updateManager_;
     const Clock& clock_;
     std::vector<Observation> cancellables_;
-    QTimer redraw_;
+    Redraw redraw_{*this, [this] { refresh(); }};
 
     QStackedLayout* mainArea_;
     SignInView* signIn_;

@@ -7,16 +7,12 @@
 
 #include <QHBoxLayout>
 
-#include <chrono>
 #include <utility>
 #include <variant>
 
 namespace fernhollow {
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto frame = 16ms;
 constexpr int spacing = 4;
 constexpr int horizontalOutset = 6; // what stands out of the text to show the keyboard's focus
 constexpr int verticalOutset = 3;
@@ -91,13 +87,7 @@ UpdateStatusButton::UpdateStatusButton(std::shared_ptr<UpdateManager> updateMana
     layout->addWidget(text_);
 
     connect(this, &QPushButton::clicked, this, &UpdateStatusButton::handleTap);
-    redraw_.setSingleShot(true);
-    connect(&redraw_, &QTimer::timeout, this, &UpdateStatusButton::refresh);
-    stateObservation_ = updateManager_->state.observe([this] {
-        if (isVisible() && !redraw_.isActive()) {
-            redraw_.start(frame);
-        }
-    });
+    stateObservation_ = updateManager_->state.observe([this] { redraw_.request(); });
     refresh();
 }
 

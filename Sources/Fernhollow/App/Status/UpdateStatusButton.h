@@ -1,9 +1,9 @@
 #pragma once
 
+#include "App/Widgets/Redraw.h"
 #include "Support/Observable.h"
 
 #include <QPushButton>
-#include <QTimer>
 
 #include <memory>
 
@@ -37,7 +37,7 @@ private:
     std::shared_ptr<UpdateManager> updateManager_;
     UpdateStatusIcon* icon_;
     ElidedLabel* text_;
-    QTimer redraw_;
+    Redraw redraw_{*this, [this] { refresh(); }};
     Observation stateObservation_;
 };
 
