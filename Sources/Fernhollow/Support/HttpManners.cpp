@@ -1,7 +1,6 @@
 #include "Support/HttpManners.h"
 
 #include <QHostAddress>
-#include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QNetworkRequest>
 
@@ -21,8 +20,11 @@ public:
 
 } // namespace
 
-void useSystemProxies(QNetworkAccessManager& manager) {
-    manager.setProxyFactory(new SystemProxies);
+std::unique_ptr<QNetworkAccessManager> makeNetworkAccess() {
+    auto manager = std::make_unique<QNetworkAccessManager>();
+    manager->setProxyFactory(new SystemProxies);
+    manager->setAutoDeleteReplies(false);
+    return manager;
 }
 
 void keepNothing(QNetworkRequest& request) {

@@ -3,21 +3,13 @@
 #include "Support/Clock.h"
 #include "Support/HttpManners.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QPointer>
 
 #include <coroutine>
 #include <optional>
 
 namespace fernhollow {
 namespace {
-
-struct DeleteLater {
-    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
-};
-using Reply = std::unique_ptr<QNetworkReply, DeleteLater>;
 
 QNetworkRequest networkRequest(const HttpRequest& request) {
     QNetworkRequest result(QUrl::fromEncoded(QByteArray::fromStdString(request.url)));
@@ -96,9 +88,7 @@ void HttpSession::close() {
 
 QNetworkAccessManager& HttpSession::manager() {
     if (!manager_) {
-        manager_ = std::make_unique<QNetworkAccessManager>();
-        useSystemProxies(*manager_);
-        manager_->setAutoDeleteReplies(false);
+        manager_ = makeNetworkAccess();
     }
     return *manager_;
 }
@@ -108,9 +98,9 @@ QCoro::Task<HttpAnswer> HttpSession::send(HttpRequest request, std::stop_token s
         throw TransportError("cancelled");
     }
     const auto wire = networkRequest(request);
-    const Reply reply(request.method == HttpRequest::Method::post
-                          ? manager().post(wire, QByteArray::fromStdString(request.body))
-                          : manager().get(wire));
+    const NetworkReply reply(request.method == HttpRequest::Method::post
+                                 ? manager().post(wire, QByteArray::fromStdString(request.body))
+                                 : manager().get(wire));
     ++underWay_;
     const auto reason = co_await Completion(*reply, clock_, request.timeout, std::move(stop));
     --underWay_;

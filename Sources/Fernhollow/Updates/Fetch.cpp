@@ -4,8 +4,6 @@
 #include "Support/HttpManners.h"
 #include "Updates/WebOrigin.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QNetworkRequest>
 
 #include <chrono>
@@ -25,11 +23,6 @@ constexpr qint64 bufferSize = qint64{1} << 18;
 constexpr int statusOk = 200;
 constexpr int firstRedirection = 300;
 constexpr int firstRefusal = 400;
-
-struct DeleteLater {
-    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
-};
-using Reply = std::unique_ptr<QNetworkReply, DeleteLater>;
 
 int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
@@ -193,7 +186,7 @@ QCoro::Task<> fetch(QNetworkAccessManager& manager, Clock& clock, QUrl url, Upda
         throw UpdateError(UpdateError::Reason::cancelled, "Cancelled.");
     }
     for (int redirections = 0; redirections <= maximumRedirections; ++redirections) {
-        const Reply reply(manager.get(requestFor(url)));
+        const NetworkReply reply(manager.get(requestFor(url)));
         reply->setReadBufferSize(bufferSize);
         co_await Body(*reply, clock, failure, receiver, stop);
         const auto next = redirection(*reply, url, failure);

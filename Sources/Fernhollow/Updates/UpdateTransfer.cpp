@@ -165,9 +165,7 @@ UpdateTransfer::~UpdateTransfer() = default;
 
 QNetworkAccessManager& UpdateTransfer::manager() {
     if (!manager_) {
-        manager_ = std::make_unique<QNetworkAccessManager>();
-        useSystemProxies(*manager_);
-        manager_->setAutoDeleteReplies(false);
+        manager_ = makeNetworkAccess();
     }
     return *manager_;
 }

@@ -11,7 +11,8 @@ class UpdaterDelegate;
 class UserDriverDelegate;
 
 /// What an application holds of its updater: an updater that was started, with the windows that it needs. It
-/// ends, and calls its delegates no more, with this object. Main thread only.
+/// ends, and calls its delegates no more, with this object. Main thread only. An interface, because the model
+/// that holds one has no windows and may not know of those that do.
 class UpdaterController {
 public:
     using Factory = std::function<std::unique_ptr<UpdaterController>(UpdaterDelegate&, UserDriverDelegate&)>;
