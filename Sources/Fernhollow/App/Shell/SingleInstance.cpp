@@ -6,13 +6,16 @@
 #include "Support/UserDirectories.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QLocalSocket>
 
 #include <array>
 #include <chrono>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -81,6 +84,42 @@ std::vector<fs::path> lockFiles() {
     return files;
 }
 
+/// Hears of what is new in a folder.
+class FolderNews {
+public:
+    explicit FolderNews(const fs::path& folder) : file_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+        if (file_) {
+            ::inotify_add_watch(file_.get(), folder.c_str(), IN_CREATE | IN_MOVED_TO);
+        }
+    }
+
+    /// Until there is some, `limit` at most.
+    void wait(std::chrono::milliseconds limit) const {
+        pollfd news{file_.get(), POLLIN, 0};
+        ::poll(&news, 1, static_cast<int>(limit.count()));
+        std::array<char, 4096> passed{};
+        while (file_ && ::read(file_.get(), passed.data(), passed.size()) > 0) {
+        }
+    }
+
+private:
+    FileDescriptor file_;
+};
+
+/// The program that holds the lock may be about to listen.
+bool connectToRunning(QLocalSocket& socket) {
+    const FolderNews news(runtimeFolder());
+    const QDeadlineTimer deadline(answerLimit);
+    constexpr int connectLimit = 100;
+    for (;;) {
+        socket.connectToServer(socketName());
+        if (socket.waitForConnected(connectLimit) || deadline.hasExpired()) {
+            return socket.state() == QLocalSocket::ConnectedState;
+        }
+        news.wait(std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()));
+    }
+}
+
 } // namespace
 
 SingleInstance::SingleInstance() {
@@ -143,17 +182,8 @@ void SingleInstance::receive() {
 }
 
 bool SingleInstance::send(InstanceRequest request, const ActivationToken& token) {
-    using std::chrono::steady_clock;
     QLocalSocket socket;
-    const auto deadline = steady_clock::now() + answerLimit;
-    do {
-        socket.connectToServer(socketName());
-        if (socket.waitForConnected(100)) {
-            break;
-        }
-        ::usleep(50'000); // the other process holds the lock and is about to listen
-    } while (steady_clock::now() < deadline);
-    if (socket.state() != QLocalSocket::ConnectedState) {
+    if (!connectToRunning(socket)) {
         return false;
     }
     for (const auto& [known, name] : words) {
