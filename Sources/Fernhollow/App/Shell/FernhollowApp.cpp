@@ -13,9 +13,7 @@
 #include "Support/DebugLog.h"
 
 #include <QGuiApplication>
-#include <QHostInfo>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace fernhollow {
@@ -35,21 +33,7 @@ void logUnless(bool isWritten) {
     }
 }
 
-FernhollowApp* running = nullptr;
-
-void endAtExit() {
-    if (running != nullptr) {
-        running->end();
-        leave(EXIT_FAILURE);
-    }
-}
-
 } // namespace
-
-void leave(int status) {
-    std::fflush(nullptr);
-    std::_Exit(status);
-}
 
 FernhollowApp::FernhollowApp(const Desktop& desktop)
     : syncThread_(clock_), taps_(desktop.makeEventTapProvider(showTrustPrompt)),
@@ -74,11 +58,7 @@ FernhollowApp::FernhollowApp(const Desktop& desktop)
     AppStateHolder::shared() = {model_, account_, updateManager_, &clock_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
-    // The toolkit calls exit() when the display goes away, which is how many sessions end. Its lookups of
-    // names are made first of all, so that their end, which waits for name servers, comes after ours.
-    QHostInfo::lookupHost(QStringLiteral("127.0.0.1"), &appDelegate_, [](const QHostInfo&) {});
-    running = this;
-    std::atexit(endAtExit);
+    atExit_.emplace([this] { end(); });
 }
 
 void FernhollowApp::flushNow() {
@@ -97,7 +77,7 @@ bool FernhollowApp::end() {
 }
 
 FernhollowApp::~FernhollowApp() {
-    running = nullptr;
+    atExit_.reset();
     if (!end()) {
         leave(EXIT_SUCCESS);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "App/Shell/AppDelegate.h"
+#include "App/Shell/Ending.h"
 #include "Model/Sync/SyncThread.h"
 #include "Platform/EventTap.h"
 #include "Platform/Workspace.h"
@@ -8,6 +9,7 @@
 #include "Support/TaskScope.h"
 
 #include <memory>
+#include <optional>
 
 namespace fernhollow {
 
@@ -15,10 +17,6 @@ class AccountManager;
 class AppModel;
 class Desktop;
 class UpdateManager;
-
-/// Ends the process without what remains of it: once all is written, the toolkit would only go on waiting for
-/// name servers that do not answer.
-[[noreturn]] void leave(int status);
 
 /// The application entry value: creates the long-lived objects in their order, keeps them for the life
 /// of the process and ends them so that no press is lost. Main thread.
@@ -48,6 +46,7 @@ private:
     std::shared_ptr<AccountManager> account_;
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<UpdateManager> updateManager_;
+    std::optional<AtExit> atExit_; ///< once all the others are there
 };
 
 } // namespace fernhollow

@@ -1,6 +1,7 @@
 #include "App/Shell/Launch.h"
 
 #include "App/Shell/CommandLine.h"
+#include "App/Shell/Ending.h"
 #include "App/Shell/FernhollowApp.h"
 #include "App/Shell/SingleInstance.h"
 #include "App/Shell/TerminationSignals.h"
