@@ -29,6 +29,17 @@ private:
     Instant start_ = calendar_.startOfDay(last_);
 };
 
+/// For the days up to `today` that are not among those `present`.
+void addPlaceholders(std::vector<DailyAppStats>& result, const std::set<Instant>& present,
+                     const Calendar& steps, StartOfDay& startOfDay, Instant today) {
+    for (int age = 0; age < days; ++age) {
+        const auto date = steps.addingDays(today, -age);
+        if (date && !present.contains(startOfDay(*date))) {
+            result.push_back({steps.noon(*date).value_or(*date), placeholder, "", 0});
+        }
+    }
+}
+
 } // namespace
 
 std::vector<DailyAppStats> makeFilledDailyData(const std::vector<DailyAppStats>& daily,
@@ -64,12 +75,7 @@ std::vector<DailyAppStats> makeFilledDailyData(const std::vector<DailyAppStats>&
         }
         present.merge(added);
     }
-    for (int age = 0; age < days; ++age) {
-        const auto date = steps.addingDays(today, -age);
-        if (date && !present.contains(startOfDay(*date))) {
-            result.push_back({steps.noon(*date).value_or(*date), placeholder, "", 0});
-        }
-    }
+    addPlaceholders(result, present, steps, startOfDay, today);
     return result;
 }
 
