@@ -17,7 +17,7 @@ protected:
     // What a callback changes, it changes in a later turn of the event loop.
     void deliver() {
         bool isDelivered = false;
-        tasks_.start([&](const std::stop_token&) {
+        tasks_.start([&] {
             isDelivered = true;
             return noTask();
         });

@@ -44,15 +44,15 @@ TEST(Tasks, BeginInOrderAfterTheHandlerReturns) {
     const tests::TemporaryHome home;
     std::vector<std::string> notes;
     TaskScope tasks;
-    tasks.start([&](std::stop_token) { return note(notes, "first"); });
-    tasks.start([](std::stop_token) { return failing(); });
-    tasks.start([&](std::stop_token) { return note(notes, "second"); });
+    tasks.start([&] { return note(notes, "first"); });
+    tasks.start([] { return failing(); });
+    tasks.start([&] { return note(notes, "second"); });
     EXPECT_THAT(notes, IsEmpty());
     QCoreApplication::processEvents();
     EXPECT_THAT(notes, ElementsAre("first", "second"));
     EXPECT_THAT(home.log(), testing::HasSubstr("[Tasks] A background task failed: out of luck"));
 
-    tasks.start([&](std::stop_token) { return note(notes, "never"); });
+    tasks.start([&] { return note(notes, "never"); });
     tasks.stop();
     QCoreApplication::processEvents();
     EXPECT_EQ(notes.size(), 2u);
@@ -62,7 +62,8 @@ TEST(Sleepers, WakeWhenTheirTimeHasPassedOrAtAStop) {
     FakeClock clock(Instant{});
     std::vector<std::string> notes;
     TaskScope tasks;
-    tasks.start([&](std::stop_token stop) { return sleepInALoop(clock, notes, stop); });
+    std::stop_source stop;
+    tasks.start([&] { return sleepInALoop(clock, notes, stop.get_token()); });
     tasks.beginWaiting();
     clock.set(Instant{} + 24h); // the wall clock moves no sleeper
     clock.advance(999ms);
@@ -70,7 +71,7 @@ TEST(Sleepers, WakeWhenTheirTimeHasPassedOrAtAStop) {
     clock.advance(1ms);
     clock.advance(1s);
     EXPECT_THAT(notes, ElementsAre("awake", "awake"));
-    tasks.stop();
+    stop.request_stop();
     EXPECT_EQ(notes.back(), "ended");
     EXPECT_EQ(clock.sleepers(), 0u);
 }

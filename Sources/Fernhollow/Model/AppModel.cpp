@@ -71,7 +71,7 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
                                             }
                                         }});
     account_.onAccountChange = [weak, &tasks = tasks_](const std::optional<std::string>& newEmail) {
-        tasks.start([weak, newEmail](std::stop_token) {
+        tasks.start([weak, newEmail] {
             if (const auto self = weak.lock()) {
                 self->handleAccountChange(newEmail);
             }
@@ -81,7 +81,7 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
     refreshKeyboardMonitorState();
     startFlushLoop();
     startRefreshLoop();
-    tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });
+    tasks_.start([self = shared_from_this()] { return self->refreshFromDisk(); });
 }
 
 bool AppModel::shutDown(std::chrono::milliseconds limit) {
@@ -141,7 +141,7 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     } else if (openStore(openingPatience)) {
         appTracker_->updateStore(store_);
         debugLog("[AppModel] Switched to account-specific store for: " + *newEmail);
-        tasks_.start([self = shared_from_this()](std::stop_token) { return self->refreshFromDisk(); });
+        tasks_.start([self = shared_from_this()] { return self->refreshFromDisk(); });
     } else {
         appTracker_->updateStore(nullptr);
     }

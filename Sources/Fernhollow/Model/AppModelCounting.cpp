@@ -39,7 +39,7 @@ void AppModel::recordKeypresses(std::int64_t count, const ActiveAppInfo& appInfo
         appTracker_->recordKeystroke(appInfo.bundleId, appInfo.appName, now);
     }
     const int hour = calendar_.hour(now);
-    tasks_.start([self = shared_from_this(), day = currentDay_, hour, count](std::stop_token) {
+    tasks_.start([self = shared_from_this(), day = currentDay_, hour, count] {
         return writeHourly(self, day, hour, count);
     });
 }

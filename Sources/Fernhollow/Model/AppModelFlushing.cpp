@@ -161,7 +161,7 @@ void AppModel::startFlushLoop() {
         flushTask_->request_stop();
     }
     flushTask_.emplace();
-    tasks_.start([weak = weak_from_this(), stop = flushTask_->get_token()](std::stop_token) {
+    tasks_.start([weak = weak_from_this(), stop = flushTask_->get_token()] {
         const auto self = weak.lock();
         return self ? flushLoop(self, stop) : noTask();
     });

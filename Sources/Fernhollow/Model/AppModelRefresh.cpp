@@ -50,7 +50,7 @@ bool AppModel::rolloverIfNeeded(Instant now) {
         missing_.days[oldDay] += oldPending;
     }
     Flush flush = store_ && hasUnwritten() ? takeFlush() : Flush{};
-    tasks_.start([self = shared_from_this(), flush = std::move(flush), oldDay](std::stop_token) {
+    tasks_.start([self = shared_from_this(), flush = std::move(flush), oldDay] {
         return finishDay(self, flush, oldDay);
     });
     return true;
@@ -71,7 +71,7 @@ void AppModel::startRefreshLoop() {
         refreshTask_->request_stop();
     }
     refreshTask_.emplace();
-    tasks_.start([weak = weak_from_this(), stop = refreshTask_->get_token()](std::stop_token) {
+    tasks_.start([weak = weak_from_this(), stop = refreshTask_->get_token()] {
         const auto self = weak.lock();
         return self ? refreshLoop(self, stop) : noTask();
     });
@@ -124,7 +124,7 @@ QCoro::Task<> AppModel::refreshFromDisk() {
     co_await recalculateMetrics(figures);
     co_await refreshAppHistory(figures);
     if (cloudSync_ && !isAskingForDevices_ && isTimeForDevices()) {
-        tasks_.start([self](std::stop_token) { return self->refreshDevices(); });
+        tasks_.start([self] { return self->refreshDevices(); });
     }
 }
 

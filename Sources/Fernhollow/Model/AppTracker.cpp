@@ -65,7 +65,7 @@ std::vector<HourlyAppStats> sortedByHourAndApp(std::vector<HourlyAppStats> entri
 std::shared_ptr<AppTracker> AppTracker::create(const Clock& clock, TaskScope& tasks,
                                                std::shared_ptr<DailyCountsStore> store) {
     std::shared_ptr<AppTracker> tracker(new AppTracker(clock, tasks, std::move(store)));
-    tasks.start([tracker](std::stop_token) { return load(tracker); });
+    tasks.start([tracker] { return load(tracker); });
     return tracker;
 }
 
@@ -88,7 +88,7 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
         pendingSince_ = now;
     } else if (now - pendingSince_ >= bufferedAtMost || now < pendingSince_) {
         pendingSince_ = now;
-        tasks_.start([self = shared_from_this()](std::stop_token) { return self->flushPending(); });
+        tasks_.start([self = shared_from_this()] { return self->flushPending(); });
     }
     ++pending_.applications[{currentDay_, hour, bundleId}];
     pending_.names[bundleId] = appName;
@@ -202,7 +202,7 @@ void AppTracker::rolloverIfNeeded(Instant now) {
     shownRows_.reset();
     // Asked for here, so that whoever reads the old day from now on finds its last presses there.
     const auto writing = std::make_shared<QCoro::Task<>>(flushPending());
-    tasks_.start([writing](std::stop_token) { return std::move(*writing); });
+    tasks_.start([writing] { return std::move(*writing); });
 }
 
 QCoro::Task<> AppTracker::refreshFromDisk() {
@@ -295,7 +295,7 @@ void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {
     pastDays_ = {};
     currentDay_ = DayKey(clock_.now(), calendar_);
     debugLog("[AppTracker] Store updated, all caches cleared");
-    tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });
+    tasks_.start([self = shared_from_this()] { return load(self); });
 }
 
 void AppTracker::continueWith(std::shared_ptr<DailyCountsStore> store) {
@@ -306,7 +306,7 @@ void AppTracker::continueWith(std::shared_ptr<DailyCountsStore> store) {
         pending_.names.try_emplace(app.bundleId, app.appName);
     }
     appRegistry.set({});
-    tasks_.start([self = shared_from_this()](std::stop_token) { return load(self); });
+    tasks_.start([self = shared_from_this()] { return load(self); });
 }
 
 } // namespace fernhollow

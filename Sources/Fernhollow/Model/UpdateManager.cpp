@@ -35,7 +35,7 @@ void UpdateManager::checkForUpdates() {
 }
 
 void UpdateManager::later(std::function<void()> work) {
-    tasks_.start([work = std::move(work)](const std::stop_token&) {
+    tasks_.start([work = std::move(work)] {
         work();
         return noTask();
     });

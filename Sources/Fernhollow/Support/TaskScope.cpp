@@ -12,9 +12,9 @@
 namespace fernhollow {
 namespace {
 
-QCoro::Task<> runLogged(TaskScope::Body body, std::stop_token stop) {
+QCoro::Task<> runLogged(TaskScope::Body body) {
     try {
-        co_await body(std::move(stop));
+        co_await body();
     } catch (const std::exception& error) {
         debugLog(std::string("[Tasks] A background task failed: ") + error.what());
     }
@@ -26,12 +26,8 @@ QCoro::Task<> noTask() {
     co_return;
 }
 
-TaskScope::~TaskScope() {
-    stop();
-}
-
 void TaskScope::start(Body body) {
-    if (stop_.stop_requested()) {
+    if (isStopped_) {
         return;
     }
     waiting_.push_back(std::move(body));
@@ -43,16 +39,16 @@ void TaskScope::start(Body body) {
 void TaskScope::beginWaiting() {
     // Tasks started meanwhile wait for the next turn, so that no task can starve the event loop.
     for (auto bodies = std::exchange(waiting_, {}); !bodies.empty(); bodies.pop_front()) {
-        if (stop_.stop_requested()) {
+        if (isStopped_) {
             return;
         }
-        runLogged(std::move(bodies.front()), stop_.get_token());
+        runLogged(std::move(bodies.front()));
     }
 }
 
 void TaskScope::stop() {
     waiting_.clear();
-    stop_.request_stop();
+    isStopped_ = true;
 }
 
 bool TaskScope::event(QEvent* event) {

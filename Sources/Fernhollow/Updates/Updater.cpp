@@ -31,9 +31,7 @@ Updater::Updater(std::string currentVersion, const std::optional<UpdateConfigura
     : currentVersion_(std::move(currentVersion)), surroundings_(std::move(surroundings)), delegate_(delegate),
       userDriverDelegate_(userDriverDelegate) {
     if (configuration) {
-        const auto askNow = [this] {
-            tasks_.start([self = shared_from_this()](const std::stop_token&) { return ask(self); });
-        };
+        const auto askNow = [this] { tasks_.start([self = shared_from_this()] { return ask(self); }); };
         schedule_.emplace(
             surroundings_.clock, configuration->checkInterval,
             UpdateSchedule::Actions{.ask = askNow, .check = [this] { return beginScheduled(); }});
@@ -136,8 +134,7 @@ void Updater::begin(UpdateCheck check) {
     if (check == UpdateCheck::userInitiated) {
         surroundings_.driver->showChecking(makeCancel(cycle_->stop));
     }
-    tasks_.start(
-        [self = shared_from_this(), cycle = cycle_](const std::stop_token&) { return run(self, cycle); });
+    tasks_.start([self = shared_from_this(), cycle = cycle_] { return run(self, cycle); });
 }
 
 QCoro::Task<> Updater::run(Self self, SharedCycle cycle) {
