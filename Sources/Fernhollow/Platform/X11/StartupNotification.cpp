@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace fernhollow {
@@ -48,9 +49,9 @@ std::optional<std::uint32_t> startupTime(std::string_view startupId) {
         return std::nullopt;
     }
     const std::string_view digits = startupId.substr(found + mark.size());
-    const char* const end = digits.data() + digits.size();
+    const char* const end = std::to_address(digits.end());
     std::uint32_t time = 0;
-    const auto [rest, error] = std::from_chars(digits.data(), end, time);
+    const auto [rest, error] = std::from_chars(std::to_address(digits.begin()), end, time);
     return error == std::errc() && rest == end ? std::optional(time) : std::nullopt;
 }
 
