@@ -81,7 +81,7 @@ FROM unnest(ARRAY['/rpc/any', '/%72pc/any', '/rpc', '/graphql/v1', '/', '', '/rp
                  $$INSERT INTO devices VALUES (now(), 'eve@example.org', 'd', 'n') RETURNING 1$$]) AS statement;
 SELECT is((SELECT sum(count) FROM device_day_counts), 60::numeric, 'and nothing was changed');
 
--- The statements that PostgREST makes, as its versions 9 to 14 write them: the one select, and other ones.
+-- The statements that PostgREST makes, as its published source writes them: the one select, and other ones.
 CREATE TEMP TABLE word (short text, long text);
 INSERT INTO word VALUES ('#', '"public"."device_day_counts"'), ('<', 'WITH pgrst_source AS ( SELECT '),
     ('>', ' )  SELECT null::bigint AS total_result_set, pg_catalog.count(_postgrest_t) AS page_total');
