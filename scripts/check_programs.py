@@ -22,8 +22,9 @@ QUOTED = re.compile(r"'[^']*'|\"[^\"$]*\"")
 # After these the shell, or the program that they are, expects a command.
 STARTERS = {"if", "then", "elif", "else", "while", "do", "exec", "setsid", "xargs", "--"}
 
-# pg_config is asked only where Debian's own folders are missing, node by one test that is skipped without it.
-ELSEWHERE = {"pg_config", "node"}
+# pg_config is asked only where Debian's own folders are missing, node by one test that is skipped without it,
+# haproxy by a test that only .ci/run runs.
+ELSEWHERE = {"pg_config", "node", "haproxy"}
 
 RUN = ("build", "run", "backend")
 # What each command installs, and the files that it runs. Patterns are relative to the top folder.

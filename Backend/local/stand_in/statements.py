@@ -88,8 +88,8 @@ def read(connection, table, query):
     where = sql.SQL("WHERE ") + _list(conditions, " AND ") if conditions else sql.SQL("")
     window, bounds = _window(limits)
     statement = sql.SQL(
-        "WITH pgrst_source AS ( SELECT {} FROM {}  {} {} {} )  SELECT coalesce(json_agg(_postgrest_t), '[]')::text AS body"
-        " FROM ( SELECT * FROM pgrst_source ) _postgrest_t"
+        "WITH pgrst_source AS ( SELECT {} FROM {}  {} {} {} ) "
+        " SELECT coalesce(json_agg(_postgrest_t), '[]')::text AS body FROM ( SELECT * FROM pgrst_source ) _postgrest_t"
     ).format(columns, source, where, order, window)
     return connection.execute(statement, [*values, *bounds]).fetchone()[0]
 
