@@ -20,7 +20,7 @@ class JavaScriptClient(Served):
         done = subprocess.run(line, capture_output=True, text=True, timeout=60)
         self.assertEqual(done.returncode, 0, done.stderr)
         total, editor = {"total_count": 7}, {"bundle_id": "org.Editor", "app_name": "Éditeur", "total_count": 7}
-        machine = {"device_id": listed("ana+b&c%d é@x", "first"), "device_name": "laptop", "last_seen_at": TIME}
+        machine = {"device_id": listed("jo+b&c%d é@x", "first"), "device_name": "laptop", "last_seen_at": TIME}
         expected = [[201, None]] * 5 + [[200, [{"count": 7}]], [200, 7], [200, [{"day": DAY} | total]]]
         expected += [[200, [{"hour": 14} | row]] for row in (total, editor)]
         expected += [[200, [{"day": DAY} | editor]], [200, [machine]]]

@@ -4,7 +4,7 @@ const [client, url, key] = process.argv.slice(2);
 const { PostgrestClient } = createRequire(import.meta.url)(client);
 const backend = new PostgrestClient(url, { headers: { apikey: key, Authorization: `Bearer ${key}` } });
 
-const account = { customer_email: "ana+b&c%d é@x" };
+const account = { customer_email: "jo+b&c%d é@x" };
 const device = { ...account, device_id: "first" };
 const day = { day: "2026-03-05" };
 const count = { count: 7, updated_at: "2026-03-05T14:07:09Z" };
