@@ -21,7 +21,7 @@ namespace {
 
 constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
-// What listens there is no socket, so a connection is refused at once.
+// What listens there is not a socket, so a connection is refused at once.
 constexpr const char* refusingAddress = "unix:path=/dev/null";
 
 /// The name of the local socket of `address` as connect() wants it, a leading zero for an abstract one; empty

@@ -37,7 +37,7 @@ Instant inUtc(Instant instant, const Calendar& calendar) {
 
 } // namespace
 
-/// Made when they are first needed: they are dear to make and to keep.
+/// Created when first needed, because creating and keeping them is expensive.
 struct DayText::Formatters {
     explicit Formatters(std::string_view name)
         : locale(std::string(name).c_str()), relative(name, RelativeTime::Units::full) {}

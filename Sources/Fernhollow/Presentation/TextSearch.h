@@ -9,7 +9,7 @@
 
 namespace fernhollow {
 
-/// Looks for a text in names, ignoring case as the locale's people do: in Turkish "I" is no "i".
+/// Looks for a text in names, ignoring case as the locale's people do: in Turkish "I" is not "i".
 /// Accents make a difference. An empty text is in every name.
 class TextSearch {
 public:

@@ -25,7 +25,7 @@ BundleInfo BundleInfo::read(const fs::path& file) {
     }
     const auto json = nlohmann::json::parse(stream, nullptr, false);
     if (!json.is_object()) {
-        debugLog("[BundleInfo] " + file.native() + " is no JSON object");
+        debugLog("[BundleInfo] " + file.native() + " is not a JSON object");
         return info;
     }
     for (const auto& [key, value] : json.items()) {

@@ -21,7 +21,7 @@ inline std::int64_t unixSeconds(Instant instant) {
 
 /// The only source of time: the wall clock, the monotonic clock, and timers that follow the latter.
 ///
-/// Handed to whoever needs it, so that a test can walk over midnight. Timers fire on the thread that
+/// Handed to each object that needs it, so that a test can walk over midnight. Timers fire on the thread that
 /// started them, from its event loop.
 class Clock {
 public:

@@ -14,7 +14,7 @@
 namespace fernhollow {
 namespace {
 
-// O_NONBLOCK: should somebody put a pipe in the log's place, nobody waits for its reader.
+// O_NONBLOCK: if a pipe stands in the log's place, we do not wait for its reader.
 bool appendToExisting(const std::string& path, std::string_view line) {
     const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file) {

@@ -53,7 +53,7 @@ public:
         return future;
     }
 
-    /// Begins `work`, whose result nobody waits for. What escapes from it goes to the debug log.
+    /// Begins `work`, whose result no caller awaits. An exception that escapes from it goes to the debug log.
     template<class Work>
     void post(Work work) {
         auto* event = new Event<Work>(std::move(work));

@@ -18,10 +18,10 @@ namespace fernhollow {
 
 /// The result of work that runs on an EventLoopExecutor, awaited on the thread that asked for it.
 ///
-/// The work is under way whether or not anybody awaits it; a failure that nobody awaits is lost, so
-/// whoever drops a future must not care. Awaiting continues on the asking thread, from its event
-/// loop, or throws there what the work threw. Awaited once. (A QFuture awaited through QCoro would do, but
-/// costs 14 µs of CPU there and back where this costs 8, and each press makes that way.)
+/// The work is under way whether or not it is awaited. A failure that is not awaited is lost, so
+/// a caller drops a future only when failure does not matter. Awaiting continues on the asking thread, from
+/// its event loop, or throws there what the work threw. Awaited once. (A QFuture awaited through QCoro would
+/// do, but costs 14 µs of CPU there and back where this costs 8, and each press makes that way.)
 template<class T>
 class Future {
 public:

@@ -20,7 +20,7 @@ QNetworkRequest networkRequest(const HttpRequest& request) {
     return result;
 }
 
-/// Suspends until the reply is finished, and breaks it off at the deadline, at a stop, or at its size.
+/// Suspends until the reply is finished, and cancels it at the deadline, at a stop, or at its size limit.
 class Completion {
 public:
     Completion(QNetworkReply& reply, Clock& clock, std::chrono::seconds timeout, std::stop_token stop)
@@ -29,7 +29,7 @@ public:
     bool await_ready() const { return false; }
 
     void await_suspend(std::coroutine_handle<> waiter) {
-        // Queued: breaking off finishes the reply while it is still at work.
+        // Queued, because cancelling finishes the reply while it is still at work.
         QObject::connect(
             &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
         QObject::connect(&reply_, &QNetworkReply::readyRead, &reply_, [this] {
@@ -41,7 +41,7 @@ public:
         onStop_.emplace(stop_, Stop{this});
     }
 
-    /// Why it was broken off, if it was.
+    /// Why it was cancelled, if it was.
     std::optional<std::string> await_resume() {
         onStop_.reset();
         timer_.reset();

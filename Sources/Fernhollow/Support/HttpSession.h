@@ -49,7 +49,7 @@ public:
 /// for this machine itself.
 class HttpSession {
 public:
-    /// What an honest answer of the backend never reaches; a larger one is broken off.
+    /// An honest answer of the backend never reaches this size; a larger one is cancelled.
     static constexpr std::size_t maximumAnswer = std::size_t{8} << 20;
 
     explicit HttpSession(Clock& clock);

@@ -68,7 +68,7 @@ public:
         value_ = std::move(value);
     }
 
-    /// Changes the value where it is, for values that are dear to copy.
+    /// Changes the value in place, for values that are expensive to copy.
     template<class Change>
     void change(Change change) {
         announce();

@@ -29,7 +29,7 @@ public:
         return executor_.run(std::move(work));
     }
 
-    /// Blocks until everything asked for so far is done, and lets those of this thread who await it go
+    /// Blocks until everything asked for so far is done, and lets the awaiting callers of this thread go
     /// on; false when that takes longer than `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 

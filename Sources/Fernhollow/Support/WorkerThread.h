@@ -12,7 +12,7 @@ namespace fernhollow {
 
 /// A thread with an event loop of its own, whose coroutines come to their end before it does.
 ///
-/// Made and ended by the main thread; destroying it waits for them. Whoever started coroutines here asks them
+/// Created and ended by the main thread; destroying it waits for them. The owner of coroutines here asks them
 /// to stop before.
 class WorkerThread {
 public:

@@ -20,7 +20,7 @@ std::string trimmed(const QString& text) {
     return text.trimmed().toStdString();
 }
 
-// What is no number is a length that no package has.
+// Text that is not a number becomes a length that no package has.
 std::uint64_t parseLength(const std::string& text) {
     std::uint64_t length = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);

@@ -32,7 +32,7 @@ std::weak_ordering compareVersions(std::string_view left, std::string_view right
 std::optional<AppcastItem> newestUpdate(const std::vector<AppcastItem>& items, const UpdateHost& host);
 
 /// Whether `signature` (base64, 64 bytes) is `publicKey`'s (base64, 32 bytes) under `message`: Ed25519, RFC
-/// 8032. False also for texts that are no key or no signature.
+/// 8032. False also for texts that are not a key or not a signature.
 bool isSignedBy(std::string_view publicKey, std::string_view signature, std::string_view message);
 
 } // namespace fernhollow

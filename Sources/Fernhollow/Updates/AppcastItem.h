@@ -20,8 +20,8 @@ struct AppcastItem {
     std::string url;                  ///< of the package, absolute
     std::uint64_t length = 0;         ///< of the package, in bytes
     std::string edSignature;          ///< of the package: Ed25519 (RFC 8032), base64
-    /// Of what the feed says about the package, so that nobody can offer an old package as a new one or other
-    /// words as the maker's: Ed25519 over signedText(), base64.
+    /// Of what the feed says about the package, so that an attacker cannot offer an old package as a new one
+    /// or other words as the maker's: Ed25519 over signedText(), base64.
     std::string itemSignature;
 
     bool operator==(const AppcastItem&) const = default;

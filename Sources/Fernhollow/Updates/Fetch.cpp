@@ -28,7 +28,7 @@ int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-/// Suspends until the answer is complete or broken off, and hands its body on meanwhile.
+/// Suspends until the answer is complete or cancelled, and hands its body on meanwhile.
 class Body {
 public:
     Body(QNetworkReply& reply, Clock& clock, UpdateError::Reason failure, BodyReceiver& receiver,
@@ -38,7 +38,7 @@ public:
     bool await_ready() const { return false; }
 
     void await_suspend(std::coroutine_handle<> waiter) {
-        // Queued: breaking off finishes the reply while it is still at work.
+        // Queued, because cancelling finishes the reply while it is still at work.
         QObject::connect(
             &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
         QObject::connect(
@@ -49,7 +49,7 @@ public:
         onStop_.emplace(stop_, Stop{this});
     }
 
-    /// Throws why it was broken off, if it was.
+    /// Throws the reason when it was cancelled.
     void await_resume() {
         onStop_.reset();
         timer_.reset();
@@ -105,7 +105,7 @@ private:
 
     void take() {
         if (reason_ || !reply_.isOpen()) {
-            return; // broken off
+            return; // cancelled
         }
         isAlive_ = true;
         const QByteArray bytes = reply_.readAll();
@@ -113,7 +113,7 @@ private:
             begin();
             receiver_.take({bytes.constData(), static_cast<std::size_t>(bytes.size())});
         } else if (statusOf(reply_) != 0) {
-            abort(); // nobody reads the words of a refusal, which may go on for ever
+            abort(); // the text of a refusal is not read, and may be endless
         }
     }
 

@@ -12,7 +12,7 @@ namespace fernhollow {
 bool isInPackage(const std::filesystem::path& executable, const std::filesystem::path& info);
 
 /// Hands a Debian package to the installer of the desktop, which asks for the rights that we do not have: to
-/// PackageKit's interface for programs of the session, and where nobody offers that, to the person, in their
+/// PackageKit's interface for programs of the session, and where that is missing, to the person, in their
 /// folder for downloads. Main thread.
 class PackageInstaller : public UpdateInstaller {
 public:

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr qsizetype publicKeySize = 32;
 
-// A feed is asked by every installation; nobody's server is to be pestered by a slip in a build file.
+// Every installation asks the feed, so a mistake in a build file must not flood its server.
 constexpr std::chrono::seconds shortestInterval = 1h;
 constexpr std::chrono::seconds longestInterval = std::chrono::days{365}; // far from what overflows
 
@@ -73,7 +73,7 @@ std::optional<UpdateConfiguration> readUpdateConfiguration(const BundleInfo& inf
     if (const auto text = info.string("UpdateCheckInterval")) {
         const auto interval = parseSeconds(*text);
         if (!interval) {
-            return refuse("The interval is no number of seconds: " + *text);
+            return refuse("The interval is not a number of seconds: " + *text);
         }
         configuration.checkInterval = std::clamp(*interval, shortestInterval, longestInterval);
         if (configuration.checkInterval != *interval) {

@@ -10,7 +10,7 @@
 namespace fernhollow {
 namespace {
 
-/// Of a program that somebody built, and will build again.
+/// For a program that was built from source and will be built again.
 class SourceInstaller : public UpdateInstaller {
 public:
     std::string packageType() const override { return {}; }

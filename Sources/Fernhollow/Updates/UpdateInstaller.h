@@ -15,7 +15,7 @@ public:
     /// What follows an installation.
     enum class Outcome {
         relaunch,   ///< the new program is in place: relaunch() starts it once this one has ended
-        handedOver, ///< somebody else goes on from here: the system's installer, or the person in the folder
+        handedOver, ///< the system's installer, or the person in the folder, goes on from here
     };
 
     virtual ~UpdateInstaller() = default;

@@ -8,7 +8,7 @@
 /// What the updater remembers from start to start, in the user defaults. Main thread only.
 namespace fernhollow::UpdatePreferences {
 
-/// Whether the person agreed to automatic checks; absent while nobody asked.
+/// Whether the person agreed to automatic checks; absent until they were asked.
 std::optional<bool> automaticChecks();
 void setAutomaticChecks(bool isAllowed);
 

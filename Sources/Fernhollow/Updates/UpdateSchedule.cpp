@@ -77,7 +77,7 @@ void UpdateSchedule::arm(std::chrono::seconds delay) {
 std::chrono::seconds UpdateSchedule::untilDue() const {
     const auto last = UpdatePreferences::lastCheck();
     const auto now = clock_.now();
-    if (!last || *last > now) { // the clock was set back: nobody knows how long ago that was
+    if (!last || *last > now) { // the clock was set back, so the time since then is unknown
         return 0s;
     }
     return std::max(0s, std::chrono::ceil<std::chrono::seconds>(*last + interval_ - now));

@@ -9,7 +9,7 @@
 namespace fernhollow {
 
 /// When to ask for permission to look for updates, and when to look: once an interval after the person
-/// agreed, counted from the last check whoever asked for it.
+/// agreed, counted from the last check of either kind.
 ///
 /// One timer at a time, at most longestSleep ahead: neither a machine that slept nor a clock that was set
 /// back delays a check by more than that. Nothing is armed once the person said no. Main thread only.

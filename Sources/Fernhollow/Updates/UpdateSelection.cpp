@@ -38,7 +38,7 @@ void check(const AppcastItem& item, const UpdateHost& host) {
 
 } // namespace
 
-// One that is not signed is an error even where an older one is: somebody tampers with the feed, and whoever
+// One that is not signed is an error even where an older one is: the feed was tampered with, and whoever
 // looks for updates should know.
 std::optional<AppcastItem> newestUpdate(const std::vector<AppcastItem>& items, const UpdateHost& host) {
     const AppcastItem* newest = nullptr;

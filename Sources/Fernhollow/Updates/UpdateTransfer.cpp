@@ -37,7 +37,7 @@ std::string fileName(const AppcastItem& item) {
                                                          ": " + std::generic_category().message(error) + ".");
 }
 
-/// The folder for downloads, a real one of the user's own that nobody else can write to.
+/// The folder for downloads: a real folder of the user's own that no other user can write to.
 void ensureFolder(const fs::path& folder) {
     try {
         createPrivateDirectories(folder);
@@ -54,7 +54,7 @@ void ensureFolder(const fs::path& folder) {
 }
 
 void ensureSpace(const fs::path& folder, std::uint64_t length) {
-    std::error_code error; // where nobody can tell, writing will
+    std::error_code error; // where the space is unknown, writing will tell
     const auto space = fs::space(folder, error);
     if (!error && space.available < length) {
         failToWrite(folder, ENOSPC);

@@ -45,7 +45,7 @@ private:
 /// with this machine itself alone. No cookies, no cache.
 class UpdateTransfer {
 public:
-    /// Larger feeds are broken off.
+    /// Larger feeds are cancelled.
     static constexpr std::uint64_t maximumFeed = std::uint64_t{1} << 20;
     /// Larger packages are not begun.
     static constexpr std::uint64_t maximumPackage = std::uint64_t{1} << 30;

@@ -19,7 +19,7 @@ void throwIfStopped(const std::stop_source& stop) {
     }
 }
 
-// Whoever breaks a cycle off is told so while its last step is still on the stack.
+// The caller that cancels a cycle hears of its end while the cycle's last step is still on the stack.
 std::function<void()> makeCancel(std::stop_source stop) {
     return [stop = std::move(stop)]() mutable { stop.request_stop(); };
 }
@@ -59,7 +59,7 @@ void Updater::stop() {
 }
 
 QCoro::Task<> Updater::ask(Self self) {
-    if (self->cycle_) { // whoever looks for updates just now is asked at the next start
+    if (self->cycle_) { // a person who is looking for updates now is asked at the next start
         co_return;
     }
     self->isAsking_ = true;
@@ -85,7 +85,7 @@ void Updater::checkForUpdates() {
     }
 }
 
-// Whoever asked may have announced a check of its own: it hears again where this one stands.
+// The caller may have announced a check of its own, so it hears again where this one stands.
 void Updater::comeForward(const SharedCycle& cycle) {
     const bool wasScheduled =
         std::exchange(cycle->check, UpdateCheck::userInitiated) == UpdateCheck::scheduled;
@@ -116,7 +116,7 @@ bool Updater::beginScheduled() {
         begin(UpdateCheck::scheduled);
         return true;
     }
-    // An offer that nobody has looked at since the last check may be out of date. It makes room for the next
+    // An offer that was not opened since the last check may be out of date. It makes room for the next
     // check, which comes soon.
     if (const SharedCycle cycle = cycle_;
         cycle && cycle->check == UpdateCheck::scheduled && cycle->phase == Phase::offering) {

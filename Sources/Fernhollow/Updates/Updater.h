@@ -19,10 +19,11 @@ namespace fernhollow {
 
 /// Takes an installation from one release to the next, one cycle at a time: look, offer, download, install.
 ///
-/// It asks nobody and shows nothing by itself: releases come from an UpdateSource, go to an UpdateInstaller,
-/// and what a person sees or chooses passes through a UserDriver. Its delegate hears of each step; the last
-/// call of a cycle is didFinishUpdateCycleFor. A download that was put off is kept for this run. Cycles are
-/// coroutines that share in owning it, so it lives in a shared_ptr and ends with stop(). Main thread only.
+/// It asks no question and shows nothing by itself: releases come from an UpdateSource, go to an
+/// UpdateInstaller, and what a person sees or chooses passes through a UserDriver. Its delegate hears of each
+/// step; the last call of a cycle is didFinishUpdateCycleFor. A download that was put off is kept for this
+/// run. Cycles are coroutines that share in owning it, so it lives in a shared_ptr and ends with stop(). Main
+/// thread only.
 class Updater : public Observable, public std::enable_shared_from_this<Updater> {
 public:
     struct Surroundings {

@@ -23,7 +23,7 @@ public:
     /// without a choice, which the end of the program does too.
     virtual QCoro::Task<std::optional<bool>> askPermission() = 0;
 
-    /// A check that the person started is under way; `cancel` breaks it off.
+    /// A check that the person started is under way; `cancel` cancels it.
     virtual void showChecking(std::function<void()> cancel) = 0;
 
     /// Offers the release with its notes. Without `canInstall` nothing but to read it and close. A release
@@ -37,7 +37,7 @@ public:
     /// Everything is verified: install now (and relaunch), or later.
     virtual QCoro::Task<UpdateChoice> showReadyToInstall(AppcastItem item) = 0;
 
-    /// The release is being installed, which cannot be broken off.
+    /// The release is being installed, which cannot be cancelled.
     virtual void showInstalling(AppcastItem item) = 0;
 
     virtual void showUpToDate(std::string currentVersion) = 0;

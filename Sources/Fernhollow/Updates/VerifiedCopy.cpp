@@ -48,7 +48,7 @@ public:
     }
 };
 
-/// A new file that nobody else made; it goes with this object unless it has become something else.
+/// A new file, created by this object and deleted with it unless it was renamed.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const fs::path& folder)
@@ -129,7 +129,7 @@ void replace(const fs::path& source, const fs::path& target, mode_t mode, const 
     removeLeftovers(folder);
     const File original(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!S_ISREG(original.status().st_mode)) {
-        throw UpdateError(UpdateError::Reason::install, "The downloaded update is no file.");
+        throw UpdateError(UpdateError::Reason::install, "The downloaded update is not a file.");
     }
     TemporaryFile copy(folder);
     copyAll(original, copy.file());
@@ -155,7 +155,7 @@ void placeVerifiedCopy(const fs::path& source, const fs::path& target, mode_t mo
                                                             target.parent_path().native() + ": " +
                                                             error.code().message() + ".");
     }
-    // The rename has happened: that the folder cannot be synchronised is no reason to deny it.
+    // The rename has happened. A folder that cannot be synchronised does not undo it.
     if (const FileDescriptor folder(::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder) {
         ::fsync(folder.get());

@@ -16,7 +16,7 @@ class AppListView;
 class AppModel;
 
 /// The dashboard's list of applications, of today or of the past day that is selected there, which can be
-/// searched by name. Whoever shows it says when to follow the model.
+/// searched by name. Its owner says when it follows the model.
 class AppBreakdownView : public DashboardCard {
 public:
     AppBreakdownView(std::shared_ptr<AppModel> model, const Clock& clock, QWidget* parent = nullptr);

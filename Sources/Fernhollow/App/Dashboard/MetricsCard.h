@@ -7,7 +7,7 @@ namespace fernhollow {
 
 class FigureLabel;
 
-/// The average day, the busiest hour and the hours of today in which somebody typed.
+/// The average day, the busiest hour and the hours of today with at least one press.
 class MetricsCard : public DashboardCard {
 public:
     MetricsCard();

@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds pause = 150ms; // between redraws, while somebody types fast
+constexpr std::chrono::milliseconds pause = 150ms; // between redraws, while the person types fast
 constexpr int padding = 12;
 constexpr int spacing = 12;
 

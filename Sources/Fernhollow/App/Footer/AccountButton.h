@@ -16,7 +16,7 @@ class Symbol;
 /// The signed-in address in the footer; it opens and closes the list of the account's devices.
 ///
 /// Shows the account as it is at each refresh(), and the list with it while it is open. Hidden while
-/// nobody is signed in. Lives in the main window.
+/// no account is signed in. Lives in the main window.
 class AccountButton : public QPushButton {
     Q_OBJECT
 

@@ -96,7 +96,7 @@ void DevicesPopover::setDevices(const std::vector<DeviceInfo>& devices) {
     for (std::size_t i = 0; i < devices.size(); ++i) {
         rows_[i].name->setFullText(QString::fromStdString(devices[i].device_name));
         const Instant lastSeen = devices[i].lastSeenDate(clock_);
-        const Instant now = clock_.now(); // read second, so that a time nobody knows is not ahead of it
+        const Instant now = clock_.now(); // read second, so that an unknown time is not ahead of it
         rows_[i].lastSeen->setText(QString::fromStdString(relativeTime_(lastSeen, now)));
     }
     place();

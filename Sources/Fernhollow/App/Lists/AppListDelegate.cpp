@@ -131,7 +131,7 @@ bool AppListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     const auto& row = rowAt(index);
     const bool isElided =
         QFontMetrics(nameFont_).horizontalAdvance(row.name) > places(option, row).name.width();
-    // A name with an angle bracket is no markup.
+    // A name with an angle bracket is not markup.
     const QString text =
         isElided ? QStringLiteral("<span>%1</span>").arg(row.name.toHtmlEscaped()) : QString();
     QToolTip::showText(event->globalPos(), text, view);

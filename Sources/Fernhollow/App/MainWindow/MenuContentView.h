@@ -55,7 +55,7 @@ private:
     SignInView* signIn_;
     QWidget* signInPage_;
     OnboardingView* onboarding_ = nullptr; // while it is shown
-    QWidget* dashboard_ = nullptr;         // once somebody got as far
+    QWidget* dashboard_ = nullptr;         // once the introduction was completed
     QLabel* trouble_;                      // hidden while all is well
     AccountButton* accountButton_;
     QPushButton* signOut_;

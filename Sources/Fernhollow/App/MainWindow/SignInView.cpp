@@ -53,7 +53,7 @@ QWidget* SignInView::makeFields() {
     email_->setFont(Theme::font(Theme::TextStyle::body));
     connect(email_, &QLineEdit::returnPressed, this, &SignInView::submit);
     connect(email_, &QLineEdit::textChanged, this, [this] {
-        refusal_.clear(); // what is being mended is no longer wrong
+        refusal_.clear(); // the address is being corrected
         refresh();
     });
 

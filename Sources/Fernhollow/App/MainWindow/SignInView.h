@@ -15,7 +15,7 @@ namespace fernhollow {
 
 class AccountManager;
 
-/// The form that asks for an e-mail address while nobody is signed in.
+/// The form that asks for an e-mail address while no account is signed in.
 class SignInView : public QWidget {
 public:
     explicit SignInView(std::shared_ptr<AccountManager> account, QWidget* parent = nullptr);

@@ -90,7 +90,7 @@ void OnboardingView::goTo(int step) {
     skip_->setVisible(step == 0);
     previous_->setVisible(step > 0);
     if (hadFocus && step == 0) {
-        next_->setFocus(); // else it would come to rest on Skip, which nobody asked for
+        next_->setFocus(); // else the focus would land on Skip, which the person did not ask for
     }
     steps_->setCurrent(step, isAnimated);
     dots_->setCurrent(step, isAnimated);

@@ -65,7 +65,7 @@ void StepContainer::resizeEvent(QResizeEvent* event) {
 
 void StepContainer::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
-    slide_.stop(); // nobody sees it
+    slide_.stop(); // it is not visible
     place();
 }
 

@@ -62,7 +62,7 @@ void StepDots::paintEvent(QPaintEvent*) {
 
 void StepDots::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
-    change_.stop(); // nobody sees it
+    change_.stop(); // it is not visible
 }
 
 } // namespace fernhollow

@@ -61,7 +61,7 @@ void AppDelegate::setupStatusItem() {
     QTimer::singleShot(hostPatience, this, &AppDelegate::openWindowUnlessReachable);
 }
 
-// Somebody who has not signed in yet, or who has no status bar, would otherwise see nothing happen.
+// Without an account, or without a status bar, a person would otherwise see nothing happen.
 void AppDelegate::openWindowUnlessReachable() {
     if (MainWindowController::shared().hasBeenShown()) {
         return;

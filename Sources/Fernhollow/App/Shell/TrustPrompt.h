@@ -4,7 +4,7 @@
 
 namespace fernhollow {
 
-/// Tells the person, in a message that waits for nobody, why presses cannot be counted and what to do. A
+/// Shows the person why presses cannot be counted and what to do, in a message that blocks nothing. A
 /// button performs the problem's action, if it has one.
 void showTrustPrompt(const TrustProblem& problem);
 

@@ -78,7 +78,7 @@ void StandardUserDriver::showUpToDate(std::string currentVersion) {
     present(UpdatePages::upToDate(currentVersion, [this] { hide(); }), Showing::asItIs);
 }
 
-// What went wrong is shown even to those who have closed the window meanwhile, but takes nobody's keyboard.
+// A failure is shown even when the window was closed meanwhile, but it does not take the keyboard focus.
 void StandardUserDriver::showError(std::string description) {
     present(UpdatePages::error(description, [this] { hide(); }), Showing::quietly);
 }

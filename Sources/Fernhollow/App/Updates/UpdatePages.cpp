@@ -21,7 +21,7 @@ std::function<void()> choose(const Question<UpdateChoice>& question, UpdateChoic
     return [question, choice] { question.answer(choice); };
 }
 
-// Not the default: whoever presses Return twice does not want to break off what they began.
+// Not the default: a person who presses Return twice does not want to cancel what they began.
 UpdatePage withCancelButton(UpdatePage page, std::function<void()> cancel) {
     page.buttons = {{.text = QStringLiteral("Cancel"), .chosen = std::move(cancel)}};
     return page;

@@ -55,7 +55,7 @@ QFrame* makeCard(int radius);
 void styleAsCard(QFrame& frame, int radius);
 
 /// Fills what lies behind a widget with one colour, so that drawing it again draws nothing else again: under
-/// it lie cards whose rounded shapes are dear to draw with each press.
+/// it lie cards whose rounded shapes are expensive to draw with each press.
 void setGround(QWidget& widget, const QColor& color);
 
 /// Sets the colour of a widget's text.

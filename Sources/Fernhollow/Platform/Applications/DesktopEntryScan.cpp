@@ -16,7 +16,7 @@ namespace {
 
 // Deeper than anyone nests, and an end to links that lead back.
 constexpr int deepest = 4;
-// Heavily translated entries have some 100 kB; more than this is no desktop entry.
+// Heavily translated entries have some 100 kB; a larger file is not a desktop entry.
 constexpr std::size_t largest = 1 << 20;
 constexpr std::string_view suffix = ".desktop";
 

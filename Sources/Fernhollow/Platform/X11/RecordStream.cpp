@@ -104,7 +104,7 @@ RecordStream::Item RecordStream::passHead() {
     return type == XCB_MAPPING_NOTIFY ? Item::mapChanged : Item::nothing;
 }
 
-// Type and key code are single bytes: the byte order of whoever was recorded does not matter.
+// Type and key code are single bytes, so the byte order of the recorded client does not matter.
 RecordStream::Item RecordStream::passRecorded(const ModifierKeys& modifiers) {
     const std::uint8_t* event = buffer_.data() + begin_;
     const bool isPress = (event[0] & 0x7f) == XCB_KEY_PRESS && !modifiers.contains(event[1]);

@@ -14,7 +14,7 @@
 namespace fernhollow {
 
 /// The event tap of an X11 display, over the RECORD extension: key-down events of every client, each
-/// auto-repeat, synthetic presses and presses under somebody's keyboard grab included.
+/// auto-repeat, synthetic presses and presses under another client's keyboard grab included.
 ///
 /// A record context belongs to the control connection and streams over the data connection, which can
 /// ask nothing else meanwhile. Used on the main thread, owned by who counts; the owner may destroy it

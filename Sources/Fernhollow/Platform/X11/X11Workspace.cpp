@@ -123,7 +123,7 @@ void X11Workspace::followActiveWindow() {
     }
     activeIsCurrent_ = true;
     if (now.window == root_) {
-        now.window = XCB_WINDOW_NONE; // nobody's
+        now.window = XCB_WINDOW_NONE; // no application's
     }
     if (!now.announced && !std::exchange(silenceLogged_, true)) {
         debugLog(

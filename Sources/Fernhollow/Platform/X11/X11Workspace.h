@@ -36,7 +36,7 @@ private:
     DesktopEntries entries_;
     XcbConnection connection_;
     QDeadlineTimer nextAttempt_;
-    QTimer reader_; ///< so that nothing piles up while nobody types
+    QTimer reader_; ///< so that nothing piles up while no key is pressed
     WindowAtoms atoms_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     xcb_window_t active_ = XCB_WINDOW_NONE;
