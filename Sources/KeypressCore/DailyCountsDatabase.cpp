@@ -83,10 +83,80 @@ DailyCountsDatabase::DailyCountsDatabase(const std::filesystem::path& file, cons
     if (opening.owner != 0) {
         claim(opening.owner);
     }
-    if (opening.completesDays) {
+    if (!opening.device.empty()) {
+        followCopies(opening, file);
+    } else if (opening.completesDays) {
         completeDays();
     }
     place_.emplace(file);
+}
+
+void DailyCountsDatabase::followCopies(const DatabaseOpening& opening, const std::filesystem::path& file) {
+    sent_.emplace(file, opening.device);
+    endRaise();
+    const auto before = allCounts();
+    const auto rolledBack = sent_->rolledBack(before);
+    for (const DayKey& day : rolledBack) {
+        std::int64_t raised = before.contains(day) ? before.at(day) : 0;
+        for (const auto& row : fetchHourlyCounts(day)) {
+            raised -= row.count;
+        }
+        sent_->noteRaised(day, std::max<std::int64_t>(raised, 0));
+    }
+    if (opening.completesDays) {
+        completeDays();
+    }
+    sent_->settle(allCounts(), rolledBack);
+}
+
+SentCounts::Counts DailyCountsDatabase::allCounts() {
+    SentCounts::Counts counts;
+    Statement select(connection_, "SELECT day, count FROM daily_counts;");
+    while (select.step()) {
+        counts[DayKey(select.text(0).value_or(""))] = select.integer64(1);
+    }
+    return counts;
+}
+
+int DailyCountsDatabase::mark() {
+    Statement select(connection_, "PRAGMA user_version;");
+    return select.step() ? select.integer(0) : 0;
+}
+
+void DailyCountsDatabase::endRaise() {
+    sent_->endRaise(mark());
+    isRaising_ = false;
+}
+
+std::optional<SentCount> DailyCountsDatabase::sentCount(const DayKey& day) {
+    if (isRaising_) {
+        endRaise(); // it failed in between
+    }
+    return sent_ ? sent_->of(day) : std::nullopt;
+}
+
+void DailyCountsDatabase::noteSent(const DayKey& day, std::int64_t count) {
+    if (sent_) {
+        sent_->note(day, count);
+    }
+}
+
+void DailyCountsDatabase::raise(const DayKey& day, std::int64_t by, std::int64_t updatedAt) {
+    const CountBatch counts{.days = {{day, by}}, .hours = {}, .applications = {}, .names = {}};
+    if (!sent_) {
+        writeDurably(counts, updatedAt);
+        return;
+    }
+    const int next = sent_->announceRaise(day, by, mark());
+    isRaising_ = true;
+    {
+        const DurableCommits durable(connection_);
+        Transaction transaction(connection_);
+        add(counts, updatedAt);
+        connection_.exec(("PRAGMA user_version=" + std::to_string(next) + ";").c_str());
+        transaction.commit();
+    }
+    endRaise();
 }
 
 void DailyCountsDatabase::claim(std::int32_t owner) {
@@ -106,14 +176,18 @@ void DailyCountsDatabase::completeDays() {
     CountBatch missing;
     std::int64_t updatedAt = 0;
     {
+        const auto raised = sent_ ? sent_->raised() : SentCounts::Counts{};
         Statement select(connection_, "SELECT day, SUM(count) - IFNULL((SELECT count FROM daily_counts "
-                                      "WHERE daily_counts.day = hourly_counts.day), 0) AS missing, "
+                                      "WHERE daily_counts.day = hourly_counts.day), 0), "
                                       "MAX(updated_at) FROM hourly_counts WHERE count BETWEEN 1 AND ? "
-                                      "GROUP BY day HAVING missing > 0;");
+                                      "GROUP BY day;");
         select.bind(1, maximumDeviceDay);
         while (select.step()) {
-            if (auto day = select.text(0)) {
-                missing.days[DayKey(std::move(*day))] = select.integer64(1);
+            const DayKey day(select.text(0).value_or(""));
+            const auto inNoHour = raised.find(day);
+            const auto lacking = select.integer64(1) + (inNoHour != raised.end() ? inNoHour->second : 0);
+            if (lacking > 0 && !day.rawValue.empty()) {
+                missing.days[day] = lacking;
                 updatedAt = std::max(updatedAt, select.integer64(2));
             }
         }

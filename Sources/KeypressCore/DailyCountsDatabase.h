@@ -5,6 +5,7 @@
 #include "KeypressCore/DatabasePlace.h"
 #include "KeypressCore/Records.h"
 #include "KeypressCore/SQLiteConnection.h"
+#include "KeypressCore/SentCounts.h"
 
 #include <chrono>
 #include <cstdint>
@@ -39,6 +40,13 @@ public:
     std::vector<HourlyCountRow> fetchDurableHourlyCounts(const DayKey& day);
     std::vector<AppHourlyCountRow> fetchDurableAppHourlyCounts(const DayKey& day);
 
+    /// What the backend was given of the day; nothing when that is not known.
+    std::optional<SentCount> sentCount(const DayKey& day);
+    /// The backend is about to be given this count of the day. Remembered durably.
+    void noteSent(const DayKey& day, std::int64_t count);
+    /// Adds to the day, durably, what the backend has more of it.
+    void raise(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
+
     void increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
     void incrementHourly(const DayKey& day, int hour, std::int64_t by, std::int64_t updatedAt);
     void overwrite(const DayKey& day, std::int64_t count, std::int64_t updatedAt);
@@ -59,11 +67,17 @@ public:
 private:
     void claim(std::int32_t owner);
     void completeDays();
+    void followCopies(const DatabaseOpening& opening, const std::filesystem::path& file);
+    SentCounts::Counts allCounts();
+    int mark();
+    void endRaise();
     void add(const CountBatch& counts, std::int64_t updatedAt);
 
     SQLiteConnection connection_;
     std::optional<DatabasePlace> place_; // once the file and its companions are there
     CountBatch unsynced_;
+    std::optional<SentCounts> sent_;
+    bool isRaising_ = false; // announced to `sent_`, and not ended yet
 };
 
 } // namespace fernhollow

@@ -35,6 +35,19 @@ Future<std::vector<AppHourlyCountRow>> DailyCountsStore::fetchDurableAppHourlyCo
         [db = database_.get(), day = std::move(day)] { return db->fetchDurableAppHourlyCounts(day); });
 }
 
+Future<std::optional<SentCount>> DailyCountsStore::sentCount(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->sentCount(day); });
+}
+
+Future<void> DailyCountsStore::noteSent(DayKey day, std::int64_t count) {
+    return executor_.run([db = database_.get(), day = std::move(day), count] { db->noteSent(day, count); });
+}
+
+Future<void> DailyCountsStore::raise(DayKey day, std::int64_t by, std::int64_t updatedAt) {
+    return executor_.run(
+        [db = database_.get(), day = std::move(day), by, updatedAt] { db->raise(day, by, updatedAt); });
+}
+
 Future<void> DailyCountsStore::increment(DayKey day, std::int64_t by, std::int64_t updatedAt) {
     return executor_.run(
         [db = database_.get(), day = std::move(day), by, updatedAt] { db->increment(day, by, updatedAt); });

@@ -3,6 +3,7 @@
 #include "KeypressCore/CountBatch.h"
 #include "KeypressCore/DatabaseOpening.h"
 #include "KeypressCore/Records.h"
+#include "KeypressCore/SentCounts.h"
 #include "Support/SerialExecutor.h"
 
 #include <chrono>
@@ -50,6 +51,13 @@ public:
     // need no such operation as long as whatever is uploaded of them was written durably.
     Future<std::vector<HourlyCountRow>> fetchDurableHourlyCounts(DayKey day);
     Future<std::vector<AppHourlyCountRow>> fetchDurableAppHourlyCounts(DayKey day);
+
+    // What the backend was given, which is remembered where the opening names a device.
+    Future<std::optional<SentCount>> sentCount(DayKey day);
+    /// To be awaited before the backend is given this count of the day, which is this machine's.
+    Future<void> noteSent(DayKey day, std::int64_t count);
+    /// Adds to the day's count what the backend has more of it.
+    Future<void> raise(DayKey day, std::int64_t by, std::int64_t updatedAt);
 
     /// Adds to the day's count; nothing happens unless `by` is 1 or more.
     Future<void> increment(DayKey day, std::int64_t by, std::int64_t updatedAt);

@@ -44,8 +44,9 @@ bool AppModel::openStore(std::chrono::milliseconds patience) {
     try {
         identity_.claimDatabases();
         migrateLegacyDatabase(email, !openingFailure_.empty());
-        store_ = openAccountStore(email, {.completesDays = completesDays_, .patience = patience},
-                                  currentDay_.rawValue);
+        store_ = openAccountStore(
+            email, {.device = identity_.id(), .completesDays = completesDays_, .patience = patience},
+            currentDay_.rawValue);
         completesDays_ = false; // from now on hours are ahead of their day because its flush is due
         openingFailure_.clear();
         areCountsSaved.set(true);

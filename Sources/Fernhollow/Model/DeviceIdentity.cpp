@@ -2,6 +2,7 @@
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DatabasePlace.h"
+#include "KeypressCore/SentCounts.h"
 #include "Model/KeychainStore.h"
 #include "Platform/UserDefaults.h"
 #include "Support/DebugLog.h"
@@ -183,6 +184,7 @@ void DeviceIdentity::claimDatabases() {
 void DeviceIdentity::putAway(const std::string& owner) {
     for (const fs::path& database : databases(".sqlite")) {
         const auto aside = DatabasePlace::setAside(database, asideReason + owner);
+        DatabasePlace::move(SentCounts::fileOf(database), SentCounts::fileOf(aside));
         debugLog("[DeviceIdentity] The counts of another identity are kept as " + aside.native());
     }
 }
@@ -191,7 +193,9 @@ void DeviceIdentity::takeBack(const std::string& owner) {
     const std::string ending = std::string(".") + asideReason + owner;
     for (const fs::path& aside : databases(ending)) {
         const std::string name = aside.native();
-        DatabasePlace::move(aside, name.substr(0, name.size() - ending.size()));
+        const fs::path database = name.substr(0, name.size() - ending.size());
+        DatabasePlace::move(SentCounts::fileOf(aside), SentCounts::fileOf(database));
+        DatabasePlace::move(aside, database);
         debugLog("[DeviceIdentity] The counts of this machine are back from " + name);
     }
 }

@@ -6,12 +6,13 @@
 
 namespace fernhollow {
 
-DayMerge SentDays::merge(const DayKey& day, std::int64_t local, std::int64_t remote) const {
+DayMerge SentDays::merge(const DayKey& day, std::int64_t local, std::int64_t remote,
+                         const std::optional<SentCount>& remembered) const {
     const auto sent = largest_.find(day);
     if (sent != largest_.end() && remote > sent->second && remote <= maximumDeviceDay) {
         return {DayMerge::Kind::foreign, sent->second};
     }
-    return DayMerge::of(local, remote);
+    return remembered ? DayMerge::since(*remembered, local, remote) : DayMerge::of(local, remote);
 }
 
 void SentDays::note(const DayKey& day, std::int64_t count) {

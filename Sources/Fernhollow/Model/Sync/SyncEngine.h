@@ -128,6 +128,8 @@ private:
     QCoro::Task<bool> mayStillWrite(Shared session);
     void noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent, std::int64_t remote);
     QCoro::Task<std::optional<std::int64_t>> localCount(DayKey day);
+    QCoro::Task<std::optional<std::optional<SentCount>>> rememberedCount(DayKey day);
+    QCoro::Task<bool> remember(DayKey day, std::int64_t count);
     QCoro::Task<bool> addToLocal(DayKey day, std::int64_t count);
     static QCoro::Task<> registerDevice(Self self, Shared session);
     static QCoro::Task<std::optional<std::int64_t>> fetchDeviceCount(Self self, Shared session, DayKey day);

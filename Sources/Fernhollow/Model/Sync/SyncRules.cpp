@@ -25,4 +25,15 @@ DayMerge DayMerge::of(std::int64_t local, std::int64_t remote) {
     return {Kind::add, local + remote};
 }
 
+DayMerge DayMerge::since(const SentCount& sent, std::int64_t local, std::int64_t remote) {
+    const bool isLarger = remote > sent.remote && remote <= maximumDeviceDay;
+    const std::int64_t contained = isLarger ? std::max(sent.copied, sent.local) : sent.local;
+    const std::int64_t lacking = std::max<std::int64_t>(local - contained, 0);
+    const std::int64_t count = (isLarger ? remote : sent.remote) + lacking;
+    if (count <= local || count > maximumDeviceDay) {
+        return {Kind::uploadLocal, local};
+    }
+    return {Kind::resume, count};
+}
+
 } // namespace fernhollow

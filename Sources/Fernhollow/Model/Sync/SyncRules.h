@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KeypressCore/SentCounts.h"
+
 #include <chrono>
 #include <cstdint>
 
@@ -29,13 +31,17 @@ struct DayMerge {
         uploadLocal, ///< the backend knows no more than this machine
         restore,     ///< nothing is left here: the backend's count is taken
         add,         ///< counting began anew here: both counts are presses of their own
+        resume,      ///< of a day that was sent before, the backend has what this machine lost
         foreign,     ///< another machine sends under this machine's identity: nothing is merged or sent
     };
     Kind kind = Kind::uploadLocal;
     std::int64_t count = 0; ///< of the day afterwards, here and there; of `foreign`, what was sent from here
 
-    /// The rule for a day that this run has not sent yet; SentDays has the rule for the others.
+    /// The rule for a day of which nothing is remembered.
     static DayMerge of(std::int64_t local, std::int64_t remote);
+    /// The rule for a day of which was sent before: what the backend lacks of this machine's count is added
+    /// to the most that the backend has or had.
+    static DayMerge since(const SentCount& sent, std::int64_t local, std::int64_t remote);
     bool operator==(const DayMerge&) const = default;
 };
 

@@ -28,6 +28,9 @@ void logMerge(const DayMerge& merge, const DayKey& day, std::int64_t local, std:
     } else if (merge.kind == DayMerge::Kind::add) {
         SyncLog::write("Merging: remote (" + there + ") + local (" + std::to_string(local) +
                        ") = " + std::to_string(merge.count) + " for " + day.rawValue);
+    } else if (merge.kind == DayMerge::Kind::resume) {
+        SyncLog::write("Syncing up: local (" + std::to_string(local) + ") -> " + std::to_string(merge.count) +
+                       " for " + day.rawValue + "; remote is " + there);
     }
 }
 
@@ -117,7 +120,12 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
     if (!remote || session->stop.stop_requested()) {
         co_return false; // a guess could replace a larger count there or here
     }
-    const auto merge = self->sentDays_.merge(day, *local, *remote);
+    const auto remembered = co_await self->rememberedCount(day);
+    if (!remembered) {
+        session->lose();
+        co_return false;
+    }
+    const auto merge = self->sentDays_.merge(day, *local, *remote, *remembered);
     if (merge.kind == DayMerge::Kind::foreign) {
         self->noticeForeignCounts(*session, day, merge.count, *remote);
         co_return false;
@@ -126,6 +134,10 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
     if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
+        session->lose();
+        co_return false;
+    }
+    if (!co_await self->remember(day, merge.count)) {
         session->lose();
         co_return false;
     }
@@ -157,10 +169,28 @@ QCoro::Task<std::optional<std::int64_t>> SyncEngine::localCount(DayKey day) {
     }
 }
 
+// Nothing when the store cannot be read.
+QCoro::Task<std::optional<std::optional<SentCount>>> SyncEngine::rememberedCount(DayKey day) {
+    try {
+        co_return co_await store_->sentCount(day);
+    } catch (const DailyCountsStoreError&) {
+        co_return std::nullopt;
+    }
+}
+
+// Before the backend takes it: an answer can get lost, and the power can fail.
+QCoro::Task<bool> SyncEngine::remember(DayKey day, std::int64_t count) {
+    try {
+        co_await store_->noteSent(day, count);
+        co_return true;
+    } catch (const DailyCountsStoreError&) {
+        co_return false;
+    }
+}
+
 QCoro::Task<bool> SyncEngine::addToLocal(DayKey day, std::int64_t count) {
     try {
-        const CountBatch counts{.days = {{day, count}}, .hours = {}, .applications = {}, .names = {}};
-        co_await store_->writeDurably(counts, unixSeconds(surroundings_.clock.now()));
+        co_await store_->raise(day, count, unixSeconds(surroundings_.clock.now()));
         co_return true;
     } catch (const DailyCountsStoreError&) {
         co_return false;
