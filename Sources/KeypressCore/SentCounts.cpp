@@ -21,6 +21,7 @@ constexpr const char* createSentCounts = "CREATE TABLE IF NOT EXISTS sent_counts
 constexpr const char* createOrigin = "CREATE TABLE IF NOT EXISTS origin (\n"
                                      "  device TEXT PRIMARY KEY NOT NULL,\n"
                                      "  places TEXT NOT NULL DEFAULT '',\n"
+                                     "  is_copy INTEGER NOT NULL DEFAULT 0,\n"
                                      "  mark INTEGER NOT NULL DEFAULT 0,\n"
                                      "  day TEXT,\n"
                                      "  raised_by INTEGER NOT NULL DEFAULT 0\n"
@@ -139,7 +140,9 @@ void SentCounts::settle(const Counts& counts, const std::set<DayKey>& rolledBack
             copy.reset();
             copy.bind(1, day->first.rawValue).bind(2, day->second).run();
         }
-        Statement(*connection_, "UPDATE origin SET places = ?;").bind(1, now).run();
+        Statement(*connection_, "UPDATE origin SET is_copy = is_copy OR places <> '', places = ?;")
+            .bind(1, now)
+            .run();
     }
     transaction.commit();
 }
@@ -152,10 +155,12 @@ std::string SentCounts::places() const {
 std::optional<SentCount> SentCounts::of(const DayKey& day) const {
     Statement select(*connection_, "SELECT remote, local, copied FROM sent_counts WHERE day = ?;");
     select.bind(1, day.rawValue);
-    if (!select.step()) {
-        return std::nullopt;
+    if (select.step()) {
+        return SentCount{select.integer64(0), select.integer64(1), select.integer64(2)};
     }
-    return SentCount{select.integer64(0), select.integer64(1), select.integer64(2)};
+    // Of a day that the copy does not know, the backend has nothing from here, whatever it has.
+    Statement copy(*connection_, "SELECT 1 FROM origin WHERE is_copy <> 0;");
+    return copy.step() ? std::optional(SentCount{}) : std::nullopt;
 }
 
 void SentCounts::note(const DayKey& day, std::int64_t count) {

@@ -29,8 +29,8 @@ struct SentCount {
 /// were lost or replaced by older ones; Documentation/Reliability.md has the table of cases. Each note is on
 /// the disk before the backend is asked to take the count. A raise changes both files: it is announced here
 /// first, and the database takes it together with a mark (its user_version) by which a later opening tells
-/// whether it was done. Without this file, or without a note of the day, nothing is lost: such a day is merged
-/// as that of a new machine. Owned by DailyCountsDatabase, whose thread is this class's too.
+/// whether it was done. Without this file, or without a note of the day, nothing is lost: such a day is
+/// merged as that of a new machine. Owned by DailyCountsDatabase, whose thread is this class's too.
 class SentCounts {
 public:
     using Counts = std::map<DayKey, std::int64_t>;

@@ -1,10 +1,14 @@
 #include "Endurance/Backend.h"
 
+#include <QUrlQuery>
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace fernhollow::tests {
 namespace {
@@ -25,26 +29,34 @@ std::string dayBefore(const std::string& day, int days) {
     return text.data();
 }
 
-std::string parameter(const RecordingServer::Request& request, const char* name) {
-    const QUrlQuery query(QString::fromStdString(request.query));
-    const auto value = query.queryItemValue(QString::fromLatin1(name), QUrl::FullyDecoded).toStdString();
-    return value.substr(value.find('.') + 1); // behind "eq."
+std::string parameter(const std::string& query, const char* name) {
+    const auto value = QUrlQuery(QString::fromStdString(query))
+                           .queryItemValue(QString::fromLatin1(name), QUrl::FullyDecoded);
+    return value.mid(value.indexOf(QLatin1Char('.')) + 1).toStdString(); // behind "eq."
 }
 
 } // namespace
 
+Backend* Backend::current = nullptr;
+std::function<void()> Backend::onHangUp;
+
 Backend::Backend(std::uint64_t seed) : random_(seed) {
-    server_.answer = [this](const Request& request) {
-        ++requests;
-        const Answer given = answer(request);
-        server_.requests.clear();
-        return given;
-    };
+    current = this;
+}
+
+Backend::~Backend() {
+    current = nullptr;
+}
+
+auto Backend::ask(const HttpRequest& request) -> Reply {
+    ++current->requests;
+    return current->answer(request);
 }
 
 void Backend::setNetwork(int machine, Network network) {
-    if (std::exchange(networks_[machine], network) == Network::silent && network != Network::silent) {
-        server_.hangUp();
+    if (std::exchange(networks_[machine], network) == Network::silent && network != Network::silent &&
+        onHangUp) {
+        onHangUp();
     }
 }
 
@@ -61,59 +73,59 @@ const std::map<std::string, Rows>& Backend::devices(const std::string& email) {
     return accounts_[email].counts;
 }
 
-auto Backend::answer(const Request& request) -> Answer {
-    // Longer than what follows it: the client has to take the answer for an incomplete one.
-    Answer cutShort{.raw = "HTTP/1.1 200 -\r\nContent-Length: 99\r\n\r\n[", .closes = true};
-    const auto name = request.path.substr(request.path.rfind('/') + 1);
-    switch (network(std::stoi(request.path.substr(1)))) {
+auto Backend::answer(const HttpRequest& request) -> Reply {
+    const bool isGet = request.method == HttpRequest::Method::get;
+    const std::string path = request.url.substr(urlFor(0).size() - 1);
+    switch (network(std::stoi(path))) {
     case Network::fine:
         break;
     case Network::cut:
-        return cutShort;
+        return {};
     case Network::unavailable:
-        return {.status = 503, .body = "{}"};
+        return {HttpAnswer{503, "{}"}};
     case Network::limited:
         if (happens(50)) {
-            return {.raw = "HTTP/1.1 429 -\r\nRetry-After: 7\r\nContent-Length: 2\r\n\r\n{}"};
+            return {HttpAnswer{429, "{}", "7"}};
         }
         break;
     case Network::unauthorized:
-        return {.status = 401, .body = "{}"};
+        return {HttpAnswer{401, "{}"}};
     case Network::portal: // of a hotel; it lets no write pass for a success
-        return request.method == "GET" ? Answer{.body = "<html>Welcome</html>"}
-                                       : Answer{.status = 302, .body = "<html>Welcome</html>"};
+        return {HttpAnswer{isGet ? 200 : 302, "<html>Welcome</html>"}};
     case Network::silent:
         if (happens(10)) {
             if (happens(50)) {
-                handle(request, name);
+                handle(request, path);
             }
-            return {.isSilent = true};
+            return {.answer = {}, .isSilent = true};
         }
         break;
     case Network::flaky:
         if (happens(4)) {
-            return {.status = 500, .body = "{}"};
+            return {HttpAnswer{500, "{}"}};
         }
         if (happens(4)) {
-            return cutShort;
+            return {};
         }
         if (happens(8)) { // taken, and the answer is lost
-            handle(request, name);
-            return cutShort;
+            handle(request, path);
+            return {};
         }
     }
-    return handle(request, name);
+    return {handle(request, path)};
 }
 
-auto Backend::handle(const Request& request, const std::string& name) -> Answer {
-    if (request.method == "GET") {
-        return select(request);
+HttpAnswer Backend::handle(const HttpRequest& request, const std::string& path) {
+    if (request.method == HttpRequest::Method::get) {
+        return select(path.substr(path.find('?') + 1));
     }
-    const bool isCall = request.path.find("/rpc/") != std::string::npos;
-    return isCall ? call(request.json(), name) : upsert(request.json(), name);
+    const std::string resource = path.substr(0, path.find('?'));
+    const std::string name = resource.substr(resource.rfind('/') + 1);
+    const auto body = json::parse(request.body);
+    return resource.find("/rpc/") != std::string::npos ? call(body, name) : upsert(body, name);
 }
 
-auto Backend::upsert(const json& row, const std::string& table) -> Answer {
+HttpAnswer Backend::upsert(const json& row, const std::string& table) {
     Account& account = accounts_[row.at("customer_email")];
     if (table == "devices") {
         account.registered[row.at("device_id")] = row.at("device_name");
@@ -128,16 +140,16 @@ auto Backend::upsert(const json& row, const std::string& table) -> Answer {
         }
         account.counts[row.at("device_id")][place] = row.at("count");
     }
-    return {.status = 201, .body = ""};
+    return {201, ""};
 }
 
-auto Backend::select(const Request& request) -> Answer {
-    const Rows& known = rows(parameter(request, "customer_email"), parameter(request, "device_id"));
-    const auto found = known.find({.day = parameter(request, "day")});
-    return {.body = found == known.end() ? "[]" : json{{{"count", found->second}}}.dump()};
+HttpAnswer Backend::select(const std::string& query) {
+    const Rows& known = rows(parameter(query, "customer_email"), parameter(query, "device_id"));
+    const auto found = known.find({.day = parameter(query, "day")});
+    return {200, found == known.end() ? "[]" : json{{{"count", found->second}}}.dump()};
 }
 
-auto Backend::call(const json& parameters, const std::string& function) -> Answer {
+HttpAnswer Backend::call(const json& parameters, const std::string& function) {
     Account& account = accounts_[parameters.at("p_email")];
     if (function == "get_account_devices") {
         json devices = json::array();
@@ -145,7 +157,7 @@ auto Backend::call(const json& parameters, const std::string& function) -> Answe
             devices.push_back(
                 {{"device_id", device}, {"device_name", name}, {"last_seen_at", "2026-03-05T14:07:09Z"}});
         }
-        return {.body = devices.dump()};
+        return {200, devices.dump()};
     }
     const bool isRange = parameters.contains("p_days");
     const std::string last = parameters.at(isRange ? "p_end_day" : "p_day");
@@ -166,7 +178,7 @@ auto Backend::call(const json& parameters, const std::string& function) -> Answe
         }
     }
     if (function == "get_account_today_total") {
-        return {.body = std::to_string(total)};
+        return {200, std::to_string(total)};
     }
     json rows = json::array();
     for (const auto& [key, sum] : sums) {
@@ -179,7 +191,7 @@ auto Backend::call(const json& parameters, const std::string& function) -> Answe
         }
         rows.push_back(std::move(row));
     }
-    return {.body = rows.dump()};
+    return {200, rows.dump()};
 }
 
 } // namespace fernhollow::tests

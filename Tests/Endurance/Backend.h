@@ -1,10 +1,14 @@
 #pragma once
 
-#include "Support/RecordingServer.h"
+#include "Support/HttpSession.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -31,17 +35,26 @@ enum class Network { fine, cut, unavailable, limited, unauthorized, flaky, silen
 /// The backend of the machines: the wire contract over tables in memory, and the faults of the way to it.
 ///
 /// Each machine has a base address of its own, so that its network can fail alone. Lives on the thread of the
-/// machines, which asks it with their own HTTP client over the loopback interface.
+/// machines, which ask it without a socket: HttpSession is another one here, see DirectSession.cpp.
 class Backend {
 public:
     explicit Backend(std::uint64_t seed);
+    ~Backend();
+    Backend(const Backend&) = delete;
+    Backend& operator=(const Backend&) = delete;
 
-    std::string urlFor(int machine) const { return server_.url() + "/" + std::to_string(machine); }
+    static std::string urlFor(int machine) { return "http://backend/" + std::to_string(machine); }
     void setNetwork(int machine, Network network);
     Network network(int machine) const;
 
-    /// How many requests were received and will never be answered.
-    std::size_t unanswered() const { return server_.unanswered(); }
+    /// What comes back from the backend of this program.
+    struct Reply {
+        std::optional<HttpAnswer> answer; ///< absent when the connection ends before it
+        bool isSilent = false;            ///< nothing comes back for as long as the network stays silent
+    };
+    static Reply ask(const HttpRequest& request);
+    /// Called when a network that was silent no longer is.
+    static std::function<void()> onHangUp;
 
     /// What the backend knows of a device, and of each of an account's.
     const Rows& rows(const std::string& email, const std::string& device);
@@ -50,23 +63,20 @@ public:
     std::int64_t requests = 0;
 
 private:
-    using Request = RecordingServer::Request;
-    using Answer = RecordingServer::Answer;
-
     struct Account {
         std::map<std::string, Rows> counts; // by device
         std::map<std::string, std::string> names;
         std::map<std::string, std::string> registered;
     };
 
-    Answer answer(const Request& request);
-    Answer handle(const Request& request, const std::string& name);
-    Answer upsert(const nlohmann::json& row, const std::string& table);
-    Answer select(const Request& request);
-    Answer call(const nlohmann::json& parameters, const std::string& function);
+    Reply answer(const HttpRequest& request);
+    HttpAnswer handle(const HttpRequest& request, const std::string& path);
+    HttpAnswer upsert(const nlohmann::json& row, const std::string& table);
+    HttpAnswer select(const std::string& query);
+    HttpAnswer call(const nlohmann::json& parameters, const std::string& function);
     bool happens(unsigned percent) { return random_() % 100 < percent; }
 
-    RecordingServer server_;
+    static Backend* current;
     std::mt19937_64 random_;
     std::map<int, Network> networks_;
     std::map<std::string, Account> accounts_; // by address

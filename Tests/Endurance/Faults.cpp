@@ -154,9 +154,6 @@ void Life::backUp(std::size_t number) {
     Machine& machine = *machines_[number];
     machine.setDiskFull(false);
     machine.pass(16s);
-    if (!options_.hasPartlyCountedBackups && machine.tally().has(machine.day())) {
-        return;
-    }
     machine.copyHomeTo(backupOf(number));
     conditions_[number].backupDay = machine.day();
     conditions_[number].backupOf = machine.email() + machine.device();
@@ -179,11 +176,7 @@ void Life::restoreBackup(std::size_t number) {
 }
 
 void Life::cloneHome(std::size_t number) {
-    // Not back to a machine that is told in the home already: it would find an old day's database there.
     const std::size_t other = (number + 1) % machines_.size();
-    if (other == 0 && !options_.hasPartlyCountedBackups) {
-        return;
-    }
     shutDown(number);
     if (machines_[other]->isRunning()) {
         shutDown(other);

@@ -30,8 +30,7 @@ class Life {
 public:
     struct Options {
         std::uint64_t seed = 1;
-        bool hasEveryFault = false;           ///< each kind of fault has its day in the first week
-        bool hasPartlyCountedBackups = false; ///< what they bring back of such a day is counted twice
+        bool hasEveryFault = false; ///< each kind of fault has its day in the first week
         bool isVerbose = false;
     };
 

@@ -6,8 +6,8 @@
 #include "Support/ApplicationIdentity.h"
 #include "Support/EventLoop.h"
 
-#include <QThread>
-#include <QTimer>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 
 #include <array>
 #include <cstdlib>
@@ -65,7 +65,7 @@ void Machine::start(const std::string& email) {
     fs::remove(home_ / "fernhollow_debug.log");
     run_ = std::make_unique<Run>(now_ + skew_);
     run_->account =
-        std::make_shared<AccountManager>(run_->clock, SupabaseConfig{backend_.urlFor(number), "key"});
+        std::make_shared<AccountManager>(run_->clock, SupabaseConfig{Backend::urlFor(number), "key"});
     if (!run_->account->email()) {
         await(run_->account->verifyEmail(email));
     }
@@ -90,47 +90,32 @@ std::shared_ptr<CloudSyncCoordinator> Machine::makeSync(std::shared_ptr<DailyCou
     run_->store = store;
     return std::make_shared<CloudSyncCoordinator>(
         SyncSurroundings{run_->clock, run_->executor, run_->executor, run_->session}, std::move(store),
-        *run_->account, std::move(deviceId), SupabaseConfig{backend_.urlFor(number), "key"},
+        *run_->account, std::move(deviceId), SupabaseConfig{Backend::urlFor(number), "key"},
         std::move(onIdentityInUseElsewhere));
 }
 
-// Each coroutine of the engine that waits for the clock or the backend has one timer; so has each loop of the
-// model. Whatever is not quiet ends with an event.
-bool Machine::isQuiet() const {
-    const std::size_t waiting = run_->session.underWay();
-    const bool isWaitingForAnswers =
-        backend_.network(number) == Network::silent ? waiting > backend_.unanswered() : waiting > 0;
-    return !isWaitingForAnswers && run_->executor.underWay() + modelSleepers == run_->clock.sleepers();
-}
-
+// Each coroutine of the engine that waits for the clock or a silent backend has one timer; so has each loop
+// of the model. Whatever is not quiet ends with an event.
 void Machine::settle() {
-    QTimer safety; // against a wait for an event that came before the wait
-    safety.start(50);
+    constexpr int turnsOfQuiet = 3; // what has only been asked for begins with the next turn or the one after
     const QDeadlineTimer deadline(30'000);
-    int quietTurns = 0;
-    while (quietTurns <= (run_->session.underWay() > 0 ? 30 : 2)) {
+    for (int quietTurns = 0; quietTurns < turnsOfQuiet;) {
         run_->tasks.beginWaiting();
         QCoreApplication::sendPostedEvents();
         if (const auto store = run_->store.lock()) {
             store->waitUntilIdle(longestEnd);
         }
         QCoreApplication::sendPostedEvents();
-        if (isQuiet()) {
-            ++quietTurns;
-            if (run_->session.underWay() > 0) { // the next request may be on its way
-                QThread::msleep(1);
-                QCoreApplication::processEvents();
-            }
-        } else {
-            quietTurns = 0;
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const bool isQuiet = run_->executor.underWay() + modelSleepers == run_->clock.sleepers();
+        quietTurns = isQuiet ? quietTurns + 1 : 0;
+        if (!isQuiet) {
+            QCoreApplication::processEvents();
         }
         if (deadline.hasExpired()) {
             throw std::runtime_error("machine " + std::to_string(number) +
                                      " does not come to rest: " + std::to_string(run_->session.underWay()) +
-                                     " requests, " + std::to_string(backend_.unanswered()) + " unanswered, " +
-                                     std::to_string(run_->executor.underWay()) + " coroutines, " +
-                                     std::to_string(run_->clock.sleepers()) + " timers");
+                                     " requests, " + std::to_string(run_->executor.underWay()) +
+                                     " coroutines, " + std::to_string(run_->clock.sleepers()) + " timers");
         }
     }
     tally().settled(run_->clock.monotonic(), !isDiskFull_);

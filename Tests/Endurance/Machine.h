@@ -86,7 +86,6 @@ private:
 
     void enter();
     void settle();
-    bool isQuiet() const;
     void tearDown();
     void feed(const std::string& app, std::int64_t count);
     std::shared_ptr<CloudSyncCoordinator> makeSync(std::shared_ptr<DailyCountsStore> store,

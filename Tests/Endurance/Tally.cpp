@@ -73,7 +73,7 @@ void Tally::retire(const Rows& known) {
 }
 
 std::int64_t Tally::Row::least() const {
-    return (hasLostFile ? std::max(known, pressed - lost) : pressed) - mayLack;
+    return (hasLostFile ? known + pressed - lost : pressed) - mayLack;
 }
 
 std::optional<Difference> Tally::compareRow(const Place& place, const Row& row,

@@ -43,8 +43,7 @@ public:
 
     void allow(Loss daysAndHours, Loss applications);
     /// The database from `firstDay` on is gone. The backend gives a day back as far as it is in `known`, and
-    /// what is counted from now on is added, unless it is more before the backend is asked: then it replaces
-    /// what the backend had. So the larger of the two is the least that has to be there.
+    /// what is counted from now on is added.
     void allowLossOfFile(const std::string& firstDay, const Rows& known);
     /// Nothing more is sent; the backend keeps what it has.
     void retire(const Rows& known);
@@ -58,7 +57,6 @@ public:
     std::optional<Difference> compare(const std::optional<Rows>& local, const Rows& remote,
                                       const Expectation& expectation);
 
-    bool has(const std::string& day) const { return rows_.contains({.day = day}); }
     bool isRetired() const { return isRetired_; }
 
 private:

@@ -13,13 +13,10 @@ using namespace fernhollow::tests;
 
 namespace {
 
-constexpr const char* usage =
-    "endure [SEED] [--days N] [--seeds N] [--every-fault] [--partly-counted-backups] "
-    "[--verbose]\n"
-    "Lives a year, or N days, for each of N seeds from SEED on.\n"
-    "--every-fault              each kind has its day in the first week\n"
-    "--partly-counted-backups   backups are taken in the middle of a day, too\n"
-    "--verbose                  shows the machine's log where counts differ\n";
+constexpr const char* usage = "endure [SEED] [--days N] [--seeds N] [--every-fault] [--verbose]\n"
+                              "Lives a year, or N days, for each of N seeds from SEED on.\n"
+                              "--every-fault   each kind has its day in the first week\n"
+                              "--verbose       shows the machine's log where counts differ\n";
 
 bool live(const Life::Options& options, int days) {
     constexpr int daysPerReport = 30;
@@ -56,8 +53,6 @@ int main(int argc, char** argv) {
         const std::string argument = arguments[i].toStdString();
         if (argument == "--every-fault") {
             options.hasEveryFault = true;
-        } else if (argument == "--partly-counted-backups") {
-            options.hasPartlyCountedBackups = true;
         } else if (argument == "--verbose") {
             options.isVerbose = true;
         } else if (argument == "--days" && i + 1 < arguments.size()) {
