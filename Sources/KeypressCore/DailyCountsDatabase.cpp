@@ -205,15 +205,19 @@ void DailyCountsDatabase::write(const CountBatch& counts, std::int64_t updatedAt
     unsynced_.add({.days = {}, .hours = counts.hours, .applications = counts.applications, .names = {}});
 }
 
+void DailyCountsDatabase::expectInPlace() {
+    if (connection_.hasMoved()) {
+        place_->clear();
+        throw DatabaseMovedError(SQLITE_READONLY_DBMOVED, "the database was moved or deleted");
+    }
+}
+
 // One sync of the log per flush. It covers the presses too that were appended to the log since the last one:
 // a sync is of a file, not of a transaction. Full synchronisation for good would sync at each press. A
 // checkpoint instead would sync twice and write every page once more; a sync by ourselves after the commit
 // could fail when the commit can no longer be undone, and its presses would be added again.
 void DailyCountsDatabase::writeDurably(const CountBatch& counts, std::int64_t updatedAt) {
-    if (connection_.hasMoved()) {
-        place_->clear();
-        throw DatabaseMovedError(SQLITE_READONLY_DBMOVED, "the database was moved or deleted");
-    }
+    expectInPlace();
     if (counts.isEmpty()) {
         connection_.syncLog();
     } else {
@@ -279,6 +283,7 @@ void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int6
     if (by <= 0 || !isHour(hour)) {
         return;
     }
+    expectInPlace(); // a look at the file's number is cheap, and a press into a deleted file is lost
     Statement(connection_, addToHour)
         .bind(1, day.rawValue)
         .bind(2, hour)

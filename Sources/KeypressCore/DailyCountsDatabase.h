@@ -66,6 +66,7 @@ public:
 
 private:
     void claim(std::int32_t owner);
+    void expectInPlace();
     void completeDays();
     void followCopies(const DatabaseOpening& opening, const std::filesystem::path& file);
     SentCounts::Counts allCounts();

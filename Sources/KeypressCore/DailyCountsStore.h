@@ -61,7 +61,8 @@ public:
 
     /// Adds to the day's count; nothing happens unless `by` is 1 or more.
     Future<void> increment(DayKey day, std::int64_t by, std::int64_t updatedAt);
-    /// Adds to the hour's count; nothing happens unless `by` is 1 or more and `hour` is an hour.
+    /// Adds to the hour's count; nothing happens unless `by` is 1 or more and `hour` is an hour. Fails like
+    /// writeDurably when the file is no longer in its place.
     Future<void> incrementHourly(DayKey day, int hour, std::int64_t by, std::int64_t updatedAt);
     /// The day's count becomes `count`, whatever it is.
     Future<void> overwrite(DayKey day, std::int64_t count, std::int64_t updatedAt);

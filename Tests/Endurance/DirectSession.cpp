@@ -1,7 +1,7 @@
 // The HTTP client of the machines: it asks the life's backend by a function call.
 //
-// A simulated day has hundreds of requests, and over sockets they take nearly all of its time. The program's own
-// client is measured by the tests of Support and end to end.
+// A simulated day has hundreds of requests, and over sockets they take nearly all of its time. The program's
+// own client is measured by the tests of Support and end to end.
 
 #include "Endurance/Backend.h"
 #include "Support/Clock.h"

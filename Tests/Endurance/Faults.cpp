@@ -196,7 +196,6 @@ void Life::deleteDatabase(std::size_t number) {
     machine.deleteDatabase();
     machine.tally().allowLossOfFile("", backend_.rows(machine.email(), machine.device()));
     machine.press("org.editor", 1);
-    machine.pass(16s); // the next flush notices; a kill before it takes what the deleted file got
 }
 
 void Life::loseSettings(std::size_t number) {

@@ -222,7 +222,31 @@ TEST_F(CountSafety, ADatabaseThatIsDamagedWhileItRunsIsSetAsideAndReplaced) {
     EXPECT_TRUE(fs::exists(file().native() + ".unreadable-2026-03-05"));
 }
 
-class LosingTheFile : public CountSafety, public testing::WithParamInterface<int> {};
+class LosingTheFile : public CountSafety, public testing::WithParamInterface<int> {
+protected:
+    void lose() {
+        if (GetParam() == 0) {
+            for (const char* suffix : {"", "-wal", "-shm"}) {
+                fs::remove(file().native() + suffix);
+            }
+        } else if (GetParam() == 1) { // its companions stay
+            fs::remove(file());
+        } else if (GetParam() == 2) {
+            fs::rename(file(), home_.path() / "elsewhere.sqlite");
+        } else { // another one in its place
+            const auto other = home_.path() / "other.sqlite";
+            {
+                DailyCountsStore store(other);
+                await(store.write({.days = {{today, 100}},
+                                   .hours = {{{today, 8}, 100}},
+                                   .applications = {{{today, 8, "org.a"}, 100}},
+                                   .names = {}},
+                                  1));
+            }
+            fs::rename(other, file());
+        }
+    }
+};
 
 // What is gone with the file is gone; nothing that came after the last flush is.
 TEST_P(LosingTheFile, CountsIntoAFileThatExists) {
@@ -233,28 +257,8 @@ TEST_P(LosingTheFile, CountsIntoAFileThatExists) {
     clock_.advance(1s); // the hours and the applications are in the old file
     tasks_.beginWaiting();
     refresh();
-    std::int64_t expected = 12;
-    if (GetParam() == 0) {
-        for (const char* suffix : {"", "-wal", "-shm"}) {
-            fs::remove(file().native() + suffix);
-        }
-    } else if (GetParam() == 1) { // its companions stay
-        fs::remove(file());
-    } else if (GetParam() == 2) {
-        fs::rename(file(), home_.path() / "elsewhere.sqlite");
-    } else { // another one in its place
-        expected += 100;
-        const auto other = home_.path() / "other.sqlite";
-        {
-            DailyCountsStore store(other);
-            await(store.write({.days = {{today, 100}},
-                               .hours = {{{today, 8}, 100}},
-                               .applications = {{{today, 8, "org.a"}, 100}},
-                               .names = {}},
-                              1));
-        }
-        fs::rename(other, file());
-    }
+    lose();
+    const std::int64_t expected = GetParam() == 3 ? 112 : 12;
     press(3);
     flush();
     press(2);
@@ -265,6 +269,18 @@ TEST_P(LosingTheFile, CountsIntoAFileThatExists) {
     start();
     flush();
     EXPECT_EQ(stored(), all(expected));
+}
+
+TEST_P(LosingTheFile, IsNoticedWithTheNextPress) {
+    start();
+    press(10);
+    flush();
+    lose();
+    press(3);
+    tasks_.beginWaiting();
+    refresh();
+    kill(); // with no flush in between
+    EXPECT_EQ(stored(), all(GetParam() == 3 ? 103 : 3));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, LosingTheFile, testing::Range(0, 4));

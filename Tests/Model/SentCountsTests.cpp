@@ -1,4 +1,5 @@
-// What becomes of a day's count when the files that hold it and what was sent of it are lost, copied or restored.
+// What becomes of a day's count when the files that hold it and what was sent of it are lost, copied or
+// restored.
 
 #include "KeypressCore/DailyCountsDatabase.h"
 #include "Model/Sync/SyncRules.h"
@@ -44,7 +45,8 @@ private:
         const fs::path sent = SentCounts::fileOf(file_);
         switch (step) {
         case 't': // type
-            database_->writeDurably({.days = {{today, number}}, .hours = {}, .applications = {}, .names = {}}, 1);
+            database_->writeDurably({.days = {{today, number}}, .hours = {}, .applications = {}, .names = {}},
+                                    1);
             return;
         case 'h': // type, and be killed before the flush
             database_->incrementHourly(today, 9, number, 1);
@@ -133,22 +135,24 @@ TEST_P(SentCountsOfADay, AddUpToWhatWasTyped) {
 
 INSTANTIATE_TEST_SUITE_P(
     , SentCountsOfADay,
-    testing::Values(
-        Case{"ordinary", "t300 s t50 r s t5 s", 355}, Case{"newMachine", "t300 s d l t50 s", 350},
-        Case{"databaseLost", "t300 s d t50 s", 350}, Case{"databaseLostAndOutgrown", "t347 s d t710 s", 1057},
-        Case{"databaseLostTwice", "t300 s d t50 s d t20 s", 370},
-        Case{"sentLost", "t300 s l t20 s", 320}, Case{"bothRestored", "t300 s B t270 s R t20 s", 590},
-        Case{"bothRestoredWithUnsent", "t250 s t57 B s t263 s R t13 r s", 583},
-        Case{"bothRestoredBeforeTheFirstSending", "t50 B s t70 s R t5 s", 125},
-        Case{"bothRestoredFromADayBefore", "o B t226 s R t586 s", 812}, Case{"copiedAndNobodyWentOn", "t250 s t57 B R t5 s", 312},
-        Case{"databaseRestored", "t300 s B t270 s D t20 s", 590},
-        Case{"databaseRestoredFromAKill", "t300 s h300 h7 B t270 s D t20 s", 597},
-        Case{"sentRestored", "t300 s B t270 s S t20 s", 590},
-        Case{"restoredTwice", "t300 s B t270 s R t20 s R t4 s", 594},
-        Case{"powerCutBeforeTheRequest", "t300 s t50 o r t5 s", 355},
-        Case{"powerCutInARaise", "t300 s d t50 x300 r s", 350},
-        Case{"backendReset", "t300 s z t10 s", 310}, Case{"bothReset", "t300 s d z t10 s", 310},
-        Case{"killAfterARaise", "h300 r s d h50 r s h7 r s", 357}),
+    testing::Values(Case{"ordinary", "t300 s t50 r s t5 s", 355}, Case{"newMachine", "t300 s d l t50 s", 350},
+                    Case{"databaseLost", "t300 s d t50 s", 350},
+                    Case{"databaseLostAndOutgrown", "t347 s d t710 s", 1057},
+                    Case{"databaseLostTwice", "t300 s d t50 s d t20 s", 370},
+                    Case{"sentLost", "t300 s l t20 s", 320},
+                    Case{"bothRestored", "t300 s B t270 s R t20 s", 590},
+                    Case{"bothRestoredWithUnsent", "t250 s t57 B s t263 s R t13 r s", 583},
+                    Case{"bothRestoredBeforeTheFirstSending", "t50 B s t70 s R t5 s", 125},
+                    Case{"bothRestoredFromADayBefore", "o B t226 s R t586 s", 812},
+                    Case{"copiedAndNobodyWentOn", "t250 s t57 B R t5 s", 312},
+                    Case{"databaseRestored", "t300 s B t270 s D t20 s", 590},
+                    Case{"databaseRestoredFromAKill", "t300 s h300 h7 B t270 s D t20 s", 597},
+                    Case{"sentRestored", "t300 s B t270 s S t20 s", 590},
+                    Case{"restoredTwice", "t300 s B t270 s R t20 s R t4 s", 594},
+                    Case{"powerCutBeforeTheRequest", "t300 s t50 o r t5 s", 355},
+                    Case{"powerCutInARaise", "t300 s d t50 x300 r s", 350},
+                    Case{"backendReset", "t300 s z t10 s", 310}, Case{"bothReset", "t300 s d z t10 s", 310},
+                    Case{"killAfterARaise", "h300 r s d h50 r s h7 r s", 357}),
     [](const auto& tested) { return tested.param.name; });
 
 } // namespace

@@ -173,6 +173,7 @@ private:
         std::shared_ptr<DailyCountsStore> store;
         CountBatch counts;  // to be written
         CountBatch written; // what went to the store before, and is on the disk with the flush
+        std::optional<std::string> account;
     };
     Flush takeFlush();
     void giveBack(const Flush& flush, const std::string& failure);

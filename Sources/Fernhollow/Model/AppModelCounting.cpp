@@ -56,9 +56,12 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
         co_return;
     }
     self->written_.add(counts);
+    bool hasMoved = false;
     try {
         co_await store->incrementHourly(day, hour, count, unixSeconds(self->clock_.now()));
         self->hourlyWritesFail_ = false;
+    } catch (const DatabaseMovedError&) {
+        hasMoved = store == self->store_; // else its counts went along to the next store
     } catch (const DailyCountsStoreError& error) {
         if (!std::exchange(self->hourlyWritesFail_, true)) {
             debugLog("[AppModel] Hourly counts are not written to " + store->url().native() + ": " +
@@ -67,6 +70,12 @@ QCoro::Task<> AppModel::writeHourly(std::shared_ptr<AppModel> self, DayKey day, 
         if (store == self->store_) { // else they went along with what that store's file had
             self->written_.subtract(counts);
             self->missing_.add(counts);
+        }
+    }
+    if (hasMoved) { // at once, not with the next flush: a kill before it would take these presses
+        self->replaceStore(Loss::moved);
+        if (self->store_ && self->hasUnwritten()) {
+            co_await write(self, self->takeFlush(), Attempt::second);
         }
     }
     if (cloudSync) {

@@ -51,7 +51,7 @@ bool AppModel::hasUnwritten() const {
 
 // Taken before the write: presses that arrive meanwhile belong to the next flush.
 AppModel::Flush AppModel::takeFlush() {
-    Flush flush{store_, std::exchange(missing_, {}), written_};
+    Flush flush{store_, std::exchange(missing_, {}), written_, currentAccountEmail_};
     if (const std::int64_t pending = std::exchange(pending_, 0); pending >= 1) {
         flush.counts.days[currentDay_] += pending;
     }
@@ -69,12 +69,12 @@ void AppModel::addUnwritten(const CountBatch& counts) {
 }
 
 void AppModel::giveBack(const Flush& flush, const std::string& failure) {
-    if (flush.store == store_) {
+    if (flush.account == currentAccountEmail_) {
         addUnwritten(flush.counts);
         areCountsSaved.set(false);
         return;
     }
-    for (const auto& [day, count] : flush.counts.days) { // another account has signed in
+    for (const auto& [day, count] : flush.counts.days) {
         debugLog("[AppModel] " + std::to_string(count) + " presses of " + day.rawValue +
                  " were not written to " + flush.store->url().native() + ": " + failure);
     }
@@ -99,10 +99,12 @@ QCoro::Task<bool> AppModel::write(std::shared_ptr<AppModel> self, Flush flush, A
         loss = error.isUnreadable() ? std::optional(Loss::unreadable) : std::nullopt;
         self->giveBack(flush, error.what());
     }
-    if (!loss || flush.store != self->store_) {
+    if (!loss || flush.account != self->currentAccountEmail_) {
         co_return false;
     }
-    self->replaceStore(*loss);
+    if (flush.store == self->store_) { // else a press or another flush came first
+        self->replaceStore(*loss);
+    }
     if (attempt == Attempt::second || !self->store_ || !self->hasUnwritten()) {
         co_return false; // the next flush goes on from here
     }
