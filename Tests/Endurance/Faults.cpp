@@ -65,9 +65,10 @@ void Life::happen(const Kind& kind, std::size_t number) {
     }
     const auto minutes = std::chrono::floor<std::chrono::minutes>(now_ - midnight_).count();
     history_.push_back(dayOf(now_) + " +" + std::to_string(minutes) + " min: " + kind.name + ", machine " +
-                       std::to_string(number));
+                       std::to_string(number) + " of " + machine.email() + " as " +
+                       machine.device().substr(0, 4));
     constexpr std::size_t remembered = 25;
-    if (history_.size() > remembered) {
+    if (history_.size() > remembered && !options_.isVerbose) {
         history_.pop_front();
     }
     ++faults_[kind.name];
@@ -88,6 +89,10 @@ void Life::happen(const Kind& kind, std::size_t number) {
 // A home that returns to its machine finds the identity and the old databases that were kept for it.
 void Life::start(Machine& machine) {
     machine.start(addresses[0]);
+    endRetirement(machine);
+}
+
+void Life::endRetirement(Machine& machine) {
     if (machine.tally().isRetired()) {
         machine.tally().allowLossOfFile("", backend_.rows(machine.email(), machine.device()));
     }
@@ -209,6 +214,7 @@ void Life::changeAccount(std::size_t number) {
     machine.setDiskFull(false);
     machine.pass(16s); // what was not flushed would be discarded
     machine.signIn(addresses.at(machine.email() == addresses[0] ? 1 : 0));
+    endRetirement(machine);
 }
 
 } // namespace fernhollow::tests

@@ -83,6 +83,7 @@ private:
     void loseSettings(std::size_t number);
     void changeAccount(std::size_t number);
     void start(Machine& machine);
+    void endRetirement(Machine& machine);
     std::string backupOf(std::size_t number) const;
     void beQuiet();
     void compare(const std::string& firstDay);

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* usage = "endure [SEED] [--days N] [--seeds N] [--every-fault] [--verbose]\n"
                               "Lives a year, or N days, for each of N seeds from SEED on.\n"
                               "--every-fault   each kind has its day in the first week\n"
-                              "--verbose       shows the machine's log where counts differ\n";
+                              "--verbose       shows every fault and the machine's log where counts differ\n";
 
 bool live(const Life::Options& options, int days) {
     constexpr int daysPerReport = 30;
