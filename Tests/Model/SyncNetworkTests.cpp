@@ -73,6 +73,20 @@ TEST_F(SyncNetwork, GoesOnWhereNobodyListens) {
         << "more than three of the rows were tried";
 }
 
+TEST_F(SyncNetwork, SendsYesterdaysApplicationsFromAZoneWhereItIsToday) {
+    openStore();
+    await(store_->registerApp("org.a", "A", 1));
+    await(store_->incrementAppHourly(DayKey("2026-03-04"), 8, "org.a", 7, 1));
+    answers_["device_app_registry"].status = 503; // which goes first
+    startSync();
+    pass(1s);
+    EXPECT_THAT(server_.to("device_app_hour_counts"), IsEmpty());
+    const EnvironmentGuard zone("TZ", "Pacific/Pago_Pago");
+    answers_.clear();
+    pass(61s);
+    EXPECT_THAT(sentCounts("device_app_hour_counts"), ElementsAre(7));
+}
+
 TEST_F(SyncNetwork, SendsADayAgainOnceTheBackendAnswersAgain) {
     openStore();
     await(store_->increment(DayKey("2026-03-04"), 40, 1));
