@@ -38,7 +38,6 @@ std::string parameter(const std::string& query, const char* name) {
 } // namespace
 
 Backend* Backend::current = nullptr;
-std::function<void()> Backend::onHangUp;
 
 Backend::Backend(std::uint64_t seed) : random_(seed) {
     current = this;
@@ -51,13 +50,6 @@ Backend::~Backend() {
 auto Backend::ask(const HttpRequest& request) -> Reply {
     ++current->requests;
     return current->answer(request);
-}
-
-void Backend::setNetwork(int machine, Network network) {
-    if (std::exchange(networks_[machine], network) == Network::silent && network != Network::silent &&
-        onHangUp) {
-        onHangUp();
-    }
 }
 
 Network Backend::network(int machine) const {

@@ -6,7 +6,6 @@
 
 #include <compare>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <random>
@@ -44,17 +43,15 @@ public:
     Backend& operator=(const Backend&) = delete;
 
     static std::string urlFor(int machine) { return "http://backend/" + std::to_string(machine); }
-    void setNetwork(int machine, Network network);
+    void setNetwork(int machine, Network network) { networks_[machine] = network; }
     Network network(int machine) const;
 
     /// What comes back from the backend of this program.
     struct Reply {
         std::optional<HttpAnswer> answer; ///< absent when the connection ends before it
-        bool isSilent = false;            ///< nothing comes back for as long as the network stays silent
+        bool isSilent = false;            ///< nothing comes back at all
     };
     static Reply ask(const HttpRequest& request);
-    /// Called when a network that was silent no longer is.
-    static std::function<void()> onHangUp;
 
     /// What the backend knows of a device, and of each of an account's.
     const Rows& rows(const std::string& email, const std::string& device);

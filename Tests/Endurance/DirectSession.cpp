@@ -13,12 +13,11 @@
 #include <coroutine>
 #include <functional>
 #include <optional>
-#include <set>
 
 namespace fernhollow {
 namespace {
 
-/// Suspends until the reply has come: with the next turn of the event loop, or never by itself.
+/// Suspends until the reply has come: with the next turn of the event loop, or not before the time is up.
 class Waiting {
 public:
     Waiting(Clock& clock, std::chrono::seconds timeout, std::stop_token stop, bool isSilent)
@@ -27,31 +26,19 @@ public:
     bool await_ready() const { return false; }
     void await_suspend(std::coroutine_handle<> waiter) {
         waiter_ = waiter;
-        if (!isSilent_) {
+        if (isSilent_) {
+            timer_ = clock_.startTimer(timeout_, [this] { end(); });
+            onStop_.emplace(stop_, [this] { end(); });
+        } else {
             end();
-            return;
         }
-        silent().insert(this);
-        tests::Backend::onHangUp = [] {
-            for (Waiting* waiting : std::exchange(silent(), {})) {
-                waiting->end();
-            }
-        };
-        timer_ = clock_.startTimer(timeout_, [this] { end(); });
-        onStop_.emplace(stop_, [this] { end(); });
     }
     void await_resume() {
         onStop_.reset();
         timer_.reset();
-        silent().erase(this);
     }
 
 private:
-    static std::set<Waiting*>& silent() {
-        static std::set<Waiting*> waiting;
-        return waiting;
-    }
-
     void end() {
         if (!std::exchange(isOver_, true)) {
             QMetaObject::invokeMethod(
