@@ -127,8 +127,12 @@ private:
     /// Asked before each day: whether the account, the identity and the date are still those of the session.
     QCoro::Task<bool> mayStillWrite(Shared session);
     void noticeForeignCounts(SyncSession& session, const DayKey& day, std::int64_t sent, std::int64_t remote);
-    QCoro::Task<std::optional<std::int64_t>> localCount(DayKey day);
-    QCoro::Task<std::optional<std::optional<SentCount>>> rememberedCount(DayKey day);
+    struct LocalDay {
+        std::int64_t count = 0;
+        std::optional<SentCount> sent;
+    };
+    QCoro::Task<std::optional<LocalDay>> localDay(DayKey day);
+    /// Before the backend takes this count; false when it must not, because the store cannot remember it.
     QCoro::Task<bool> remember(DayKey day, std::int64_t count);
     QCoro::Task<bool> addToLocal(DayKey day, std::int64_t count);
     static QCoro::Task<> registerDevice(Self self, Shared session);

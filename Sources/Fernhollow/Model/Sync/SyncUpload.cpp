@@ -111,7 +111,7 @@ QCoro::Task<> SyncEngine::uploadDay(Self self, Shared session, DayKey day) {
 }
 
 QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day) {
-    const auto local = co_await self->localCount(day);
+    const auto local = co_await self->localDay(day);
     if (!local) {
         session->lose();
         co_return false;
@@ -120,20 +120,16 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
     if (!remote || session->stop.stop_requested()) {
         co_return false; // a guess could replace a larger count there or here
     }
-    const auto remembered = co_await self->rememberedCount(day);
-    if (!remembered) {
-        session->lose();
-        co_return false;
-    }
-    const auto merge = self->sentDays_.merge(day, *local, *remote, *remembered);
+    const auto merge = self->sentDays_.merge(day, local->count, *remote, local->sent);
     if (merge.kind == DayMerge::Kind::foreign) {
         self->noticeForeignCounts(*session, day, merge.count, *remote);
         co_return false;
     }
-    logMerge(merge, day, *local, *remote);
+    logMerge(merge, day, local->count, *remote);
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
-    if (merge.kind != DayMerge::Kind::uploadLocal && !co_await self->addToLocal(day, merge.count - *local)) {
+    if (merge.kind != DayMerge::Kind::uploadLocal &&
+        !co_await self->addToLocal(day, merge.count - local->count)) {
         session->lose();
         co_return false;
     }
@@ -161,18 +157,10 @@ void SyncEngine::noticeForeignCounts(SyncSession& session, const DayKey& day, st
 }
 
 // Nothing when the store cannot be read.
-QCoro::Task<std::optional<std::int64_t>> SyncEngine::localCount(DayKey day) {
+auto SyncEngine::localDay(DayKey day) -> QCoro::Task<std::optional<LocalDay>> {
     try {
-        co_return co_await store_->count(day);
-    } catch (const DailyCountsStoreError&) {
-        co_return std::nullopt;
-    }
-}
-
-// Nothing when the store cannot be read.
-QCoro::Task<std::optional<std::optional<SentCount>>> SyncEngine::rememberedCount(DayKey day) {
-    try {
-        co_return co_await store_->sentCount(day);
+        const auto count = co_await store_->count(day);
+        co_return LocalDay{count, co_await store_->sentCount(day)};
     } catch (const DailyCountsStoreError&) {
         co_return std::nullopt;
     }
