@@ -64,29 +64,16 @@ TEST(AppLists, GiveSharesOfTheTotal) {
     EXPECT_THAT(items, ElementsAre(AppDisplayItem{"a", "A", 1, 0}, AppDisplayItem{"b", "B", 3, 0}));
 }
 
-struct FiguresCase {
-    const char* name;
-    std::vector<AppDisplayItem> apps;
-    std::vector<AppTracker::HourlyAppStats> hourly;
-    DayFigures figures;
-    double average;
-};
-
 TEST(FiguresOfADay, ComeFromItsApplicationsAndHours) {
-    const std::vector<FiguresCase> cases{
-        {"nothing", {}, {}, {0, 0, std::nullopt}, 0},
-        {"a past day", {{"a", "A", 10}}, {}, {10, 0, std::nullopt}, 0},
-        {"two hours",
-         {{"a", "A", 6}, {"b", "B", 5}},
-         {{14, "a", "A", 4}, {9, "a", "A", 2}, {14, "b", "B", 1}, {9, "b", "B", 4}},
-         {11, 2, 9},
-         5.5},
-        {"hours as busy as each other", {{"a", "A", 8}}, {{23, "a", "A", 4}, {7, "a", "A", 4}}, {8, 2, 7}, 4},
-    };
-    for (const auto& [name, apps, hourly, figures, average] : cases) {
-        EXPECT_EQ(DayFigures::of(apps, hourly), figures) << name;
-        EXPECT_EQ(figures.averagePerHour(), average) << name;
-    }
+    const DayFigures nothing = DayFigures::of({}, {});
+    EXPECT_EQ(nothing, (DayFigures{0, 0, std::nullopt}));
+    EXPECT_EQ(nothing.averagePerHour(), 0);
+    EXPECT_EQ(DayFigures::of({{"a", "A", 10}}, {}), (DayFigures{10, 0, std::nullopt})) << "a past day";
+    const DayFigures figures = DayFigures::of(
+        {{"a", "A", 6}, {"b", "B", 5}},
+        {{14, "a", "A", 4}, {9, "a", "A", 2}, {14, "b", "B", 1}, {9, "b", "B", 3}, {7, "b", "B", 5}});
+    EXPECT_EQ(figures, (DayFigures{11, 3, 7})) << "the first of hours that are as busy as each other";
+    EXPECT_DOUBLE_EQ(figures.averagePerHour(), 11.0 / 3);
 }
 
 TEST(FixedDecimals, RoundLikeC) {

@@ -76,14 +76,6 @@ TEST(Sleepers, WakeWhenTheirTimeHasPassedOrAtAStop) {
     EXPECT_EQ(clock.sleepers(), 0u);
 }
 
-TEST(SystemTimers, FireAfterTheirDelayAndNotWhenDestroyed) {
-    SystemClock clock;
-    bool fired = false;
-    const auto timer = clock.startTimer(1ms, [&] { fired = true; });
-    clock.startTimer(0ms, [] { FAIL() << "destroyed at once"; });
-    EXPECT_TRUE(tests::waitUntil([&] { return fired; }));
-}
-
 TEST(SerialExecutors, WorkInOrderOnOneOtherThread) {
     SerialExecutor executor;
     std::vector<int> order; // touched by the executor's thread alone
