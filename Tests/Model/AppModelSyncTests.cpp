@@ -59,20 +59,6 @@ TEST_F(AppModelSync, ShowsTheLargerCountOfEachPastDay) {
     EXPECT_EQ(shownOn(4), 12);
 }
 
-TEST_F(AppModelSync, SendsTheDayAgainAfterAFlush) {
-    startModel();
-    press(5);
-    pass(1s);
-    pass(1s);
-    EXPECT_THAT(sentCounts("device_hour_counts"), testing::Each(5));
-    const auto sent = sentCounts("device_day_counts").size();
-    flush();
-    pass(1s);
-    ASSERT_GT(sentCounts("device_day_counts").size(), sent);
-    EXPECT_EQ(sentCounts("device_day_counts").back(), 5);
-    EXPECT_EQ(sentCounts("device_hour_counts").back(), 5);
-}
-
 TEST_F(AppModelSync, ForgetsYesterdaysTotalAndSendsYesterdayOnceMore) {
     answers_["get_account_today_total"].body = "250";
     startModel();
@@ -114,20 +100,6 @@ TEST_F(AppModelSync, ListsTheDevicesOfTheAccountThatIsSignedIn) {
     syncAndRefresh();
     EXPECT_THAT(account_->connectedDevices.get(), IsEmpty());
     EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Reset completed - all caches cleared\n"));
-}
-
-TEST_F(AppModelSync, RefreshesOnWhileTheBackendIsSilent) {
-    server_.answer = [](const Request&) { return Answer{.isSilent = true}; };
-    startModel();
-    settle();
-    for (int second = 0; second < 5; ++second) {
-        press(1);
-        clock_.advance(1s);
-        settle();
-    }
-    EXPECT_EQ(model_->todayCount.get(), 5);
-    EXPECT_EQ(shownOn(0), 5);
-    EXPECT_THAT(server_.to("get_account_devices"), SizeIs(1));
 }
 
 TEST_F(AppModelSync, SaysSoWhenCountsHaveWaitedTenMinutesForTheBackend) {

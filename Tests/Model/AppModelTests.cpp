@@ -1,7 +1,5 @@
 #include "ModelFixture.h"
 
-#include <sqlite3.h>
-
 #include <cstdint>
 
 namespace fernhollow::tests {
@@ -10,7 +8,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 class Counting : public ModelFixture {
 protected:
@@ -63,9 +60,7 @@ TEST_F(Counting, FlushesEveryFifteenSeconds) {
 }
 
 TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::optional<OtherConnection> other(std::in_place);
     press(3);
     tasks_.beginWaiting();
     const auto flushing = model_->flushPending();
@@ -75,20 +70,18 @@ TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
     EXPECT_THAT(home_.log(),
                 HasSubstr("[AppModel] Hourly counts are not written to " + home_.dataFolder().native()));
 
-    sqlite3_close(other); // ends the transaction
+    other.reset();
     flush();
     EXPECT_EQ(storedCount(today), 5);
 }
 
 TEST_F(Counting, TriesOnceMoreAtTheEndWhateverWasLockedBefore) {
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::optional<OtherConnection> other(std::in_place);
     press(3);
     flush(); // waits in vain
     EXPECT_FALSE(model_->flushNow(100ms));
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] 3 presses of 2026-03-05 are not written to "));
-    sqlite3_close(other);
+    other.reset();
     EXPECT_TRUE(model_->flushNow(10s));
     EXPECT_EQ(storedCount(today), 3);
 }
@@ -121,26 +114,6 @@ TEST_F(Counting, FormatsItsTitlesInTheUsersLocale) {
     model_->todayCountAggregated.set(0);
     EXPECT_EQ(model_->menuBarTitle(), "12,345");
     EXPECT_EQ(model_->todayCountFormatted(), "0");
-}
-
-TEST_F(Counting, TellsItsObserversBeforeEachChange) {
-    std::vector<std::int64_t> seen;
-    const auto whole = model_->observe([&] { seen.push_back(model_->todayCountAggregated.get()); });
-    press(1);
-    EXPECT_THAT(seen, testing::Not(IsEmpty()));
-    EXPECT_EQ(seen.front(), 0);
-}
-
-class WithoutAnAccount : public ModelFixture {};
-
-TEST_F(WithoutAnAccount, CountsOnScreenAndStoresNothing) {
-    start();
-    press(3);
-    flush();
-    flush();
-    EXPECT_EQ(model_->menuBarTitle(), "3");
-    EXPECT_FALSE(std::filesystem::exists(home_.dataFolder()));
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] No account logged in - store is nil\n"));
 }
 
 } // namespace

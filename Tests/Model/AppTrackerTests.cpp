@@ -63,16 +63,6 @@ TEST_F(Tracker, ShowsPressesAtOnceByHourAndApplication) {
     EXPECT_THAT(tracker_->todayAppTotals.get().front(), (Total{"org.a", "New name", 3, false}));
 }
 
-TEST_F(Tracker, LeavesThisProgramsOwnWindowsOut) {
-    press(std::string(applicationIdentifier), 5);
-    EXPECT_THAT(tracker_->todayAppTotals.get(), IsEmpty());
-    await(tracker_->flushPending());
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)), IsEmpty());
-    tracker_->ignoreSelf.set(false);
-    press(std::string(applicationIdentifier));
-    EXPECT_EQ(tracker_->todayAppTotals.get().size(), 1u);
-}
-
 TEST_F(Tracker, FlushesItsBufferOnceAndShowsTheSameAfterwards) {
     press("org.a", 3);
     press("org.b", 3);
@@ -105,42 +95,6 @@ TEST_F(Tracker, NamesApplicationsFromTheRegistryOrByTheirIdentifier) {
     await(tracker_->refreshFromDisk());
     EXPECT_THAT(tracker_->todayAppTotals.get(), ElementsAre(Total{"org.nameless", "org.nameless", 6, false},
                                                             Total{"org.hidden", "Hidden", 4, true}));
-}
-
-TEST_F(Tracker, WritesTheOldDaysBufferToTheOldDay) {
-    clock_.set(tests::at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 23, .minute = 59}));
-    press("org.a", 7);
-    clock_.advance(1min);
-    press("org.b");
-    EXPECT_THAT(tracker_->todayAppTotals.get(), ElementsAre(Total{"org.b", "Name of org.b", 1, false}));
-    await(tracker_->flushPending());
-    tasks_.beginWaiting();
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)),
-                ElementsAre(AppHourlyCountRow{today, 23, "org.a", 7}));
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(tomorrow)),
-                ElementsAre(AppHourlyCountRow{tomorrow, 0, "org.b", 1}));
-}
-
-TEST_F(Tracker, ForgetsOneAccountWhenItTurnsToAnother) {
-    press("org.a", 2);
-    await(tracker_->flushPending());
-    press("org.a");
-    const auto other = open("ben@example.com");
-    await(other->incrementAppHourly(today, 9, "org.b", 5, 1));
-
-    tracker_->updateStore(other);
-    EXPECT_THAT(tracker_->todayAppTotals.get(), IsEmpty());
-    EXPECT_THAT(tracker_->appRegistry.get(), IsEmpty());
-    EXPECT_TRUE(tests::waitUntil([&] { return tracker_->todayAppTotals.get().size() == 1; }));
-    EXPECT_EQ(tracker_->todayAppTotals.get().front().bundleId, "org.b");
-    EXPECT_THAT(await(store_->fetchAppHourlyCounts(today)),
-                ElementsAre(AppHourlyCountRow{today, 9, "org.a", 2}));
-
-    tracker_->updateStore(nullptr);
-    press("org.c");
-    await(tracker_->flushPending());
-    await(tracker_->refreshFromDisk());
-    EXPECT_EQ(tracker_->todayAppTotals.get().size(), 1u);
 }
 
 } // namespace

@@ -3,8 +3,6 @@
 #include "Support/ForgetfulDisk.h"
 #include "SyncFixture.h"
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <fstream>
 #include <stdexcept>
@@ -166,11 +164,7 @@ TEST_F(CountSafety, ADatabaseThatIsLockedAtTheStartIsOpenedWithAFlush) {
         flush();
         shutDown();
     }
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE x(y)",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
+    std::optional<OtherConnection> other("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE x(y)");
     start();
     press(30);
     flush();
@@ -178,8 +172,7 @@ TEST_F(CountSafety, ADatabaseThatIsLockedAtTheStartIsOpenedWithAFlush) {
     clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
     press(4);
     flush();
-    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
-    sqlite3_close(other);
+    other.reset();
     press(2);
     flush();
     EXPECT_EQ(stored(), all(40));
@@ -203,12 +196,8 @@ TEST_F(CountSafety, ADatabaseThatIsDamagedWhileItRunsIsSetAsideAndReplaced) {
     start();
     press(3);
     flush();
-    sqlite3* other = nullptr; // makes the model read the file anew, and not its log
-    ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
-    sqlite3_exec(other,
-                 "INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)",
-                 nullptr, nullptr, nullptr);
-    sqlite3_close(other);
+    // Makes the model read the file anew, and not its log.
+    OtherConnection("INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)");
     {
         std::fstream damaged(file(), std::ios::in | std::ios::out | std::ios::binary);
         damaged.seekp(4'096);
@@ -283,7 +272,9 @@ TEST_P(LosingTheFile, IsNoticedWithTheNextPress) {
     EXPECT_EQ(stored(), all(GetParam() == 3 ? 103 : 3));
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, LosingTheFile, testing::Range(0, 4));
+constexpr const char* waysToLoseTheFile[] = {"DeletedWhole", "DeletedAlone", "Moved", "Replaced"};
+INSTANTIATE_TEST_SUITE_P(Ways, LosingTheFile, testing::Range(0, 4),
+                         [](const auto& info) { return std::string(waysToLoseTheFile[info.index]); });
 
 TEST_F(CountSafety, ALogThatWasDeletedTakesNothingWithIt) {
     start();

@@ -10,9 +10,11 @@
 #include "Support/TemporaryHome.h"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace fernhollow::tests {
 
@@ -28,6 +30,22 @@ struct FakeMonitor final : KeyPressMonitor {
     bool isAllowed = true;
     bool isRunning = false;
     int starts = 0;
+};
+
+/// Another program's connection to the database of ana@example.com. Its transaction ends with it.
+class OtherConnection {
+public:
+    explicit OtherConnection(const char* sql = "BEGIN IMMEDIATE") {
+        EXPECT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &database_),
+                  SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    ~OtherConnection() { sqlite3_close(database_); }
+    OtherConnection(const OtherConnection&) = delete;
+    OtherConnection& operator=(const OtherConnection&) = delete;
+
+private:
+    sqlite3* database_ = nullptr;
 };
 
 /// A model with real stores in a temporary home, a clock that a test moves and a keyboard that it presses.

@@ -39,31 +39,11 @@ protected:
 };
 
 struct Callback {
-    const char* name;
     std::function<void(UpdaterDelegate&)> call;
     UpdateState before;
     UpdateState after;
     std::string line; ///< empty: no line
 };
-
-void PrintTo(const Callback& callback, std::ostream* stream) {
-    *stream << callback.name;
-}
-
-class UpdateManagerCallback : public UpdateManagerTest, public testing::WithParamInterface<Callback> {};
-
-TEST_P(UpdateManagerCallback, ChangesTheStateLaterAndWritesItsLine) {
-    enter(GetParam().before);
-    deliver();
-    GetParam().call(delegate());
-    EXPECT_EQ(fakes_.manager->state.get(), GetParam().before) << "the updater does not wait for us";
-    EXPECT_EQ(state(), GetParam().after);
-    if (GetParam().line.empty()) {
-        EXPECT_THAT(home_.log(), Not(HasSubstr("[Sparkle]")));
-    } else {
-        EXPECT_THAT(home_.log(), HasSubstr("] [Sparkle] " + GetParam().line + "\n"));
-    }
-}
 
 const AppcastItem newRelease = release("0.3.0");
 const std::string broken = "It broke.";
@@ -77,35 +57,44 @@ const auto finishBroken = [](UpdaterDelegate& d) {
     d.didFinishUpdateCycleFor(UpdateCheck::scheduled, broken);
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, UpdateManagerCallback,
-    testing::Values(
-        Callback{"begins", mayPerform, UpdateFailed{"x"}, UpdateChecking{}, "Starting update check..."},
-        Callback{"found", [](auto& d) { d.didFindValidUpdate(newRelease); }, UpdateChecking{},
-                 UpdateAvailable{"0.3.0"}, "Update found: 0.3.0"},
-        Callback{"notFound", [](auto& d) { d.updaterDidNotFindUpdate("Nothing newer."); }, UpdateChecking{},
-                 UpdateUpToDate{},
-                 "No update available (current: v" + UpdateManager::currentVersion() +
-                     "), reason: Nothing newer."},
-        Callback{"abort", abortIt, UpdateChecking{}, UpdateFailed{broken}, "Error: It broke."},
-        Callback{"abortOfADownload", abortIt, UpdateDownloading{}, UpdateDownloading{},
-                 "Abort error ignored (state: downloading(progress: 0.0)): It broke."},
-        Callback{"abortAfterTheOffer", abortIt, UpdateAvailable{"0.3.0"}, UpdateAvailable{"0.3.0"},
-                 "Abort error ignored (state: updateAvailable(version: \"0.3.0\")): It broke."},
-        Callback{"downloads", [](auto& d) { d.willDownloadUpdate(newRelease); }, UpdateAvailable{"0.3.0"},
-                 UpdateDownloading{0}, "Downloading update..."},
-        Callback{"downloaded", [](auto& d) { d.didDownloadUpdate(newRelease); }, UpdateDownloading{},
-                 UpdateReadyToInstall{}, "Download complete, ready to install"},
-        Callback{"installs", [](auto& d) { d.willInstallUpdate(newRelease); }, UpdateReadyToInstall{},
-                 UpdateReadyToInstall{}, "Installing update..."},
-        Callback{"endsBroken", finishBroken, UpdateChecking{}, UpdateFailed{broken},
-                 "Update cycle finished with error: It broke."},
-        Callback{"endsBrokenAfterAnOutcome", finishBroken, UpdateFailed{"Before."}, UpdateFailed{"Before."},
-                 "Update cycle error ignored (state already set): It broke."},
-        Callback{"endsWithoutOutcome", finishIt, UpdateChecking{}, UpdateIdle{},
-                 "Update cycle finished, state reset to idle"},
-        Callback{"endsAfterAnOutcome", finishIt, UpdateUpToDate{}, UpdateUpToDate{}, ""}),
-    [](const auto& info) { return std::string(info.param.name); });
+TEST_F(UpdateManagerTest, ChangesItsStateLaterAndWritesALine) {
+    for (const auto& [call, before, after, line] : std::vector<Callback>{
+             {mayPerform, UpdateFailed{"x"}, UpdateChecking{}, "Starting update check..."},
+             {[](auto& d) { d.didFindValidUpdate(newRelease); }, UpdateChecking{}, UpdateAvailable{"0.3.0"},
+              "Update found: 0.3.0"},
+             {[](auto& d) { d.updaterDidNotFindUpdate("Nothing newer."); }, UpdateChecking{},
+              UpdateUpToDate{},
+              "No update available (current: v" + UpdateManager::currentVersion() +
+                  "), reason: Nothing newer."},
+             {abortIt, UpdateChecking{}, UpdateFailed{broken}, "Error: It broke."},
+             {abortIt, UpdateDownloading{}, UpdateDownloading{},
+              "Abort error ignored (state: downloading(progress: 0.0)): It broke."},
+             {abortIt, UpdateAvailable{"0.3.0"}, UpdateAvailable{"0.3.0"},
+              "Abort error ignored (state: updateAvailable(version: \"0.3.0\")): It broke."},
+             {[](auto& d) { d.willDownloadUpdate(newRelease); }, UpdateAvailable{"0.3.0"},
+              UpdateDownloading{0}, "Downloading update..."},
+             {[](auto& d) { d.didDownloadUpdate(newRelease); }, UpdateDownloading{}, UpdateReadyToInstall{},
+              "Download complete, ready to install"},
+             {[](auto& d) { d.willInstallUpdate(newRelease); }, UpdateReadyToInstall{},
+              UpdateReadyToInstall{}, "Installing update..."},
+             {finishBroken, UpdateChecking{}, UpdateFailed{broken},
+              "Update cycle finished with error: It broke."},
+             {finishBroken, UpdateFailed{"Before."}, UpdateFailed{"Before."},
+              "Update cycle error ignored (state already set): It broke."},
+             {finishIt, UpdateChecking{}, UpdateIdle{}, "Update cycle finished, state reset to idle"},
+             {finishIt, UpdateUpToDate{}, UpdateUpToDate{}, ""}}) {
+        SCOPED_TRACE(describe(before) + ", " + line);
+        std::filesystem::remove(home_.path() / "fernhollow_debug.log");
+        enter(before);
+        deliver();
+        call(delegate());
+        EXPECT_EQ(fakes_.manager->state.get(), before) << "the updater does not wait for us";
+        EXPECT_EQ(state(), after);
+        EXPECT_THAT(home_.log(),
+                    line.empty() ? Not(HasSubstr("[Sparkle]"))
+                                 : testing::Matcher<std::string>(HasSubstr("] [Sparkle] " + line + "\n")));
+    }
+}
 
 TEST_F(UpdateManagerTest, ShowsAClickAtOnceAndHandsItOn) {
     EXPECT_EQ(state(), UpdateState(UpdateIdle{}));
@@ -129,13 +118,10 @@ TEST_F(UpdateManagerTest, MirrorsWhetherACheckCanBegin) {
         deliver();
         EXPECT_EQ(fakes_.manager->canCheckForUpdates.get(), canCheck);
     }
-    EXPECT_TRUE(fakes_.updater->userDriverDelegate.supportsGentleScheduledUpdateReminders());
-}
-
-TEST_F(UpdateManagerTest, SaysThatAWindowWillComeUp) {
-    enter(UpdateAvailable{"0.3.0"});
-    fakes_.updater->userDriverDelegate.standardUserDriverWillHandleShowingUpdate(true, release("0.3.0"));
-    EXPECT_EQ(state(), UpdateState(UpdateAvailable{"0.3.0"}));
+    auto& driverDelegate = fakes_.updater->userDriverDelegate;
+    EXPECT_TRUE(driverDelegate.supportsGentleScheduledUpdateReminders());
+    driverDelegate.standardUserDriverWillHandleShowingUpdate(true, newRelease);
+    deliver();
     EXPECT_THAT(home_.log(), HasSubstr("[Sparkle] Will show update UI for 0.3.0\n"));
 }
 
