@@ -3,7 +3,6 @@
 #include "App/Lists/AppListView.h"
 #include "Model/ModelFixture.h"
 
-#include <QRegion>
 #include <QTest>
 
 #include <string>
@@ -43,22 +42,6 @@ protected:
             rows.push_back(model->index(row, 0).data(Qt::AccessibleTextRole).toString().toStdString());
         }
         return rows;
-    }
-};
-
-/// What is drawn of a widget.
-class PaintedRegion : public QObject {
-public:
-    explicit PaintedRegion(QWidget* widget) { widget->installEventFilter(this); }
-
-    QRegion region;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint) {
-            region += static_cast<QPaintEvent*>(event)->region();
-        }
-        return QObject::eventFilter(watched, event);
     }
 };
 

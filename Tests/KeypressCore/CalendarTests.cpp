@@ -1,8 +1,5 @@
 #include "KeypressCore/Calendar.h"
-#include "Support/FakeClock.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <ctime>
 #include <filesystem>
@@ -10,13 +7,8 @@
 #include <tuple>
 #include <vector>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using tests::at;
-using tests::EnvironmentGuard;
-using tests::TemporaryHome;
 
 TEST(CalendarDays, AreCountedByTheirDatesNotByTheirHours) {
     const Calendar berlin("Europe/Berlin"); // 29 March 2026 has 23 hours, 25 October has 25
@@ -124,4 +116,4 @@ TEST(SystemTimeZone, LogsWhatItCannotResolve) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,22 +1,11 @@
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
-#include "Support/EventLoop.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::UnorderedElementsAre;
-using tests::await;
-using tests::contents;
-using tests::TemporaryHome;
 
 const DayKey monday("2026-01-05");
 const DayKey tuesday("2026-01-06");
@@ -172,4 +161,4 @@ TEST_F(Store, RefusesWhatIsNoDatabaseAndLeavesItAsItIs) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,17 +1,13 @@
 #include "KeypressCore/DailyCountsStore.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <fstream>
 #include <sys/stat.h>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using tests::contents;
-using tests::TemporaryHome;
 
 void write(const fs::path& file, const std::string& text) {
     std::ofstream(file, std::ios::binary) << text;
@@ -74,4 +70,4 @@ TEST(Migration, LeavesNothingBehindWhenTheCopyFails) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,18 +1,14 @@
 #include "KeypressCore/Calendar.h"
 #include "KeypressCore/DayKey.h"
-#include "Support/FakeClock.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <utility>
 #include <vector>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using tests::at;
 
 TEST(DayKeyFromInstant, ChangesAtLocalMidnight) {
     const Calendar berlin("Europe/Berlin");
@@ -63,4 +59,4 @@ TEST(DayKeyValue, IsEncodedAsItsText) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

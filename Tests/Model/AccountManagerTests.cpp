@@ -1,24 +1,16 @@
 #include "Model/AccountManager.h"
 #include "Model/KeychainStore.h"
 #include "Platform/UserDefaults.h"
-#include "Support/EventLoop.h"
-#include "Support/FakeClock.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <fstream>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using tests::await;
 
 class Account : public testing::Test {
 protected:
@@ -29,8 +21,8 @@ protected:
         return account;
     }
 
-    tests::TemporaryHome home_;
-    tests::FakeClock clock_{tests::at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 14}) + 123ms};
+    TemporaryHome home_;
+    FakeClock clock_{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 14}) + 123ms};
     std::vector<std::string> changes_;
 };
 
@@ -137,4 +129,4 @@ TEST_F(Account, SignsOutAndRemovesTheOldDatabase) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -8,12 +8,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
-using namespace std::chrono_literals;
-
 using Record = AppTracker::DailyAppStats;
 
 class AppHistoryTest : public SyncFixture {

@@ -6,9 +6,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-
 class ChangingAccounts : public ModelFixture {
 protected:
     void signInAndSettle(const std::string& email) {

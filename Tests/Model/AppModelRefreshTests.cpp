@@ -5,11 +5,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-
 class Refresh : public ModelFixture {
 protected:
     Refresh() { signIn("ana@example.com"); }

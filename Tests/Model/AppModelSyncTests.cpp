@@ -7,11 +7,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-using namespace std::chrono_literals;
-
 class AppModelSync : public SyncFixture {
 protected:
     std::int64_t shownOn(int daysAgo) {

@@ -5,10 +5,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 class Counting : public ModelFixture {
 protected:
     Counting() {

@@ -1,20 +1,11 @@
 #include "KeypressCore/DailyCountsStore.h"
 #include "Model/AppTracker.h"
 #include "Support/ApplicationIdentity.h"
-#include "Support/EventLoop.h"
-#include "Support/FakeClock.h"
 #include "Support/TaskScope.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
-
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using tests::await;
 
 using Total = AppTracker::AppStats;
 using Hour = AppTracker::HourlyAppStats;
@@ -39,9 +30,9 @@ protected:
         return std::make_shared<DailyCountsStore>(DailyCountsStore::urlForAccount(email));
     }
 
-    tests::TemporaryHome home_;
-    tests::EnvironmentGuard zone_{"TZ", "UTC"};
-    tests::FakeClock clock_{tests::at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 9, .minute = 59})};
+    TemporaryHome home_;
+    EnvironmentGuard zone_{"TZ", "UTC"};
+    FakeClock clock_{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 9, .minute = 59})};
     TaskScope tasks_;
     std::shared_ptr<DailyCountsStore> store_ = open("ana@example.com");
     std::shared_ptr<AppTracker> tracker_ = AppTracker::create(clock_, tasks_, store_);
@@ -98,4 +89,4 @@ TEST_F(Tracker, NamesApplicationsFromTheRegistryOrByTheirIdentifier) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -11,8 +11,6 @@ namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-using testing::HasSubstr;
 
 /// One day's presses as the three tables have them.
 struct Tables {

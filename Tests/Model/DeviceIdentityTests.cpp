@@ -12,9 +12,6 @@ namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
-using testing::MatchesRegex;
-using testing::Not;
 
 constexpr const char* uuid = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
 

@@ -1,16 +1,11 @@
 #include "Model/DeviceInfo.h"
-#include "Support/FakeClock.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <utility>
 #include <vector>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using tests::at;
-using tests::FakeClock;
 
 TEST(LastSeen, IsReadStrictlyOrIsNow) {
     const std::vector<std::pair<const char*, const char*>> readable{
@@ -36,4 +31,4 @@ TEST(LastSeen, IsReadStrictlyOrIsNow) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

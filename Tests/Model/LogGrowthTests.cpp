@@ -7,8 +7,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using namespace std::chrono_literals;
-
 class LogGrowth : public SyncFixture {
 protected:
     /// The bytes of two minutes, after the start's own lines.

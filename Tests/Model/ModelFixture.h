@@ -3,13 +3,10 @@
 #include "KeypressCore/DailyCountsStore.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
-#include "Support/EventLoop.h"
-#include "Support/FakeClock.h"
 #include "Support/FakeUpdaterController.h"
 #include "Support/TaskScope.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <cstdint>

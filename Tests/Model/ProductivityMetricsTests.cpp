@@ -1,9 +1,7 @@
 #include "KeypressCore/Calendar.h"
 #include "Model/ProductivityMetrics.h"
 #include "Model/RecentDays.h"
-#include "Support/FakeClock.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -11,9 +9,6 @@
 
 namespace fernhollow::tests {
 namespace {
-
-using testing::IsEmpty;
-using testing::SizeIs;
 
 const DayKey today("2026-03-05");
 
@@ -45,6 +40,7 @@ std::vector<DailyCountRow> month(int count) {
 }
 
 TEST(Metrics, FindTheFirstOfTheBusiestHours) {
+    EXPECT_EQ(calculate(0, hours({{9, 0}}), {}).peakHour, std::nullopt) << "without a press";
     const auto metrics = calculate(300, hours({{9, 120}, {14, 120}, {10, 30}, {11, 0}}), {});
     EXPECT_EQ(metrics.peakHour, 9);
     EXPECT_EQ(metrics.activeHours, 3);
@@ -53,16 +49,6 @@ TEST(Metrics, FindTheFirstOfTheBusiestHours) {
     EXPECT_EQ(metrics.todayHourly[2], (ProductivityMetrics::HourlyMetric{10, 30}));
     EXPECT_EQ(metrics.todayHourly[4], (ProductivityMetrics::HourlyMetric{4, 0}));
     EXPECT_EQ(metrics.todayHourly[23], (ProductivityMetrics::HourlyMetric{23, 0}));
-}
-
-TEST(Metrics, AreNothingWithoutAPress) {
-    const auto metrics = calculate(0, hours({{9, 0}}), {});
-    EXPECT_EQ(metrics.peakHour, std::nullopt);
-    EXPECT_EQ(metrics.activeHours, 0);
-    EXPECT_EQ(metrics.avgPerHour, 0);
-    EXPECT_EQ(metrics.avgPerDay, 0);
-    EXPECT_EQ(metrics.monthTotal, 0);
-    EXPECT_THAT(metrics.monthDaily, IsEmpty());
 }
 
 TEST(Metrics, AddUpWeeksAndMonthWithTodaysOwnTotal) {

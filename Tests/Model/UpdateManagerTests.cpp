@@ -1,16 +1,10 @@
 #include "Model/UpdateManager.h"
-#include "Support/EventLoop.h"
 #include "Support/FakeUpdaterController.h"
 #include "Support/Releases.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 namespace fernhollow::tests {
 namespace {
-
-using testing::HasSubstr;
-using testing::Not;
 
 class UpdateManagerTest : public testing::Test {
 protected:

@@ -1,8 +1,7 @@
 #include "Model/Sync/LoggedText.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/WireRecords.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <cstdint>
 

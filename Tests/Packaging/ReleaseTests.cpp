@@ -1,22 +1,16 @@
 #include "AppcastWriter.h"
 #include "Release.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 #include "Updates/Appcast.h"
 #include "Updates/UpdateError.h"
 
 #include <QProcess>
-#include <gmock/gmock.h>
 
 #include <fstream>
 #include <sys/stat.h>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using tests::contents;
 
 /// A maker at their desk, with the command.
 class ReleaseCommand : public testing::Test {
@@ -64,31 +58,26 @@ protected:
     }
 
     const std::string feedUrl = "https://example.org/appcast.xml";
-    const tests::TemporaryHome home_;
+    const TemporaryHome home_;
 };
 
-TEST_F(ReleaseCommand, MakesKeysForTheirOwnerAloneAndNeverTwice) {
-    const Done made = run({QStringLiteral("keys"), path("key")});
-    EXPECT_EQ(made.status, 0) << made.error;
-    EXPECT_THAT(made.output, MatchesRegex("[A-Za-z0-9+/]{43}=\n"));
-    EXPECT_EQ(tests::modeOf(home_.path() / "key"), 0600U);
-    EXPECT_THAT(read("key"), testing::Not(HasSubstr(made.output)));
-
+TEST_F(ReleaseCommand, MakesKeysForTheirOwnerAloneAndSignsPackages) {
+    const std::string publicKey = makeKeys();
     const std::string key = read("key");
+    EXPECT_EQ(modeOf(home_.path() / "key"), 0600U);
+    EXPECT_THAT(key, testing::Not(HasSubstr(publicKey)));
     EXPECT_THAT(run({QStringLiteral("keys"), path("key")}).error, HasSubstr("File exists"));
     EXPECT_EQ(read("key"), key);
-    EXPECT_NE(run({QStringLiteral("keys"), path("other")}).output, made.output);
-}
+    EXPECT_NE(makeKeys("other"), publicKey);
 
-TEST_F(ReleaseCommand, SignsPackages) {
-    const std::string publicKey = makeKeys();
     write("package", std::string("p\0ckage", 7));
-    const Done done = run({QStringLiteral("sign"), QStringLiteral("--key"), path("key"), path("package")});
+    const QStringList sign{QStringLiteral("sign"), QStringLiteral("--key"), path("key"), path("package")};
+    const Done done = run(sign);
     ASSERT_THAT(done.output, MatchesRegex("fernhollow:edSignature=\"[^\"]{88}\" length=\"7\"\n"));
     EXPECT_TRUE(isSignedBy(publicKey, done.output.substr(24, 88), std::string_view("p\0ckage", 7)));
 
     ::chmod((home_.path() / "key").c_str(), 0640);
-    const Done refused = run({QStringLiteral("sign"), QStringLiteral("--key"), path("key"), path("package")});
+    const Done refused = run(sign);
     EXPECT_EQ(refused.status, 1);
     EXPECT_THAT(refused.error, HasSubstr("others can read this key"));
     EXPECT_THAT(refused.output, IsEmpty());
@@ -114,14 +103,9 @@ TEST_F(ReleaseCommand, WritesAFeedThatProgramsTakeAndThatNobodyElseCanChange) {
     EXPECT_TRUE(isSignedBy(publicKey, found->edSignature, "package"));
     EXPECT_FALSE(isSignedBy(publicKey, found->edSignature, "pAckage"));
 
-    for (const auto& [from, to] :
-         {std::pair("version=\"0.2.0\"", "version=\"0.3.0\""), std::pair("Faster", "Slower"),
-          std::pair("length=\"7\"", "length=\"8\""), std::pair("/F.App", "/E.App")}) {
-        std::string changed = read("appcast.xml");
-        ASSERT_NE(changed.find(from), std::string::npos) << from;
-        changed.replace(changed.find(from), std::string_view(from).size(), to);
-        EXPECT_THROW(newestUpdate(parseAppcast(changed), host(publicKey)), UpdateError) << to;
-    }
+    std::string changed = read("appcast.xml");
+    changed.replace(changed.find("Faster"), 6, "Slower");
+    EXPECT_THROW(newestUpdate(parseAppcast(changed), host(publicKey)), UpdateError);
 }
 
 TEST_F(ReleaseCommand, KeepsOtherReleasesAndReplacesItsOwn) {
@@ -171,4 +155,4 @@ TEST_F(ReleaseCommand, WritesNothingThatProgramsWouldRefuse) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Support/EventLoop.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
 #include <list>
 #include <sstream>

@@ -1,16 +1,10 @@
 #include "Presentation/AppList.h"
 #include "Presentation/FixedDecimals.h"
 #include "Presentation/TextSearch.h"
-#include "Support/FakeClock.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
-
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using tests::at;
 
 Instant newYork(int day, int hour, int minute = 0) {
     return at("America/New_York", {.year = 2026, .month = 3, .day = day, .hour = hour, .minute = minute});
@@ -88,4 +82,4 @@ TEST(FixedDecimals, RoundLikeC) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -3,9 +3,7 @@
 #include "KeypressCore/DayKey.h"
 #include "Presentation/DashboardSeries.h"
 #include "Presentation/DayColumns.h"
-#include "Support/FakeClock.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <cstdint>
 
@@ -14,7 +12,6 @@ namespace {
 
 using DashboardSeries::calculateWeekTotals;
 using DashboardSeries::makeFilledDailyData;
-using testing::ElementsAre;
 
 using Records = std::vector<AppTracker::DailyAppStats>;
 

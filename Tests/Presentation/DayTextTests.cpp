@@ -1,14 +1,8 @@
 #include "Presentation/DayText.h"
-#include "Support/FakeClock.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
-
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using tests::at;
-using tests::EnvironmentGuard;
 
 TEST(DaysInALocale, AreWrittenAsTheLocaleDoes) {
     struct Case {
@@ -79,4 +73,4 @@ TEST(DistancesOfDays, CountDatesAndNotHours) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,9 +1,7 @@
 #include "Presentation/TextSearch.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 
-#include <gmock/gmock.h>
-
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
 TEST(NamesSearched, HoldTheTextInAnyCase) {
@@ -11,7 +9,7 @@ TEST(NamesSearched, HoldTheTextInAnyCase) {
         const char *locale, *text, *name;
         bool isFound;
     };
-    const tests::EnvironmentGuard all("LC_ALL", std::nullopt);
+    const EnvironmentGuard all("LC_ALL", std::nullopt);
     for (const auto& [locale, text, name, isFound] :
          {Case{"en_US.UTF-8", "", "Firefox", true}, Case{"en_US.UTF-8", "FOX", "Firefox", true},
           Case{"en_US.UTF-8", "foxes", "Firefox", false}, Case{"en_US.UTF-8", "I", "Visual", true},
@@ -23,7 +21,7 @@ TEST(NamesSearched, HoldTheTextInAnyCase) {
           Case{"en_US.UTF-8", "caf\u00e9", "CAFE\u0301", true}, // composed and not
           Case{"en_US.UTF-8", "cafe", "Cafe\u0301", false}, Case{"en_US.UTF-8", "(", "Editor (2)", true},
           Case{"ja_JP.UTF-8", "エディタ", "テキストエディタ", true}}) {
-        const tests::EnvironmentGuard letters("LC_CTYPE", locale);
+        const EnvironmentGuard letters("LC_CTYPE", locale);
         TextSearch search;
         search.setText(text);
         EXPECT_EQ(search.isIn(name), isFound) << text << " in " << name << ", " << locale;
@@ -31,4 +29,4 @@ TEST(NamesSearched, HoldTheTextInAnyCase) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

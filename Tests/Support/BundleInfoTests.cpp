@@ -1,18 +1,14 @@
 #include "Support/ApplicationIdentity.h"
 #include "Support/BundleInfo.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <fstream>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
-using testing::HasSubstr;
-
 TEST(BundleInfoFile, HoldsTextsAndIsEmptyAndLoggedWhenItCannotBeRead) {
-    const tests::TemporaryHome home;
+    const TemporaryHome home;
     const auto file = home.path() / "fernhollow.json";
     const auto read = [&](const char* text) {
         std::ofstream(file) << text;
@@ -43,4 +39,4 @@ TEST(BundleInfoOfTheBuild, TellsTheVersion) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,8 +1,6 @@
 #include "Support/DebugLog.h"
 #include "Support/RepeatedLog.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -22,13 +20,10 @@ extern "C" int link(const char* from, const char* to) noexcept {
     return ::linkat(AT_FDCWD, from, AT_FDCWD, to, 0);
 }
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::MatchesRegex;
-using tests::EnvironmentGuard;
-using tests::TemporaryHome;
 
 constexpr const char* stamp = "\\[[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}Z\\] ";
 
@@ -42,7 +37,7 @@ TEST(DebugLog, AppendsOneLinePerCallToAPrivateFileWithOrWithoutHardLinks) {
         hasHardLinks = true;
         EXPECT_THAT(home.log(), MatchesRegex(std::string(stamp) + "\\[First\\] line\n" + stamp + "\n" +
                                              stamp + "two\nlines\n"));
-        EXPECT_EQ(tests::modeOf(home.path() / "fernhollow_debug.log"), 0600u);
+        EXPECT_EQ(modeOf(home.path() / "fernhollow_debug.log"), 0600u);
         EXPECT_EQ(std::distance(fs::directory_iterator(home.path()), {}), 1); // no temporary file is left
     }
 }
@@ -60,7 +55,6 @@ TEST(DebugLog, LetsNoTextPassForAnEntryOrSteerATerminal) {
 }
 
 TEST(RepeatedLog, LetsAChangedSubjectThroughAtOnceAndACountNowAndThen) {
-    using namespace std::chrono_literals;
     RepeatedLog log;
     const Instant start{};
     EXPECT_TRUE(log.isDue("day 1", 5, start));
@@ -107,4 +101,4 @@ TEST(DebugLog, KeepsEveryLineOfManyThreads) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,7 +1,5 @@
 #include "Support/Localization.h"
-#include "TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 namespace fernhollow::tests {
 namespace {

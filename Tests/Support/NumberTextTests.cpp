@@ -1,15 +1,11 @@
 #include "Support/NumberText.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 #include "Support/Text.h"
-
-#include <gmock/gmock.h>
 
 #include <cstdint>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using tests::EnvironmentGuard;
 
 TEST(Numbers, AreGroupedAsTheLocaleDoes) {
     struct Case {
@@ -37,4 +33,4 @@ TEST(Addresses, AreTrimmedAndLoweredByUnicode) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,15 +1,11 @@
 #include "Support/InternetTime.h"
 #include "Support/RelativeTime.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <vector>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using tests::EnvironmentGuard;
 
 struct RelativeCase {
     const char* locale;
@@ -57,4 +53,4 @@ TEST(RelativeTimesOfTheUser, FollowTheLocaleOfDatesBeforeTheLanguage) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

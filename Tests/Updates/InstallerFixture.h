@@ -1,13 +1,10 @@
 #pragma once
 
 #include "SigningKey.h"
-#include "Support/EventLoop.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 #include "Updates/UpdateError.h"
 #include "Updates/UpdateInstaller.h"
 #include "Updates/UpdateTransfer.h"
-
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>

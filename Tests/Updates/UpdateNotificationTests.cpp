@@ -1,10 +1,9 @@
 #include "FakeNotificationServer.h"
-#include "Support/EventLoop.h"
+#include "Support/Testing.h"
 #include "Updates/UpdateNotification.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
-#include <gmock/gmock.h>
 
 namespace fernhollow::tests {
 namespace {
@@ -73,15 +72,6 @@ TEST_F(UpdateNotificationTest, ReplacesWhatIsStillShownAndTakesItBackOnce) {
     show("0.6.0");
     EXPECT_EQ(server_.replaced.last(), 0);
     EXPECT_TRUE(activated_.empty());
-}
-
-TEST(UpdateNotificationWithoutServer, SaysNothing) {
-    UpdateNotification notification(QDBusConnection::sessionBus(), [](const QByteArray&) { FAIL(); });
-    notification.show("0.3.0");
-    notification.close();
-    UpdateNotification nowhere(QDBusConnection(QString()), [](const QByteArray&) { FAIL(); });
-    nowhere.show("0.3.0");
-    nowhere.close();
 }
 
 } // namespace

@@ -1,23 +1,11 @@
-#include "Support/EventLoop.h"
-#include "Support/FakeClock.h"
+#include "InstallerFixture.h"
 #include "Support/RecordingServer.h"
 #include "Support/SignedFeed.h"
-#include "Support/TemporaryHome.h"
-#include "Updates/UpdateError.h"
-#include "Updates/UpdateTransfer.h"
-
-#include <gmock/gmock.h>
 
 #include <cstdint>
-#include <sys/stat.h>
 
 namespace fernhollow::tests {
 namespace {
-
-using namespace std::chrono_literals;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 using Answer = RecordingServer::Answer;
 using Request = RecordingServer::Request;
@@ -56,14 +44,8 @@ protected:
         return maker_.release("0.2.0", bytes_, server_.url() + path);
     }
 
-    std::vector<std::string> left() const {
-        std::vector<std::string> names;
-        if (std::filesystem::exists(folder_)) {
-            for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-                names.push_back(entry.path().filename().native());
-            }
-        }
-        return names;
+    std::set<std::string> left() const {
+        return std::filesystem::exists(folder_) ? namesIn(folder_) : std::set<std::string>();
     }
 
     template<class Work>
@@ -215,10 +197,6 @@ TEST_F(UpdateTransferTest, WritesOnlyWhereOthersCannot) {
     std::filesystem::create_directory(folder_);
     std::filesystem::permissions(folder_, std::filesystem::perms::all);
     EXPECT_THAT(package(release()), HasSubstr("is not a folder of yours alone"));
-    std::filesystem::remove(folder_);
-    std::ofstream(folder_.native()) << "a file";
-    EXPECT_THAT(outcome([&] { return contents(download(release())->file()); }),
-                HasSubstr("could not be written"));
 }
 
 TEST_F(UpdateTransferTest, RemovesItsOwnLeftoversAndNothingElse) {
@@ -230,7 +208,7 @@ TEST_F(UpdateTransferTest, RemovesItsOwnLeftoversAndNothingElse) {
     std::filesystem::create_directory_symlink(home_.path() / "precious",
                                               folder_ / "download-abc123" / "deep" / "link");
     transfer_.removeLeftovers();
-    EXPECT_THAT(left(), testing::UnorderedElementsAre("downloads", "download-link00"));
+    EXPECT_THAT(left(), testing::ElementsAre("download-link00", "downloads"));
     EXPECT_EQ(contents(home_.path() / "precious" / "file"), "kept");
 }
 

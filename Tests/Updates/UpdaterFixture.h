@@ -1,13 +1,9 @@
 #pragma once
 
-#include "Support/EventLoop.h"
-#include "Support/FakeClock.h"
 #include "Support/Releases.h"
-#include "Support/TemporaryHome.h"
+#include "Support/Testing.h"
 #include "Updates/UpdatePreferences.h"
 #include "Updates/Updater.h"
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <coroutine>

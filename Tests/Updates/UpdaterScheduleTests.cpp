@@ -3,10 +3,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class Schedule : public UpdaterFixture {
 protected:
     void agree() {
@@ -48,17 +44,11 @@ TEST_F(Schedule, AsksAtTheSecondStartAndNotBefore) {
     EXPECT_EQ(driver_->shown.back(), "dismiss");
     clock_.advance(0s);
     EXPECT_TRUE(checksItself());
-}
 
-TEST_F(Schedule, TakesNoForAnAnswer) {
+    UpdatePreferences::setAutomaticChecks(false);
     restart();
-    clock_.advance(UpdateSchedule::askDelay);
-    ASSERT_TRUE(isAsked());
-    driver_->permission.resolve(false);
-    EXPECT_EQ(clock_.sleepers(), 0);
-    restart();
-    EXPECT_EQ(clock_.sleepers(), 0);
-    check(); // by themselves they still may
+    EXPECT_EQ(clock_.sleepers(), 0) << "no is an answer";
+    check(); // a person still may
 }
 
 TEST_F(Schedule, AsksAgainNextTimeWhenNobodyAnswered) {
@@ -85,11 +75,8 @@ TEST_F(Schedule, ChecksOnceADay) {
     passHours(1);
     EXPECT_TRUE(checksItself());
     EXPECT_EQ(clock_.sleepers(), 1);
-}
 
-TEST_F(Schedule, CountsTheDayFromTheLastCheckOfAnyKindAndRun) {
-    agree();
-    check();
+    check(); // a day from the last check of any kind, also in another run
     source_->found.resolve(std::nullopt);
     passHours(20);
     restart();
@@ -175,40 +162,6 @@ TEST_F(Schedule, PassesOverWhatWasSkippedUntilAPersonAsks) {
     passHours(24);
     ASSERT_TRUE(checksItself(release("0.4.0")));
     EXPECT_EQ(driver_->shown.back(), "gently found 0.4.0");
-}
-
-TEST_F(Schedule, BecomesThePersonsWhenTheyAskMeanwhile) {
-    agree();
-    clock_.advance(UpdateSchedule::checkDelay);
-    expectCheck();
-    updater_->checkForUpdates();
-    EXPECT_THAT(takeShown(), ElementsAre("checking"));
-    source_->found.resolve(release("0.3.0"));
-    EXPECT_THAT(takeShown(), ElementsAre("found 0.3.0"));
-}
-
-TEST_F(Schedule, TellsOfAKeptDownloadWithoutAWindow) {
-    agree();
-    find();
-    choose(UpdateChoice::install);
-    finishDownload();
-    choose(UpdateChoice::later);
-    takeCalls();
-    takeShown();
-    passHours(24);
-    ASSERT_TRUE(checksItself(release("0.3.0")));
-    EXPECT_THAT(takeCalls(), ElementsAre("begin scheduled", "found 0.3.0", "downloaded", "end"));
-    EXPECT_THAT(takeShown(), IsEmpty());
-}
-
-TEST(UpdatePreferencesTest, TakesNonsenseForNothing) {
-    const TemporaryHome home;
-    UpdatePreferences::setStarts(3);
-    EXPECT_EQ(UpdatePreferences::starts(), 3);
-    UpdatePreferences::setLastCheck(Instant(5s));
-    EXPECT_EQ(UpdatePreferences::lastCheck(), Instant(5s));
-    UpdatePreferences::setLastCheck(Instant(-5s));
-    EXPECT_EQ(UpdatePreferences::lastCheck(), std::nullopt);
 }
 
 } // namespace

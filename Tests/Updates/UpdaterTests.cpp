@@ -3,10 +3,6 @@
 namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-
 class Cycle : public UpdaterFixture {};
 
 TEST_F(Cycle, TakesAPersonFromTheCheckToTheNewProgram) {
@@ -33,19 +29,22 @@ TEST_F(Cycle, TakesAPersonFromTheCheckToTheNewProgram) {
     EXPECT_TRUE(updater_->canCheckForUpdates.get());
 }
 
-TEST_F(Cycle, SaysSoWhenThereIsNothingNew) {
+TEST_F(Cycle, ShowsHowACheckEndedToThePersonWhoAskedForIt) {
+    EXPECT_EQ(source_->removals, 1) << "what an earlier run left behind";
     check();
     source_->found.resolve(std::nullopt);
     EXPECT_THAT(takeCalls(), ElementsAre("begin", "nothing", "end"));
     EXPECT_THAT(takeShown(), ElementsAre("checking", "up to date 0.2.0"));
-}
-
-TEST_F(Cycle, ShowsAFailedCheckToWhoeverAskedForIt) {
     check();
     source_->found.fail(UpdateError::Reason::feed, "No answer.");
     EXPECT_THAT(takeCalls(), ElementsAre("begin", "abort: No answer.", "end: No answer."));
     EXPECT_THAT(takeShown(), ElementsAre("checking", "error: No answer."));
     check();
+    const auto cancel = driver_->cancel;
+    cancel();
+    EXPECT_THAT(takeCalls(), ElementsAre("begin", "end"));
+    cancel(); // the button may be pressed twice
+    EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
 TEST_F(Cycle, DownloadsNothingWhereNothingCanBeInstalled) {
@@ -69,15 +68,6 @@ TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
     EXPECT_EQ(installer_->relaunches, 0);
 }
 
-TEST_F(Cycle, EndsWithoutErrorWhenTheCheckIsCancelled) {
-    check();
-    const auto cancel = driver_->cancel;
-    cancel();
-    EXPECT_THAT(takeCalls(), ElementsAre("begin", "end"));
-    cancel(); // the button may be pressed twice
-    EXPECT_THAT(takeCalls(), IsEmpty());
-}
-
 // Who heard of the download takes its end for a step; it is told once more, as the outcome of a check.
 TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
     find();
@@ -88,14 +78,12 @@ TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
                                          "abort: Not signed.", "end: Not signed."));
     EXPECT_EQ(driver_->shown.back(), "error: Not signed.");
     EXPECT_EQ(installer_->installations, 0);
-}
 
-TEST_F(Cycle, ReportsACancelledDownloadWithoutError) {
     find();
     choose(UpdateChoice::install);
     takeCalls();
     driver_->cancel();
-    EXPECT_THAT(takeCalls(), ElementsAre("end", "begin", "end"));
+    EXPECT_THAT(takeCalls(), ElementsAre("end", "begin", "end")) << "a cancelled one has no error";
     EXPECT_EQ(driver_->shown.back(), "dismiss");
 }
 
@@ -204,10 +192,6 @@ TEST_F(Cycle, NeverLooksWithoutAConfiguration) {
     EXPECT_THAT(takeShown(), ElementsAre(StartsWith("note: ")));
     EXPECT_EQ(source_->checks, 0);
     EXPECT_EQ(source_->removals, 0);
-}
-
-TEST_F(Cycle, RemovesWhatAnEarlierRunLeftBehind) {
-    EXPECT_EQ(source_->removals, 1);
 }
 
 } // namespace

@@ -2,15 +2,12 @@
 #include "App/MainWindow/MenuContentView.h"
 #include "App/Shell/AppStateHolder.h"
 #include "App/Status/UpdateStatusButton.h"
+#include "App/Widgets.h"
 #include "Model/ModelFixture.h"
 
-#include <QApplication>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
-#include <sqlite3.h>
 
 namespace fernhollow::tests {
 namespace {
@@ -30,14 +27,8 @@ protected:
 
     template<class Widget>
     Widget* shown(const QString& name) {
-        for (Widget* widget : view_->findChildren<Widget*>()) {
-            if (widget->isVisible() && (widget->text() == name || widget->accessibleName() == name)) {
-                return widget;
-            }
-        }
-        return nullptr;
+        return tests::shown<Widget>(*view_, name);
     }
-
     bool appears(const QString& text) {
         return waitUntil([&] { return shown<QLabel>(text) != nullptr; });
     }
@@ -93,20 +84,6 @@ TEST_F(MainWindow, IntroducesItselfToEachAccountOnce) {
     EXPECT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
 }
 
-TEST_F(MainWindow, FollowsTheCountWhileItIsVisible) {
-    signInByTyping(QStringLiteral("ana@example.com"));
-    ASSERT_TRUE(appears(QStringLiteral("Welcome to Fernhollow")));
-    account_->markOnboardingSeen();
-    press(1234);
-    EXPECT_TRUE(appears(QStringLiteral("1,234")));
-
-    view_->close();
-    EXPECT_FALSE(view_->isVisible());
-    press(1);
-    view_->show();
-    EXPECT_NE(shown<QLabel>(QStringLiteral("1,235")), nullptr); // right at once, without waiting for a frame
-}
-
 TEST_F(MainWindow, KeepsOneLineForALongAddress) {
     const QString address =
         QString(60, u'a') + QStringLiteral("@") + QString(60, u'b') + QStringLiteral(".example.com");
@@ -126,43 +103,23 @@ TEST_F(MainWindow, SaysThatCountsAreNotSavedWhileTheyAreNot) {
     const QString sentence = QStringLiteral("Your counts are not being saved. Fernhollow keeps trying.");
     signInByTyping(QStringLiteral("ana@example.com"));
     ASSERT_TRUE(appears(QStringLiteral("ana@example.com")));
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::optional<OtherConnection> other(std::in_place);
     press(3);
     flush();
     ASSERT_TRUE(appears(sentence));
     auto* label = shown<QLabel>(sentence);
     EXPECT_GE(label->height(), label->heightForWidth(label->width())) << "all of it can be read";
-    sqlite3_close(other);
+    other.reset();
     flush();
     EXPECT_TRUE(waitUntil([&] { return shown<QLabel>(sentence) == nullptr; }));
 }
 
-TEST_F(MainWindow, ReturnsToTheFormAfterSigningOut) {
-    signInByTyping(QStringLiteral("ana@example.com"));
-    ASSERT_TRUE(appears(QStringLiteral("ana@example.com")));
-    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Sign Out")), Qt::LeftButton);
-    EXPECT_TRUE(waitUntil([&] { return shown<QLineEdit>(QStringLiteral("Email")) != nullptr; }));
-    EXPECT_EQ(shown<QLabel>(QStringLiteral("ana@example.com")), nullptr);
-    EXPECT_EQ(account_->email(), std::nullopt);
-}
-
 TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
     auto& controller = MainWindowController::shared();
-    const auto windows = [] {
-        QWidgetList found;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (widget->windowTitle() == QStringLiteral("Fernhollow")) {
-                found.append(widget);
-            }
-        }
-        return found;
-    };
     const AppStateHolder objects{model_, account_, updates_.manager, &clock_};
     controller.toggle(objects, {});
-    ASSERT_EQ(windows().size(), 1);
-    QWidget* window = windows().first();
+    QWidget* window = windowTitled(QStringLiteral("Fernhollow"));
+    ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->size(), QSize(420, 750));
     EXPECT_EQ(window->minimumSize(), QSize(380, 500));
@@ -171,9 +128,8 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
     controller.show(objects, {});
     controller.show(objects, {});
     EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(windows().size(), 1);
     controller.close();
-    EXPECT_TRUE(windows().isEmpty());
+    EXPECT_EQ(windowTitled(QStringLiteral("Fernhollow")), nullptr) << "there was one window";
 }
 
 } // namespace

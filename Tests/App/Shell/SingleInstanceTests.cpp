@@ -1,24 +1,19 @@
 #include "App/Shell/SingleInstance.h"
-#include "Support/EventLoop.h"
-#include "Support/TemporaryHome.h"
-
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 #include <future>
 
-namespace fernhollow {
+namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(Instances, OfOneUserShareOneLock) {
-    const tests::TemporaryHome home;
+    const TemporaryHome home;
     auto first = std::make_unique<SingleInstance>();
     EXPECT_TRUE(first->acquire());
     SingleInstance second;
     EXPECT_FALSE(second.acquire());
     {
-        const tests::EnvironmentGuard elsewhere("XDG_DATA_HOME", (home.path() / "other").native());
+        const EnvironmentGuard elsewhere("XDG_DATA_HOME", (home.path() / "other").native());
         EXPECT_TRUE(SingleInstance().acquire());
     }
     first.reset();
@@ -26,15 +21,15 @@ TEST(Instances, OfOneUserShareOneLock) {
 }
 
 TEST(Instances, ShareALockWhereTheDataFolderCannotBeMade) {
-    const tests::TemporaryHome home;
-    const tests::EnvironmentGuard nowhere("XDG_DATA_HOME", "/proc/nowhere");
+    const TemporaryHome home;
+    const EnvironmentGuard nowhere("XDG_DATA_HOME", "/proc/nowhere");
     SingleInstance first;
     EXPECT_TRUE(first.acquire());
     EXPECT_FALSE(SingleInstance().acquire());
 }
 
 TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
-    const tests::TemporaryHome home;
+    const TemporaryHome home;
     std::vector<std::pair<InstanceRequest, ActivationToken>> requests;
     auto running = std::make_unique<SingleInstance>();
     ASSERT_TRUE(running->acquire());
@@ -49,12 +44,12 @@ TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
     for (const auto& sending : sendings) {
         auto sent = std::async(std::launch::async,
                                [&sending] { return SingleInstance().send(sending.first, sending.second); });
-        EXPECT_TRUE(tests::waitUntil(
+        EXPECT_TRUE(waitUntil(
             [&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         EXPECT_TRUE(sent.get());
     }
     auto quit = std::async(std::launch::async, [] { return SingleInstance().send(InstanceRequest::quit); });
-    EXPECT_TRUE(tests::waitUntil([&] { return requests.size() == 3; }));
+    EXPECT_TRUE(waitUntil([&] { return requests.size() == 3; }));
     EXPECT_NE(quit.wait_for(std::chrono::milliseconds(20)),
               std::future_status::ready); // it has not ended yet
     running.reset();
@@ -64,4 +59,4 @@ TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
 }
 
 } // namespace
-} // namespace fernhollow
+} // namespace fernhollow::tests

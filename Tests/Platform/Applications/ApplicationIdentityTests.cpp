@@ -3,7 +3,6 @@
 #include "Platform/Surroundings.h"
 
 #include <QProcess>
-#include <gmock/gmock.h>
 
 #include <unistd.h>
 

@@ -5,15 +5,12 @@
 #include "Platform/Applications/MessageLocale.h"
 #include "Platform/Surroundings.h"
 
-#include <gmock/gmock.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace fernhollow::tests {
 namespace {
 
-using testing::ElementsAre;
 using namespace std::string_literals;
 using Texts = std::vector<std::pair<std::string, std::string>>;
 

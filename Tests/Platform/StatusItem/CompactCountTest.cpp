@@ -1,6 +1,6 @@
 #include "Platform/StatusItem/CompactCount.h"
 
-#include <gmock/gmock.h>
+#include "Support/Testing.h"
 
 namespace fernhollow::tests {
 

@@ -142,18 +142,6 @@ TEST_F(StatusItemInABar, ShowsAChangeAtOnceAndANewIconWhenItDiffers) {
     EXPECT_EQ(bar.signalCounts[QStringLiteral("NewToolTip")], 2);
 }
 
-TEST_F(StatusItemInABar, AddsANoteToItsTooltipAndTakesItBack) {
-    for (const QString& note : {QStringLiteral("Nothing is saved."), QString()}) {
-        bar.signalCounts.clear();
-        item.setNote(note);
-        item.setNote(note);
-        EXPECT_TRUE(waitUntil([&] { return bar.signalCounts[QStringLiteral("NewToolTip")] == 1; }));
-        const auto toolTip = qdbus_cast<NotifierToolTip>(bar.properties()[QStringLiteral("ToolTip")]);
-        EXPECT_EQ(toolTip.title, QStringLiteral("12,345"));
-        EXPECT_EQ(toolTip.description, note);
-    }
-}
-
 TEST_F(StatusItemInABar, TellsFewOfManyChangesAndAlwaysTheLast) {
     for (int count = 1; count <= 1000; ++count) {
         item.setTitle(QString::number(count));

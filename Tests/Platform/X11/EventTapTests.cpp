@@ -62,13 +62,6 @@ TEST_F(Tap, CountsEveryPressInSomebodyElsesWindow) {
     EXPECT_EQ(losses, 0);
 }
 
-TEST_F(Tap, CountsEachRepeatOfAHeldKey) {
-    start();
-    person->down(letter);
-    EXPECT_TRUE(waitUntil([&] { return presses >= 10; }));
-    person->up(letter);
-}
-
 TEST_F(Tap, FollowsChangedKeysAndHearsNothingWhileDisabled) {
     constexpr xcb_keysym_t capsLock = 0xffe5;
     constexpr xcb_keysym_t isoLevel3Shift = 0xfe03; // AltGr, which no modifier map names
