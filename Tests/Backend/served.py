@@ -76,8 +76,6 @@ def listed(address, device):
 class Served(unittest.TestCase):
     """The server, in this process, on a port of its own."""
 
-    patience = 30
-    statement_timeout = 10
     pre_request = "fernhollow.check_request"
 
     def setUp(self):
@@ -85,11 +83,8 @@ class Served(unittest.TestCase):
 
     def restart(self, pre_request):
         """A server of its own, which lives to the end of the test."""
-        handler = type("Handler", (server.Handler,), {"timeout": self.patience})
-        behind = database.Database(
-            AUTHENTICATOR, statement_timeout=self.statement_timeout, pre_request=pre_request
-        )
-        served = server.Server(0, api.Api(behind, SECRET), handler=handler)
+        behind = database.Database(AUTHENTICATOR, pre_request=pre_request)
+        served = server.Server(0, api.Api(behind, SECRET))
         threading.Thread(target=served.serve_forever, args=[0.05]).start()
         for end in (behind.close, served.server_close, served.shutdown):
             self.addCleanup(end)
