@@ -12,9 +12,9 @@ sys.path.insert(0, str(TOP / "Tests" / "EndToEnd"))
 
 from harness.clock import FakedClock  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
-from harness.history import AccountServer, History  # noqa: E402
 from harness.program import Program  # noqa: E402
 from harness.waiting import wait_until  # noqa: E402
+from history import AccountServer, History  # noqa: E402
 
 ADDRESS = "ana@example.org"
 NOW = "2026-03-10 16:20:00"

@@ -11,7 +11,7 @@ import sys
 import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
-sys.path.insert(0, str(TOP / "Tests" / "EndToEnd"))
+sys.path[:0] = [str(TOP / "Tests" / "EndToEnd"), str(TOP / "scripts")]
 
 from harness import processes  # noqa: E402
 from harness.desktop import Desktop, home_folders  # noqa: E402

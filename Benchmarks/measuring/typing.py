@@ -7,7 +7,7 @@ import subprocess
 import time
 
 from harness.backend import Backend
-from harness.history import History
+from history import History
 
 from .figures import Figure, Samples, at_most
 from .meter import usage

@@ -1,30 +1,43 @@
-"""The windows with a month of work behind them: every day opened by its bar, typing, searching, accounts."""
+"""The windows with a month of work behind them: every day opened by its bar, typing, searching."""
 
+import contextlib
 import datetime
+import sqlite3
 import unittest
 
 from harness.terminal import Terminal
 from harness.case import DesktopTest, letters
-from harness.history import AccountServer, History
 from harness.waiting import wait_until
 
 ANA = "ana@example.com"
 LAST = "2026-03-10"
 
 
+class History:
+    """Counts of the last 20 days, each of another size, by one application."""
+
+    def __init__(self):
+        last = datetime.date.fromisoformat(LAST)
+        self.days = {str(last - datetime.timedelta(days=age)): 1000 + 111 * age for age in range(20)}
+
+    def fill(self, file):
+        with contextlib.closing(sqlite3.connect(file)) as database, database:
+            for day, count in self.days.items():
+                database.execute("INSERT INTO daily_counts VALUES (?, ?, 1)", (day, count))
+                database.execute("INSERT INTO hourly_counts VALUES (?, 9, ?, 1)", (day, count))
+                database.execute("INSERT INTO app_hour_counts VALUES (?, 9, 'org.example.code', ?, 1)", (day, count))
+
+
 class Dashboard(DesktopTest):
     def setUp(self):
         super().setUp()
-        self.history = History(LAST, hour=13)
-        self.server = AccountServer(ANA, self.history)
-        self.addCleanup(self.server.end)
-        self.program.backend = self.server
+        self.history = History()
         self.program.prepare(ANA, self.history)
         self.program.start()
         self.window = self.program.open_window()
         self.desktop.focus(self.window)
         self.accessible = self.program.accessible()
-        self.expect_shown(f"{self.history.days()[LAST]:,}")
+        self.expect_shown(f"{self.history.days[LAST]:,}")
 
     def expect_shown(self, text):
         wait_until(lambda: text in self.accessible.texts(), f"{text!r} in the window", 60)
@@ -36,7 +49,7 @@ class Dashboard(DesktopTest):
 
     def expect_days(self):
         """Waits until each bar says the count of its day."""
-        totals = self.history.days()
+        totals = self.history.days
         last = datetime.date.fromisoformat(LAST)
         expected = []
         for age in reversed(range(15)):
@@ -55,7 +68,7 @@ class Dashboard(DesktopTest):
                 date = datetime.date.fromisoformat(LAST) - datetime.timedelta(days=age)
                 title = f"Day Details - {date:%b} {date.day}, {date.year}"
                 wait_until(lambda title=title: self.desktop.window_titled(title), title)
-                total = self.history.days().get(date.isoformat(), 0)
+                total = self.history.days.get(date.isoformat(), 0)
                 self.expect_shown(f"{total:,}")
         self.desktop.press("Escape")
         wait_until(lambda: not self.desktop.window_titled("Day Details.*"), "the end of the day's window")
@@ -63,7 +76,7 @@ class Dashboard(DesktopTest):
     def test_follows_typing_and_searches(self):
         terminal = Terminal(self.desktop)
         terminal.focus()
-        before = self.history.days()[LAST]
+        before = self.history.days[LAST]
         text = letters(120)
         self.desktop.type(text, 20)
         self.expect_shown(f"{before + len(text):,}")
@@ -74,21 +87,6 @@ class Dashboard(DesktopTest):
         wait_until(lambda: rows() == [f"{terminal.name}, {len(text)} key presses"], "the row searched for")
         self.desktop.type("?", 30)
         wait_until(lambda: rows() == [], "no row")
-
-    def sign_out(self):
-        self.program.click("push button", "Sign Out")
-        self.program.click("text")
-        self.desktop.press("ctrl+a", "BackSpace")  # it keeps the address of who was here before
-
-    def test_another_account_begins_with_its_own_introduction_and_figures(self):
-        self.sign_out()
-        self.program.sign_in("bea@example.com")
-        first = self.program.first_count()
-        self.expect_shown(f"{first:,}")
-        self.assertNotIn(f"{self.history.days()[LAST]:,}", self.accessible.texts())
-        self.sign_out()
-        self.program.sign_in(ANA)
-        self.expect_shown(f"{self.history.days()[LAST]:,}")
 
 
 if __name__ == "__main__":

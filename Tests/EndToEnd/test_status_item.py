@@ -20,14 +20,6 @@ class OnADesktopWithoutAnyHost(DesktopTest):
         self.program.start()
         wait_until(self.program.window, "the window", PATIENCE)
 
-    def test_an_item_appears_with_its_host_and_returns_with_it(self):
-        self.program.start()
-        for _ in range(2):
-            watcher = self.desktop.start_watcher()
-            wait_until(lambda: self.program.count() is not None, "the item", PATIENCE)
-            processes.end(watcher)
-        self.program.expect_running()
-
 
 class OnADesktopWithAHost(DesktopTest):
     def test_a_click_on_the_item_opens_and_hides_the_window(self):

@@ -24,13 +24,7 @@ class Backend:
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-backend-"))
         self._process = None
         self.port = 0
-        started = subprocess.run(
-            [POSTGRES, "start", self._folder / "postgres"],
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=120,
-        )
+        started = processes.run([POSTGRES, "start", self._folder / "postgres"], None, 120)
         if started.returncode != 0:
             raise AssertionError(f"PostgreSQL did not start: {started.stderr}")
         self._owner, self._authenticator = started.stdout.splitlines()[:2]
@@ -39,9 +33,7 @@ class Backend:
         """Starts the interface, on the port that it had before."""
         command = [INTERFACE, "--database", self._authenticator, "--port", self.port]
         log = self._folder / "interface.log"
-        self._process = processes.start(
-            command, dict(os.environ), log, stdout=subprocess.PIPE, text=True
-        )
+        self._process = processes.start(command, dict(os.environ), log, stdout=subprocess.PIPE, text=True)
         ready = self._process.stdout.readline()
         found = re.search(r":(\d+)$", ready.strip())
         if not found:
@@ -62,13 +54,7 @@ class Backend:
     def rows(self, query):
         """The rows of a query as lists, with the rights of the database's owner."""
         sql = f"SELECT coalesce(json_agg(row_to_json(q)), '[]') FROM ({query}) AS q"
-        done = subprocess.run(
-            ["psql", "-X", "-q", "-At", "-d", self._owner, "-c", sql],
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=60,
-        )
+        done = processes.run(["psql", "-X", "-q", "-At", "-d", self._owner, "-c", sql], None, 60)
         if done.returncode != 0:
             raise AssertionError(done.stderr)
         return [list(row.values()) for row in json.loads(done.stdout)]
@@ -80,18 +66,12 @@ class Backend:
     def tables(self, address, device):
         """What one device has sent, in the form of the tables of its own database."""
         where = f"WHERE customer_email = '{address}' AND device_id = '{device}'"
+        hours = self.rows(f"SELECT day, hour, count FROM device_hour_counts {where}")
+        applications = self.rows(f"SELECT day, hour, bundle_id, count FROM device_app_hour_counts {where}")
         return {
             "daily": dict(self.rows(f"SELECT day, count FROM device_day_counts {where}")),
-            "hourly": {
-                (day, hour): count
-                for day, hour, count in self.rows(f"SELECT day, hour, count FROM device_hour_counts {where}")
-            },
-            "applications": {
-                (day, hour, application): count
-                for day, hour, application, count in self.rows(
-                    f"SELECT day, hour, bundle_id, count FROM device_app_hour_counts {where}"
-                )
-            },
+            "hourly": {tuple(row[:2]): row[2] for row in hours},
+            "applications": {tuple(row[:3]): row[3] for row in applications},
         }
 
 

@@ -7,6 +7,7 @@ import unittest
 from .clock import FakedClock
 from .desktop import Desktop
 from .program import Program
+from .terminal import Terminal
 
 
 class DesktopTest(unittest.TestCase):
@@ -31,6 +32,22 @@ class DesktopTest(unittest.TestCase):
         if self._outcome and not self._outcome.success and hasattr(self, "program"):
             print(f"\n=== {self.id()}\n{self.program.report()}", file=sys.stderr)
         return super().doCleanups()
+
+
+class TerminalTest(DesktopTest):
+    """A person who types in a terminal."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.terminal = Terminal(cls.desktop)
+
+    def type(self, count):
+        """Types in the terminal and waits until the presses are counted."""
+        before = self.program.counted()
+        self.terminal.focus()
+        self.desktop.type(letters(count))
+        self.program.expect_count(before + count)
 
 
 class Ledger:

@@ -58,14 +58,7 @@ class Desktop:
 
     def run(self, *command, check=True):
         """Runs a short command on this desktop and returns what it printed."""
-        done = subprocess.run(
-            [str(part) for part in command],
-            env=self.environment,
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=60,
-        )
+        done = processes.run([str(part) for part in command], self.environment, 60)
         if check and done.returncode != 0:
             raise AssertionError(f"{' '.join(map(str, command))}: {done.stderr.strip() or done.returncode}")
         return done.stdout.strip()
@@ -110,10 +103,8 @@ class Desktop:
 
     def windows(self, application_class):
         """Ids of the visible windows whose class or instance is `application_class`."""
-        found = self.run(
-            "xdotool", "search", "--onlyvisible", "--class", f"^{application_class}$", check=False
-        )
-        return found.split()
+        pattern = f"^{application_class}$"
+        return self.run("xdotool", "search", "--onlyvisible", "--class", pattern, check=False).split()
 
     def window_titled(self, title):
         found = self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$", check=False)
@@ -141,13 +132,9 @@ class Desktop:
         for panel in self.windows("tint2"):
             tree = self.run("xwininfo", "-id", panel, "-tree", check=False)
             children = re.findall(r"^ +0x.* (\d+)x(\d+)\+\d+\+\d+ +\+(\d+)\+(\d+)$", tree, re.MULTILINE)
-            icons = [
-                (int(x), int(y), int(width), int(height))
-                for width, height, x, y in children
-                if int(width) > 1
-            ]
-            if icons:
-                return icons[-1]
+            for width, height, x, y in reversed(children):
+                if int(width) > 1:
+                    return int(x), int(y), int(width), int(height)
         return None
 
     def window_area(self, window):
@@ -212,18 +199,8 @@ class Desktop:
     def _start_display(self):
         reading, writing = os.pipe()
         # Without -noreset the server starts anew whenever its last client leaves.
-        command = [
-            "Xvfb",
-            "-displayfd",
-            writing,
-            "-screen",
-            "0",
-            f"{self._size}x24",
-            "-noreset",
-            "-nolisten",
-            "tcp",
-        ]
-        self._display = self.spawn(command, pass_fds=[writing])
+        command = f"Xvfb -displayfd {writing} -screen 0 {self._size}x24 -noreset -nolisten tcp"
+        self._display = self.spawn(command.split(), pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
@@ -232,11 +209,8 @@ class Desktop:
         self.environment["DISPLAY"] = f":{number}"
 
     def _start_bus(self):
-        self._bus = self.spawn(
-            ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address"],
-            stdout=subprocess.PIPE,
-            text=True,
-        )
+        command = "dbus-daemon --session --nofork --nopidfile --print-address".split()
+        self._bus = self.spawn(command, stdout=subprocess.PIPE, text=True)
         address = self._bus.stdout.readline().strip()
         if not address:
             raise AssertionError("the session bus did not start: " + self._log("dbus-daemon"))

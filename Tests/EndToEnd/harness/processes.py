@@ -26,6 +26,13 @@ def start(command, environment, log, **options):
         )
 
 
+def run(command, environment, seconds):
+    """Runs a command to its end and returns what became of it."""
+    return subprocess.run(
+        command, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=seconds
+    )
+
+
 def end(child, seconds=5):
     """Asks a child to end, then insists."""
     if child.poll() is None:

@@ -22,6 +22,7 @@ from .waiting import wait_for_value, wait_until
 IDENTIFIER = "app.fernhollow.Fernhollow"
 ITEM = "org.kde.StatusNotifierItem"
 WATCHER = "org.kde.StatusNotifierWatcher"
+PROPERTIES = "org.freedesktop.DBus.Properties"
 # Sanitized builds are slower by far; only the limits of our patience depend on it.
 PATIENCE = 60 if os.environ.get("FERNHOLLOW_SANITIZED") else 20
 
@@ -84,11 +85,8 @@ class Program:
         started = "[KeyboardMonitor] Started successfully"
         before = self.log().count(started)
         self.launch()
-        wait_until(
-            lambda: self.log().count(started) > before or self.process.poll() is not None,
-            "the program counting",
-            PATIENCE,
-        )
+        counts_or_ended = lambda: self.log().count(started) > before or self.process.poll() is not None
+        wait_until(counts_or_ended, "the program counting", PATIENCE)
         self.expect_running()
         return self
 
@@ -99,14 +97,7 @@ class Program:
 
     def command(self, *arguments):
         """Starts the program a second time, with or without arguments, and returns what became of it."""
-        return subprocess.run(
-            [self.executable, *arguments],
-            env=self.environment(),
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=PATIENCE,
-        )
+        return processes.run([self.executable, *arguments], self.environment(), PATIENCE)
 
     def quit(self):
         """Asks the running program to end; returns once it has."""
@@ -140,17 +131,13 @@ class Program:
         """The title of the status item, or None while there is none."""
         try:
             item = self._item()
-            return (
-                item
-                and self._ask(*item, "org.freedesktop.DBus.Properties", "Get", "(ss)", (ITEM, "Title"))[0]
-            )
+            return item and self._ask(*item, PROPERTIES, "Get", "(ss)", (ITEM, "Title"))[0]
         except GLib.Error:
             return None
 
     def note(self):
         """What the item's tooltip adds to the title."""
-        properties = "org.freedesktop.DBus.Properties"
-        return self._ask(*self._item(), properties, "Get", "(ss)", (ITEM, "ToolTip"))[0][3]
+        return self._ask(*self._item(), PROPERTIES, "Get", "(ss)", (ITEM, "ToolTip"))[0][3]
 
     def count(self):
         """The title as a number."""
@@ -169,15 +156,8 @@ class Program:
         self._ask(*item, ITEM, "Activate", "(ii)", (0, 0))
 
     def _item(self):
-        properties = "org.freedesktop.DBus.Properties"
-        (items,) = self._ask(
-            WATCHER,
-            "/StatusNotifierWatcher",
-            properties,
-            "Get",
-            "(ss)",
-            (WATCHER, "RegisteredStatusNotifierItems"),
-        )
+        asked = (WATCHER, "RegisteredStatusNotifierItems")
+        (items,) = self._ask(WATCHER, "/StatusNotifierWatcher", PROPERTIES, "Get", "(ss)", asked)
         if len(items) > 1:
             raise AssertionError(f"more than one status item: {items}")
         name, _, path = items[0].partition("/") if items else ("", "", "")
@@ -188,18 +168,8 @@ class Program:
         address = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
         bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
         try:
-            answer = bus.call_sync(
-                service,
-                path,
-                interface,
-                method,
-                GLib.Variant(signature, arguments),
-                None,
-                Gio.DBusCallFlags.NONE,
-                5000,
-                None,
-            )
-            return answer.unpack()
+            given, plain = GLib.Variant(signature, arguments), Gio.DBusCallFlags.NONE
+            return bus.call_sync(service, path, interface, method, given, None, plain, 5000, None).unpack()
         finally:
             bus.close_sync(None)
 
@@ -222,10 +192,8 @@ class Program:
     def click(self, role, name=None):
         """Clicks on the middle of a widget, as a hand would, once it is there."""
         accessible = self.accessible()
-        node = wait_until(
-            lambda: accessible.shown(role, name), f"{role} {name or ''} in the window", PATIENCE
-        )[0]
-        self.desktop.click(*accessible.centre(node))
+        found = wait_until(lambda: accessible.shown(role, name), f"{role} {name or ''} in the window", PATIENCE)
+        self.desktop.click(*accessible.centre(found[0]))
 
     def type_address(self, address):
         """Opens the window and types into the e-mail field."""
@@ -274,19 +242,14 @@ class Program:
         """The four tables without their time stamps."""
         uri = self.database(address).as_uri() + "?mode=ro"
         with contextlib.closing(sqlite3.connect(uri, uri=True)) as database:
+            read = database.execute
             return {
-                "daily": dict(database.execute("SELECT day, count FROM daily_counts")),
-                "hourly": {
-                    (day, hour): count
-                    for day, hour, count in database.execute("SELECT day, hour, count FROM hourly_counts")
-                },
+                "daily": dict(read("SELECT day, count FROM daily_counts")),
+                "hourly": {tuple(row[:2]): row[2] for row in read("SELECT day, hour, count FROM hourly_counts")},
                 "applications": {
-                    (day, hour, application): count
-                    for day, hour, application, count in database.execute(
-                        "SELECT day, hour, bundle_id, count FROM app_hour_counts"
-                    )
+                    tuple(row[:3]): row[3] for row in read("SELECT day, hour, bundle_id, count FROM app_hour_counts")
                 },
-                "registry": dict(database.execute("SELECT bundle_id, app_name FROM app_registry")),
+                "registry": dict(read("SELECT bundle_id, app_name FROM app_registry")),
             }
 
     def device(self):

@@ -16,16 +16,13 @@ APP_RUN = '#!/bin/sh\nexec "$APPDIR/usr/lib/fernhollow/fernhollow" "$@"\n'
 
 
 class Site:
-    """Serves a folder on this machine. `altered` maps a file's name to what is sent in its place; of the names
-    in `stalled` only the first half is sent before the connection falls silent."""
+    """Serves a folder on this machine. `altered` maps a file's name to what is sent in its place."""
 
     def __init__(self, folder):
         self.folder = folder
         self.folder.mkdir()
         self.altered = {}
-        self.stalled = set()
         self.requests = []
-        self._released = threading.Event()
         self._server = http.server.ThreadingHTTPServer(
             ("127.0.0.1", 0), functools.partial(_Visit, self)
         )
@@ -34,18 +31,13 @@ class Site:
         threading.Thread(target=self._server.serve_forever, daemon=True).start()
 
     def end(self):
-        self._released.set()
         self._server.shutdown()
         self._server.server_close()
 
     def behave(self):
         """Serves what is there, from now on."""
         self.altered = {}
-        self.stalled = set()
         self.requests = []
-
-    def wait_silently(self):
-        self._released.wait()
 
 
 class _Visit(http.server.BaseHTTPRequestHandler):
@@ -63,11 +55,6 @@ class _Visit(http.server.BaseHTTPRequestHandler):
         self.send_response(200)
         self.send_header("Content-Length", str(len(body)))
         self.end_headers()
-        if name in self.site.stalled:
-            self.wfile.write(body[: len(body) // 2])
-            self.site.requests.append(name)
-            self.site.wait_silently()
-            return
         try:
             self.wfile.write(body)
         except OSError:

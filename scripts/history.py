@@ -78,25 +78,20 @@ class History:
     def fill(self, file):
         """Adds all of it to a database that the program made."""
         with contextlib.closing(sqlite3.connect(file)) as database, database:
-            database.executemany(
-                "INSERT INTO app_registry (bundle_id, app_name, first_seen) VALUES (?, ?, 1)",
-                self.names.items(),
-            )
+            write = database.executemany
+            write("INSERT INTO app_registry (bundle_id, app_name, first_seen) VALUES (?, ?, 1)", self.names.items())
             hours = {}
-            for (day, hour, application), count in self.counts.items():
+            for (day, hour, _), count in self.counts.items():
                 hours[day, hour] = hours.get((day, hour), 0) + count
-                database.execute(
-                    "INSERT INTO app_hour_counts (day, hour, bundle_id, count, updated_at) "
-                    "VALUES (?, ?, ?, ?, 1)",
-                    (day, hour, application, count),
-                )
-            database.executemany(
+            write(
+                "INSERT INTO app_hour_counts (day, hour, bundle_id, count, updated_at) VALUES (?, ?, ?, ?, 1)",
+                ((*key, count) for key, count in self.counts.items()),
+            )
+            write(
                 "INSERT INTO hourly_counts (day, hour, count, updated_at) VALUES (?, ?, ?, 1)",
-                ((day, hour, count) for (day, hour), count in hours.items()),
+                ((*key, count) for key, count in hours.items()),
             )
-            database.executemany(
-                "INSERT INTO daily_counts (day, count, updated_at) VALUES (?, ?, 1)", self.days().items()
-            )
+            write("INSERT INTO daily_counts (day, count, updated_at) VALUES (?, ?, 1)", self.days().items())
 
 
 class AccountServer:
