@@ -1,6 +1,7 @@
 #include "Model/AppHistory.h"
 
 #include "KeypressCore/DayKey.h"
+#include "Model/TodayCounts.h"
 #include "Support/DebugLog.h"
 
 #include <algorithm>
@@ -36,7 +37,8 @@ AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, co
         for (const auto& [bundleId, here] : apps) {
             const auto known = result.find(day);
             const bool isKnown = known != result.end() && known->second.contains(bundleId);
-            if (here.count > (isKnown ? known->second.at(bundleId).count : 0)) {
+            const std::int64_t there = isKnown ? known->second.at(bundleId).count : 0;
+            if (accountWide(here.count, there) != there) { // else the backend's name stays with its count
                 result[day][bundleId] = here;
             }
         }

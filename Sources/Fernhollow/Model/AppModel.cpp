@@ -129,7 +129,7 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     todayCount.set(0);
     todayCountAggregated.set(0);
     last30Days.set({});
-    historyInputs_.reset();
+    shownHistory_.reset();
     metrics.set(std::nullopt);
     appHistoryInputs_.reset();
     currentDay_ = DayKey(clock_.now(), calendar_);

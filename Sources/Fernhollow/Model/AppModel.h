@@ -3,12 +3,12 @@
 #include "KeypressCore/Calendar.h"
 #include "KeypressCore/CountBatch.h"
 #include "KeypressCore/DayKey.h"
+#include "Model/AccountFigures.h"
 #include "Model/AppTracker.h"
 #include "Model/CloudSyncCoordinator.h"
-#include "Model/DailyCountPoint.h"
+#include "Model/DailyHistory.h"
 #include "Model/DeviceIdentity.h"
 #include "Model/KeyPressMonitor.h"
-#include "Model/ProductivityMetrics.h"
 #include "Model/RecentDays.h"
 #include "Support/Clock.h"
 #include "Support/NumberText.h"
@@ -114,33 +114,13 @@ private:
     void replaceStore(Loss loss);
     void closeStore();
     QCoro::Task<> refreshTodayFromDisk();
-    void showToday(std::int64_t remoteTotal);
+    void showToday(std::optional<std::int64_t> remoteTotal);
     QCoro::Task<> refreshLast30DaysFromDisk();
-    struct HistoryInputs {
-        DayKey day;
-        Instant noon;  // of today, which also changes with the time zone
-        Instant first; // no earlier day is shown
-        std::int64_t today = 0;
-        std::vector<DailyCountRow> rows;
-        std::shared_ptr<const HistoryCache> remote; // null without a sync engine, here and below
-
-        bool operator==(const HistoryInputs&) const = default;
-    };
-    std::vector<DailyCountPoint> history(const HistoryInputs& inputs);
+    void logHistory(const DailyHistory& history, const std::vector<DailyCountPoint>& points);
     void followSending();
     bool isTimeForDevices() const;
     QCoro::Task<> refreshDevices();
 
-    struct MetricsInputs {
-        DayKey day;
-        Instant noon;
-        std::int64_t today = 0;
-        std::shared_ptr<const HistoryCache> history;
-        std::shared_ptr<const HourlyCache> hourly;
-        std::vector<HourlyCountRow> rows;
-
-        bool operator==(const MetricsInputs&) const = default;
-    };
     struct AppHistoryInputs {
         std::shared_ptr<const AppDailyCache> remote;
         Instant noon;
@@ -159,8 +139,6 @@ private:
     };
     Reads askForFigures() const;
     QCoro::Task<> recalculateMetrics(Reads reads);
-    ProductivityMetrics calculateMetrics(const MetricsInputs& inputs,
-                                         const std::vector<RecentDays::Day>& days, Instant now) const;
     QCoro::Task<> refreshAppHistory(Reads reads);
 
     static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
@@ -206,8 +184,8 @@ private:
     std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
     RecentDays recentDays_;
-    std::optional<HistoryInputs> historyInputs_;       // of what is published
-    MetricsInputs metricsInputs_;                      // likewise
+    std::optional<DailyHistory> shownHistory_;
+    AccountFigures shownFigures_;
     std::optional<AppHistoryInputs> appHistoryInputs_; // absent once today's totals changed
     std::optional<std::string> currentAccountEmail_;
     DeviceIdentity identity_;

@@ -1,10 +1,10 @@
-// How the model notices a new day and reads its figures again.
+// How the model notices a new day and reads its counts, its history and its figures again.
 
-#include "KeypressCore/CountLimits.h"
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
+#include "Model/TodayCounts.h"
 #include "Support/DebugLog.h"
 #include "Support/Sleep.h"
 #include "Support/TaskScope.h"
@@ -109,7 +109,7 @@ QCoro::Task<> AppModel::refreshFromDisk() {
         debugLog("[AppModel] Cloud caches reset after day rollover");
     }
     if (!store_) {
-        todayCountAggregated.set(std::max(pending_, todayCountAggregated.get()));
+        todayCountAggregated.set(accountWide(pending_, todayCountAggregated.get()));
         co_await refreshLast30DaysFromDisk();
         co_return;
     }
@@ -156,7 +156,10 @@ QCoro::Task<> AppModel::refreshTodayFromDisk() {
     const auto cloudSync = cloudSync_;
     try {
         auto stored = store->count(day); // on its way before the other answer is waited for
-        const std::int64_t remoteTotal = cloudSync ? co_await cloudSync->getAggregatedTodayTotal() : 0;
+        std::optional<std::int64_t> remoteTotal;
+        if (cloudSync) {
+            remoteTotal = co_await cloudSync->getAggregatedTodayTotal();
+        }
         const std::int64_t count = co_await stored;
         if (store != store_ || day != currentDay_ || writes != dailyWrites_) {
             co_return; // another account's or day's count, or one that lacks what left `pending` meanwhile
@@ -168,20 +171,12 @@ QCoro::Task<> AppModel::refreshTodayFromDisk() {
     }
 }
 
-void AppModel::showToday(std::int64_t remoteTotal) {
-    const std::int64_t aggregated = std::max(localTodayCount_, todayCountAggregated.get());
-    if (!cloudSync_) {
-        todayCount.set(localTodayCount_);
-        todayCountAggregated.set(aggregated);
-    } else if (localTodayCount_ == 0 && remoteTotal >= 1 && remoteTotal <= maximumAccountDay) {
-        todayCountAggregated.set(remoteTotal);
-        todayCount.set(remoteTotal);
-        if (remoteTotalLog_.isDue(currentDay_.rawValue, remoteTotal, clock_.now())) {
-            debugLog("[AppModel] Using remote aggregated: " + std::to_string(remoteTotal) + " (local was 0)");
-        }
-    } else {
-        todayCountAggregated.set(aggregated);
-        todayCount.set(aggregated);
+void AppModel::showToday(std::optional<std::int64_t> remoteTotal) {
+    const auto counts = TodayCounts::of(localTodayCount_, todayCountAggregated.get(), remoteTotal);
+    todayCountAggregated.set(counts.account);
+    todayCount.set(counts.device);
+    if (counts.isRemote && remoteTotalLog_.isDue(currentDay_.rawValue, counts.account, clock_.now())) {
+        debugLog("[AppModel] Using remote aggregated: " + std::to_string(counts.account) + " (local was 0)");
     }
 }
 
@@ -189,28 +184,95 @@ QCoro::Task<> AppModel::refreshLast30DaysFromDisk() {
     const auto self = shared_from_this();
     const auto store = store_;
     const Instant now = clock_.now();
-    HistoryInputs inputs;
-    inputs.day = currentDay_;
+    DailyHistory history;
+    history.day = currentDay_;
     const auto& days = recentDays_.upTo(now, calendar_);
-    inputs.noon = days.back().noon;
-    inputs.first = std::max(days.front().noon, AppTracker::minValidDate(clock_));
+    history.noon = days.back().noon;
+    history.first = std::max(days.front().noon, AppTracker::minValidDate(clock_));
     if (store) {
         try {
-            auto rows = store->fetchCounts(DayKey(inputs.first, calendar_), inputs.day);
+            auto rows = store->fetchCounts(DayKey(history.first, calendar_), history.day);
             if (const auto cloudSync = cloudSync_) {
-                inputs.remote = co_await cloudSync->getAggregatedHistory();
+                history.remote = co_await cloudSync->getAggregatedHistory();
             }
-            inputs.rows = co_await rows;
+            history.rows = co_await rows;
         } catch (const DailyCountsStoreError&) {
-            inputs.rows.clear(); // the history then shows what the backend knows
+            history.rows.clear(); // the history then shows what the backend knows
         }
     }
-    inputs.today = todayCountAggregated.get();
-    if (store != store_ || inputs.day != currentDay_ || inputs == historyInputs_) {
+    history.today = todayCountAggregated.get();
+    if (store != store_ || history.day != currentDay_ || history == shownHistory_) {
         co_return;
     }
-    last30Days.set(history(inputs));
-    historyInputs_ = std::move(inputs);
+    auto points = history.points(recentDays_.upTo(clock_.now(), calendar_));
+    logHistory(history, points);
+    last30Days.set(std::move(points));
+    shownHistory_ = std::move(history);
+}
+
+void AppModel::logHistory(const DailyHistory& history, const std::vector<DailyCountPoint>& points) {
+    if (!historyLog_.isDue(history.day.rawValue, history.today, clock_.now())) {
+        return;
+    }
+    debugLog("[AppModel] refreshLast30DaysFromDisk: currentDay=" + history.day.rawValue +
+             ", todayCountAggregated=" + std::to_string(history.today));
+    if (!points.empty() && points.back().day == history.noon) {
+        debugLog("[AppModel] Today (" + history.day.rawValue +
+                 "): using local todayCountAggregated=" + std::to_string(history.today));
+    }
+}
+
+AppModel::Reads AppModel::askForFigures() const {
+    Reads reads{store_, cloudSync_, currentDay_, store_->fetchHourlyCounts(currentDay_), {}, {}, {}};
+    if (cloudSync_) {
+        reads.history = cloudSync_->getAggregatedHistory();
+        reads.hourly = cloudSync_->getAggregatedHourly();
+        reads.appDaily = cloudSync_->getAggregatedAppDaily();
+    }
+    return reads;
+}
+
+QCoro::Task<> AppModel::recalculateMetrics(Reads reads) {
+    const auto self = shared_from_this();
+    AccountFigures figures;
+    figures.day = reads.day;
+    if (reads.cloudSync) {
+        figures.history = co_await reads.history.value();
+        figures.hourly = co_await reads.hourly.value();
+    }
+    try {
+        figures.rows = co_await reads.hours;
+    } catch (const DailyCountsStoreError&) {
+        figures.rows.clear(); // the backend's hours are left
+    }
+    if (reads.store != store_ || reads.day != currentDay_) {
+        co_return; // another account's or day's
+    }
+    const Instant now = clock_.now();
+    const auto& days = recentDays_.upTo(now, calendar_);
+    figures.noon = days.back().noon;
+    figures.today = todayCountAggregated.get();
+    if (metrics.get() && figures == shownFigures_) {
+        co_return; // each second, most of the time
+    }
+    metrics.set(figures.metrics(days, calendar_, now));
+    shownFigures_ = std::move(figures);
+}
+
+// Only when something of it changed: most of the time it is the same for hours.
+QCoro::Task<> AppModel::refreshAppHistory(Reads reads) {
+    const auto self = shared_from_this();
+    if (!reads.cloudSync) {
+        co_return;
+    }
+    auto remote = co_await reads.appDaily.value();
+    const Instant noon = calendar_.noon(clock_.now()).value_or(clock_.now());
+    const AppHistoryInputs inputs{remote, noon};
+    if (reads.cloudSync != cloudSync_ || inputs == appHistoryInputs_) {
+        co_return;
+    }
+    appHistoryInputs_ = inputs;
+    co_await appTracker_->updateLast30DaysAppDaily(std::move(remote));
 }
 
 } // namespace fernhollow
