@@ -16,9 +16,9 @@ class Calendar;
 
 /// What is known of the account's hours of today and days of the month, from which its figures are made.
 struct AccountFigures {
-    DayKey day;             ///< today
-    Instant noon;           ///< of today; it also changes with the time zone
-    std::int64_t today = 0; ///< the account's count of today
+    DayKey day;                                  ///< today
+    Instant noon;                                ///< of today; it also changes with the time zone
+    std::int64_t today = 0;                      ///< the account's count of today
     std::shared_ptr<const HistoryCache> history; ///< null without a sync engine, here and below
     std::shared_ptr<const HourlyCache> hourly;
     std::vector<HourlyCountRow> rows;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <tuple>
 
 namespace fernhollow::AppHistory {
@@ -68,6 +69,28 @@ std::vector<DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidD
         }
     }
     return records;
+}
+
+std::string describe(const AppDailyCache& remote) {
+    std::size_t entries = 0;
+    std::set<std::string_view> apps;
+    for (const auto& [day, counts] : remote) {
+        entries += counts.size();
+        for (const auto& [bundleId, app] : counts) {
+            apps.insert(bundleId);
+        }
+    }
+    return std::to_string(remote.size()) + " days, " + std::to_string(entries) + " app entries, " +
+           std::to_string(apps.size()) + " unique apps";
+}
+
+std::string describeRange(const AppDailyCache& remote) {
+    if (remote.empty()) {
+        return {};
+    }
+    const auto [first, last] = std::ranges::minmax_element(
+        remote, {}, [](const auto& day) -> const std::string& { return day.first; });
+    return first->first + " to " + last->first;
 }
 
 bool showsTheSame(const std::vector<DailyAppStats>& a, const std::vector<DailyAppStats>& b,

@@ -4,6 +4,7 @@
 #include "Model/Sync/RemoteCaches.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,11 @@ AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, co
 /// `logsInvalidDays`.
 std::vector<AppTracker::DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidDate,
                                                 const Calendar& calendar, Instant now, bool logsInvalidDays);
+
+/// For the log: how many days, entries and applications the backend knows.
+std::string describe(const AppDailyCache& remote);
+/// For the log: the first and the last of its days; empty without any.
+std::string describeRange(const AppDailyCache& remote);
 
 /// Whether both hold the same counts of the same applications on the same days, in whatever order.
 bool showsTheSame(const std::vector<AppTracker::DailyAppStats>& a,

@@ -2,11 +2,16 @@
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "KeypressCore/DailyCountsStoreError.h"
+#include "Model/AppHistory.h"
+#include "Model/TodayByApp.h"
 #include "Support/ApplicationIdentity.h"
 #include "Support/DebugLog.h"
 #include "Support/TaskScope.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -15,50 +20,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-using AppStats = AppTracker::AppStats;
-using HourlyAppStats = AppTracker::HourlyAppStats;
-
 // A program that is killed loses what is in the buffer. The refresh of each second empties it too, but comes
 // late where the machine is busy.
 constexpr auto bufferedAtMost = 500ms;
-
-/// Moves the entry whose count has just grown up past the smaller ones; the others keep their order.
-void moveUp(std::vector<AppStats>& totals, std::vector<AppStats>::iterator grown) {
-    const auto place = std::ranges::upper_bound(totals.begin(), grown, grown->count, std::ranges::greater(),
-                                                &AppStats::count);
-    std::rotate(place, grown, grown + 1);
-}
-
-/// Descending; applications with equal counts stay in the order in which they are shown.
-void sortDescending(std::vector<AppStats>& totals, const std::vector<AppStats>& shown) {
-    std::unordered_map<std::string, std::size_t> positions;
-    for (const auto* list : {&shown, static_cast<const std::vector<AppStats>*>(&totals)}) {
-        for (const AppStats& app : *list) {
-            positions.try_emplace(app.bundleId, positions.size());
-        }
-    }
-    std::ranges::sort(totals, {},
-                      [&](const AppStats& app) { return std::pair(-app.count, positions.at(app.bundleId)); });
-}
-
-auto shownOf(const HourlyAppStats& entry) {
-    return std::tie(entry.hour, entry.bundleId, entry.count);
-}
-
-auto shownOf(const AppStats& entry) {
-    return std::tie(entry.bundleId, entry.count);
-}
-
-template<class Entry>
-bool showsTheSame(const std::vector<Entry>& a, const std::vector<Entry>& b) {
-    return std::ranges::equal(a, b, [](const Entry& x, const Entry& y) { return shownOf(x) == shownOf(y); });
-}
-
-std::vector<HourlyAppStats> sortedByHourAndApp(std::vector<HourlyAppStats> entries) {
-    std::ranges::sort(entries, {},
-                      [](const HourlyAppStats& entry) { return std::tie(entry.hour, entry.bundleId); });
-    return entries;
-}
 
 } // namespace
 
@@ -98,26 +62,8 @@ void AppTracker::recordKeystroke(const std::string& bundleId, const std::string&
 void AppTracker::updateDisplayData(int hour, const std::string& bundleId, const std::string& appName,
                                    std::int64_t delta) {
     shownRows_.reset();
-    todayHourlyByApp.change([&](std::vector<HourlyAppStats>& entries) {
-        const auto entry = std::ranges::find_if(entries, [&](const auto& candidate) {
-            return candidate.hour == hour && candidate.bundleId == bundleId;
-        });
-        if (entry == entries.end()) {
-            entries.push_back({hour, bundleId, appName, delta});
-        } else {
-            entry->appName = appName;
-            entry->count += delta;
-        }
-    });
-    todayAppTotals.change([&](std::vector<AppStats>& totals) {
-        auto total = std::ranges::find(totals, bundleId, &AppStats::bundleId);
-        if (total == totals.end()) {
-            total = totals.insert(total, {bundleId, appName, 0, false});
-        }
-        total->appName = appName;
-        total->count += delta;
-        moveUp(totals, total);
-    });
+    todayHourlyByApp.change([&](auto& hours) { TodayByApp::add(hours, hour, bundleId, appName, delta); });
+    todayAppTotals.change([&](auto& totals) { TodayByApp::add(totals, bundleId, appName, delta); });
 }
 
 QCoro::Task<> AppTracker::flushPending() {
@@ -236,51 +182,150 @@ void AppTracker::publish(TodayRows rows) {
     if (pending_.isEmpty() && rows == shownRows_) {
         return; // each second, most of the time
     }
-    std::map<std::string, std::string> names = pending_.names;
-    std::unordered_map<std::string, bool> hidden;
-    for (const AppRegistryRow& app : rows.registry) {
-        names.try_emplace(app.bundleId, app.appName);
-        hidden.try_emplace(app.bundleId, app.isHidden);
+    auto [hours, totals] =
+        TodayByApp::lists(rows.counts, rows.registry, pending_, currentDay_, todayAppTotals.get());
+    if (!TodayByApp::showsTheSame(hours, todayHourlyByApp.get())) {
+        todayHourlyByApp.set(std::move(hours));
     }
-    std::map<int, std::map<std::string, std::int64_t>> counts;
-    for (const AppHourlyCountRow& row : rows.counts) {
-        if (row.hour >= 0 && row.hour < 24) {
-            counts[row.hour][row.bundleId] += row.count;
-        }
-    }
-    for (const auto& [place, count] : pending_.applications) {
-        const auto& [day, hour, bundleId] = place;
-        if (day == currentDay_) {
-            counts[hour][bundleId] += count;
-        }
-    }
-
-    std::vector<HourlyAppStats> hourly;
-    std::vector<AppStats> totals;
-    std::unordered_map<std::string, std::size_t> positions; // in `totals`
-    for (const auto& [hour, apps] : counts) {
-        for (const auto& [bundleId, count] : apps) {
-            const auto known = names.find(bundleId);
-            const std::string& name = known != names.end() ? known->second : bundleId;
-            hourly.push_back({hour, bundleId, name, count});
-            const auto [position, isNew] = positions.try_emplace(bundleId, totals.size());
-            if (isNew) {
-                totals.push_back({bundleId, name, 0, hidden[bundleId]});
-            }
-            totals[position->second].count += count;
-        }
-    }
-    sortDescending(totals, todayAppTotals.get());
-
-    if (!showsTheSame(sortedByHourAndApp(hourly), sortedByHourAndApp(todayHourlyByApp.get()))) {
-        todayHourlyByApp.set(std::move(hourly));
-    }
-    if (!showsTheSame(totals, todayAppTotals.get())) {
+    if (!TodayByApp::showsTheSame(totals, todayAppTotals.get())) {
         todayAppTotals.set(std::move(totals));
     }
     if (pending_.isEmpty()) {
         shownRows_ = std::move(rows);
     }
+}
+
+std::string AppTracker::DailyAppStats::id() const {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(day.time_since_epoch()).count();
+    return std::to_string(seconds) + ".0-" + bundleId; // a day is a whole second
+}
+
+QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDailyCache> remote) {
+    const auto self = shared_from_this();
+    const auto store = store_;
+    const Instant now = clock_.now();
+    const DayKey todayKey(now, calendar_);
+    const bool isLogged = logReceived(*remote, todayKey, now);
+    AppDailyCache local;
+    if (store) {
+        local = co_await buildLocalDailyAppTotals(store, now);
+        if (store != store_) {
+            co_return; // it is another account's
+        }
+    }
+    const Calendar calendar = calendar_.snapshot();
+    auto records = AppHistory::pastDays(AppHistory::merged(*remote, local, calendar, now),
+                                        minValidDate(clock_), calendar, now, isLogged);
+    const auto& totals = todayAppTotals.get();
+    if (!totals.empty()) {
+        const Instant noon = AppHistory::normalizedDayDate(todayKey.rawValue, calendar).value_or(now);
+        std::int64_t total = 0;
+        for (const AppStats& app : totals) {
+            records.push_back({noon, app.bundleId, app.appName, app.count});
+            total += app.count;
+        }
+        if (isLogged) {
+            debugLog("[AppTracker] Adding today's data: " + std::to_string(totals.size()) +
+                     " apps, total: " + std::to_string(total));
+        }
+    }
+    if (AppHistory::showsTheSame(records, last30DaysAppDaily.get(), calendar)) {
+        co_return;
+    }
+    if (isLogged) {
+        debugLog("[AppTracker] Updating last30DaysAppDaily: " + std::to_string(records.size()) + " entries");
+    }
+    last30DaysAppDaily.set(std::move(records));
+}
+
+/// False when only today's counts differ from what was logged minutes ago: they do with every press.
+bool AppTracker::logReceived(const AppDailyCache& remote, const DayKey& todayKey, Instant now) {
+    const std::string received = AppHistory::describe(remote);
+    const std::string range = AppHistory::describeRange(remote);
+    const std::string today = "todayKey=" + todayKey.rawValue +
+                              ", todayAppTotals count=" + std::to_string(todayAppTotals.get().size());
+    std::int64_t presses = 0;
+    for (const AppStats& app : todayAppTotals.get()) {
+        presses += app.count;
+    }
+    if (!historyLog_.isDue(received + range + today, presses, now)) {
+        return false;
+    }
+    debugLog("[AppTracker] updateLast30DaysAppDaily received: " + received);
+    if (!remote.empty()) {
+        debugLog("[AppTracker] Remote data date range: " + range);
+    }
+    debugLog("[AppTracker] updateLast30DaysAppDaily: " + today);
+    return true;
+}
+
+QCoro::Task<AppDailyCache> AppTracker::buildLocalDailyAppTotals(std::shared_ptr<DailyCountsStore> store,
+                                                                Instant now) {
+    const auto self = shared_from_this();
+    auto fetchingRegistry = store->fetchAppRegistry();
+    co_await readPastDays(store, now);
+    AppDailyCache totals;
+    if (store != store_) {
+        co_return totals;
+    }
+    std::unordered_map<std::string, std::string> names;
+    try {
+        for (auto& app : co_await fetchingRegistry) {
+            names.try_emplace(std::move(app.bundleId), std::move(app.appName));
+        }
+    } catch (const DailyCountsStoreError&) {
+        names.clear(); // the identifiers stand for them
+    }
+    for (const auto& [day, counts] : pastDays_.counts) {
+        RemoteAppCounts& apps = totals[day];
+        for (const auto& [bundleId, count] : counts) {
+            const auto known = names.find(bundleId);
+            apps.emplace(bundleId, RemoteAppCount{known != names.end() ? known->second : bundleId, count});
+        }
+    }
+    co_return totals;
+}
+
+// Presses go to today's rows and, when a day ends, to that day's: those of the past are read once a day.
+QCoro::Task<> AppTracker::readPastDays(std::shared_ptr<DailyCountsStore> store, Instant now) {
+    const auto& days = recentDays_.upTo(now, calendar_);
+    if (pastDays_.store.lock() == store && pastDays_.lastNoon == days.back().noon) {
+        co_return;
+    }
+    PastDays read{store, days.back().noon, {}};
+    std::vector<std::pair<std::string, Future<CountsByApp>>> reading;
+    for (const RecentDays::Day& day : days) {
+        if (day.noon != read.lastNoon) {
+            reading.emplace_back(day.key.rawValue, store->fetchAppDailyCounts(day.key));
+        }
+    }
+    for (auto& [day, counts] : reading) {
+        try {
+            if (auto apps = co_await counts; !apps.empty()) {
+                read.counts.emplace(day, std::move(apps));
+            }
+        } catch (const DailyCountsStoreError&) {
+            read.store.reset(); // the day is left out for now and read again next time
+        }
+    }
+    if (store == store_) {
+        pastDays_ = std::move(read);
+    }
+}
+
+std::vector<AppTracker::DailyAppStats> AppTracker::getFilteredDailyData() const {
+    const auto& records = last30DaysAppDaily.get();
+    std::vector<std::size_t> order(records.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(records[i].day, i); });
+    std::vector<DailyAppStats> sorted;
+    sorted.reserve(records.size());
+    std::ranges::transform(order, std::back_inserter(sorted), [&](std::size_t i) { return records[i]; });
+    return sorted;
+}
+
+std::vector<AppTracker::HourlyAppStats> AppTracker::getFilteredHourlyData() const {
+    return TodayByApp::sorted(todayHourlyByApp.get());
 }
 
 void AppTracker::updateStore(std::shared_ptr<DailyCountsStore> store) {

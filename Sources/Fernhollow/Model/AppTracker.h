@@ -12,7 +12,6 @@
 #include <qcorotask.h>
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>

@@ -19,8 +19,8 @@ struct TodayCounts {
     std::int64_t account = 0;
     bool isRemote = false; ///< both are the backend's total, because nothing was counted here
 
-    /// `here` was counted on this machine and `shown` is the account's count until now, which never goes down.
-    /// `remoteTotal` is the backend's total, absent without a sync engine.
+    /// `here` was counted on this machine and `shown` is the account's count until now, which never goes
+    /// down. `remoteTotal` is the backend's total, absent without a sync engine.
     static TodayCounts of(std::int64_t here, std::int64_t shown, std::optional<std::int64_t> remoteTotal);
 };
 
