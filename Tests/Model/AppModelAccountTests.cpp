@@ -53,23 +53,6 @@ TEST_F(ChangingAccounts, IgnoresASecondSignInWithTheSameAddress) {
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Account change skipped - same email\n"));
 }
 
-TEST_F(ChangingAccounts, GoesOnWithoutAStoreWhenTheDatabaseIsUnusable) {
-    signIn("ana@example.com");
-    const auto file = DailyCountsStore::urlForAccount("ana@example.com");
-    std::filesystem::create_directory(file);
-    start();
-    press(3);
-    flush();
-    EXPECT_EQ(model_->menuBarTitle(), "3");
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Failed to create account-specific store: "
-                                       "SQLiteError(14): Failed to open database\n"));
-    EXPECT_THAT(home_.log(), HasSubstr(file.native()));
-    signInAndSettle("ben@example.com"); // another account is none the worse
-    press(1);
-    flush();
-    EXPECT_EQ(storedCount(today, "ben@example.com"), 1);
-}
-
 TEST_F(ChangingAccounts, TakesTheDatabaseOfTheTimeBeforeAccountsOver) {
     {
         DailyCountsStore old(DailyCountsStore::defaultURL());

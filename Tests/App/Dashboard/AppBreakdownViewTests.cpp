@@ -45,17 +45,6 @@ protected:
     QLineEdit* field_ = view_.findChild<QLineEdit*>();
 };
 
-TEST_F(AppBreakdown, FollowsToday) {
-    EXPECT_THAT(rows(view_), IsEmpty());
-    press(2, "org.a");
-    press(1234, "org.b");
-    EXPECT_EQ(header(), "Apps Breakdown ");
-    EXPECT_THAT(rows(view_), ElementsAre("Name of org.b, 1,234 key presses", "Name of org.a, 2 key presses"));
-    press(1233, "org.a");
-    EXPECT_THAT(rows(view_),
-                ElementsAre("Name of org.a, 1,235 key presses", "Name of org.b, 1,234 key presses"));
-}
-
 TEST_F(AppBreakdown, ShowsTheSelectedDay) {
     press(1, "org.a");
     struct Selection {

@@ -44,8 +44,8 @@ TEST(Instances, HandTheirRequestsToTheOneThatRuns) {
     for (const auto& sending : sendings) {
         auto sent = std::async(std::launch::async,
                                [&sending] { return SingleInstance().send(sending.first, sending.second); });
-        EXPECT_TRUE(waitUntil(
-            [&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        EXPECT_TRUE(
+            waitUntil([&] { return sent.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         EXPECT_TRUE(sent.get());
     }
     auto quit = std::async(std::launch::async, [] { return SingleInstance().send(InstanceRequest::quit); });

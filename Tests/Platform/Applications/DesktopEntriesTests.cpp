@@ -111,15 +111,6 @@ TEST(Identifiers, ArePlainTextOfABoundedLength) {
     }
 }
 
-TEST(Locale, IsTheFirstVariableThatIsSet) {
-    Surroundings surroundings;
-    surroundings.set("LANG", "de_DE.UTF-8");
-    EXPECT_EQ(messageLocale(), "de_DE.UTF-8");
-    surroundings.set("LC_MESSAGES", "pt_BR.UTF-8");
-    surroundings.set("LC_ALL", "");
-    EXPECT_EQ(messageLocale(), "pt_BR.UTF-8");
-}
-
 TEST(Folders, AreThoseOfTheSpecificationAndOfFlatpakAndSnap) {
     Surroundings surroundings;
     const auto home = surroundings.path();
