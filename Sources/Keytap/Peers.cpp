@@ -210,7 +210,13 @@ void Peers::listenTo(const Peer& peer) {
 }
 
 void Peers::refuse(const Descriptor& socket, Refusal refusal) {
-    ::send(socket.number(), &refusal, sizeof refusal, MSG_DONTWAIT | MSG_NOSIGNAL);
+    const int number = socket.number();
+    ::send(number, &refusal, sizeof refusal, MSG_DONTWAIT | MSG_NOSIGNAL);
+    // A socket that is closed with something unread gives its peer an error in place of the reason.
+    shutdown(number, SHUT_RD);
+    std::array<std::byte, 1> unread{};
+    while (recv(number, unread.data(), unread.size(), MSG_DONTWAIT) > 0) {
+    }
 }
 
 void Peers::drop(int number) {

@@ -153,10 +153,17 @@ TEST_F(PeersTest, AClientThatStallsKeepsItsSumAndHarmsNoOther) {
 
 TEST_F(PeersTest, AClientThatFloodsIsHeardAFewTimesInASlot) {
     auto flooding = connected(), other = connected();
-    while (flooding.send(deliverNow)) {
-    }
+    const auto flood = [&flooding] {
+        int packets = 0;
+        while (flooding.send(deliverNow)) {
+            ++packets;
+        }
+        return packets;
+    };
+    flood();
     for (int slot = 0; slot < 3; ++slot) {
         run();
+        EXPECT_EQ(flood(), packetsPerSlot); // as many as were taken from it
         press(1);
         peers.endSlot();
         EXPECT_EQ(other.take().sum, 1);
@@ -181,7 +188,10 @@ TEST_F(PeersTest, ALieEndsTheConnection) {
 
 TEST_F(PeersTest, RefusalsSayWhy) {
     const auto reason = [this] {
-        auto client = connected();
+        Client client(path.c_str());
+        client.send(RepeatSettings{}); // is on its way before the refusal is
+        run();
+        peers.endSlot();
         const auto answers = client.take();
         EXPECT_EQ(answers.isClosed, answers.refusal != 0);
         return answers.refusal ? explanation(Refusal{answers.refusal}) : nullptr;
