@@ -148,15 +148,16 @@ bool Devices::read(Device& device) {
     std::array<input_event, 64> events{};
     const int file = device.file.number();
     auto& keys = keys_[device.seat];
-    ssize_t size = 0;
-    while ((size = ::read(file, events.data(), sizeof events)) > 0) {
+    ssize_t size = sizeof events;
+    // A buffer that was not filled held all there was.
+    while (size == sizeof events && (size = ::read(file, events.data(), sizeof events)) > 0) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / sizeof(input_event); ++i) {
             const Time at =
                 std::chrono::seconds(events.at(i).input_event_sec) + Time(events.at(i).input_event_usec);
             report(device.seat, keys.take(file, events.at(i)), at);
         }
     }
-    return size < 0 && (errno == EAGAIN || errno == EINTR);
+    return size > 0 || (size < 0 && (errno == EAGAIN || errno == EINTR));
 }
 
 Devices::Table::iterator Devices::close(Table::iterator device) {
