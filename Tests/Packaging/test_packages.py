@@ -56,6 +56,8 @@ class Packages(unittest.TestCase):
                      "share/polkit-1/actions/app.fernhollow.keytap.policy"):
             named |= set(re.findall(r"/usr/(?:share/doc|lib)/fernhollow/[\w.-]+", (root / "usr" / file).read_text()))
         self.assertEqual(len(named), 3)
+        user = re.search(r"^User=(.+)$", (root / "usr/lib/systemd/system/fernhollow-keytap.service").read_text(), re.M)
+        self.assertIn(f"\nu {user[1]} ", (root / "usr/lib/sysusers.d/fernhollow.conf").read_text())
         for file in named:
             self.assertTrue((root / file[1:]).is_file(), file)
 
