@@ -255,7 +255,7 @@ void DailyCountsDatabase::replaceHourly(const DayKey& day, const std::map<int, s
     try {
         transaction.commit();
     } catch (const DailyCountsStoreError&) {
-        // The next replacement of the day writes the same rows again; nobody could do more about it here.
+        // The next replacement of the day writes the same rows again; nothing more can be done here.
         return;
     }
 }

@@ -1,4 +1,5 @@
-// What the database knows of the backend: which of its counts were sent, and what is added to them from there.
+// What the database knows of the backend: which of its counts were sent, and what is added to them from
+// there.
 
 #include "KeypressCore/DailyCountsDatabase.h"
 

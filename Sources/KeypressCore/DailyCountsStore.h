@@ -66,7 +66,7 @@ public:
     Future<void> incrementHourly(DayKey day, int hour, std::int64_t by, std::int64_t updatedAt);
     /// The day's count becomes `count`, whatever it is.
     Future<void> overwrite(DayKey day, std::int64_t count, std::int64_t updatedAt);
-    /// The day's hourly counts become `counts`, all or none; what is no hour is left out.
+    /// The day's hourly counts become `counts`, all or none; keys that are not an hour are left out.
     Future<void> replaceHourly(DayKey day, std::map<int, std::int64_t> counts, std::int64_t updatedAt);
     /// The day's count, 0 when it has none.
     Future<std::int64_t> count(DayKey day);
@@ -92,7 +92,7 @@ public:
     /// How long an operation asked for from now on waits for a lock that another process holds.
     void setPatience(std::chrono::milliseconds patience);
 
-    /// Blocks until everything asked for so far is done, and lets those who await it go on; false when
+    /// Blocks until everything asked for so far is done, and lets the awaiting callers go on; false when
     /// that takes longer than `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 

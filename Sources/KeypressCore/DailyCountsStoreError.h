@@ -14,7 +14,7 @@ public:
 
     int code() const { return code_; }
     const std::string& message() const { return message_; }
-    /// Whether the file is no database, or a damaged one, and not only out of reach for now.
+    /// Whether the file is not a database, or a damaged one; false when it is only out of reach for now.
     bool isUnreadable() const;
     const char* what() const noexcept override { return description_.c_str(); }
 

@@ -31,7 +31,7 @@ public:
     static DayKey today(const Clock& clock);
 
     /// 12:00:00 of the day in `calendar`; empty when the text is not three whole numbers.
-    /// Numbers that are no day, such as a month 13, are what the calendar makes of them.
+    /// Numbers that are not a day, such as a month 13, are carried over by the calendar.
     std::optional<Instant> date(const Calendar& calendar) const;
 
     std::strong_ordering operator<=>(const DayKey&) const = default;

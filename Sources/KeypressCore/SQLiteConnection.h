@@ -18,7 +18,7 @@ namespace fernhollow {
 ///
 /// While another process holds the database's lock, a statement waits for it, but only briefly, and
 /// after one wait in vain no other statement waits for a while: work that arrives at the rate of key
-/// presses must not pile up behind a lock that somebody keeps.
+/// presses must not pile up behind a lock that another process keeps.
 class SQLiteConnection {
 public:
     /// Opens the file read-write and creates it if it is missing.

@@ -54,7 +54,7 @@ class Counting(DesktopTest):
     def test_a_thousand_presses_over_an_hour_and_midnight_and_a_restart(self):
         self.program.start()
         self.program.type_address(TYPED)
-        self.program.expect_count(len(TYPED))  # signed out, presses are shown but belong to nobody
+        self.program.expect_count(len(TYPED))  # signed out, presses are shown but belong to no account
         self.program.submit_address()
         self.program.skip_introduction()
         self.ledger.add(self.program.first_count(), TUESDAY, 13)

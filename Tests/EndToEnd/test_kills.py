@@ -77,7 +77,7 @@ class Kills(DesktopTest):
             file=sys.stderr,
         )
 
-        # One press a kill may be in flight, besides those that had not reached the terminal either.
+        # One press a kill may be in flight, in addition to those that had not reached the terminal.
         self.assertGreaterEqual(hours, self.typed - self.unseen - KILLS)
         self.assertLessEqual(hours, self.typed)
         self.assertEqual(self.sums()["daily"], hours)

@@ -13,7 +13,7 @@ from harness.waiting import wait_for_value, wait_until
 
 ADDRESS = "ada+keys@example.org"
 TUESDAY, WEDNESDAY = "2026-03-10", "2026-03-11"
-# A flush every 15 seconds, a cycle a second later; up to 15 seconds between two cycles of somebody idle.
+# A flush every 15 seconds, a cycle a second later; up to 15 seconds between two cycles while the person is idle.
 SYNCED = PATIENCE + 40
 
 
@@ -92,7 +92,7 @@ class Synchronisation(unittest.TestCase):
         self.expect_on_server(new_york)
         berlin.program.expect_count(berlin.ledger.on(WEDNESDAY))
 
-        # The day begins in the other place too, where nobody types: the account's total is shown.
+        # The day begins in the other place too, where no key is pressed: the account's total is shown.
         new_york.clock.set("2026-03-11 00:00:00")
         wait_for_value(
             new_york.program.count, berlin.ledger.on(WEDNESDAY), "the account's count of the day", SYNCED

@@ -71,7 +71,7 @@ class Updates(TerminalTest):
     # What is to be seen afterwards
 
     def expect_successor(self, starts):
-        """Waits for the new program, which nobody of us started."""
+        """Waits for the new program, which none of our calls started."""
         self.assertEqual(self.program.wait(), 0)
         wait_until(lambda: self.program.log().count(STARTED) == starts, "the new program counting", PATIENCE)
         item = wait_until(self.program._item, "its status item", PATIENCE)

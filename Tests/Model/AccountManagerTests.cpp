@@ -101,7 +101,7 @@ TEST_F(Account, TakesAnUnreadableSessionForNone) {
         EXPECT_EQ(start()->email(), std::nullopt) << data;
     }
     UserDefaults::setString(KeychainStore::key("accountSession"), R"({"email":"a@b","verifiedAt":2})");
-    EXPECT_EQ(start()->email(), std::nullopt) << "a text is no data";
+    EXPECT_EQ(start()->email(), std::nullopt) << "a text is not data";
 }
 
 TEST_F(Account, SignsOutAndRemovesTheOldDatabase) {

@@ -87,7 +87,7 @@ TEST_F(ReleaseCommand, WritesAFeedThatProgramsTakeAndThatNobodyElseCanChange) {
     const std::string publicKey = makeKeys();
     tellProgram(publicKey);
     write("package", "package");
-    write("notes", "Faster & smaller: <b> is no tag here.\r\n- \"quotes\"\n- Ünïcode\n");
+    write("notes", "Faster & smaller: <b> is not a tag here.\r\n- \"quotes\"\n- Ünïcode\n");
     const Done done = publish({QStringLiteral("--notes"), path("notes"),
                                QStringLiteral("--minimum-system-version"), QStringLiteral("5.10"),
                                QStringLiteral("--link"), QStringLiteral("https://example.org/0.2")});
@@ -98,7 +98,7 @@ TEST_F(ReleaseCommand, WritesAFeedThatProgramsTakeAndThatNobodyElseCanChange) {
     EXPECT_EQ(found->version, "0.2.0");
     EXPECT_EQ(found->displayVersion, "0.2");
     EXPECT_EQ(found->title, "Fernhollow 0.2");
-    EXPECT_EQ(found->releaseNotes, "Faster & smaller: <b> is no tag here.\n- \"quotes\"\n- Ünïcode");
+    EXPECT_EQ(found->releaseNotes, "Faster & smaller: <b> is not a tag here.\n- \"quotes\"\n- Ünïcode");
     EXPECT_EQ(found->length, 7U);
     EXPECT_TRUE(isSignedBy(publicKey, found->edSignature, "package"));
     EXPECT_FALSE(isSignedBy(publicKey, found->edSignature, "pAckage"));

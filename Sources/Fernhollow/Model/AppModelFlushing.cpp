@@ -35,7 +35,7 @@ QCoro::Task<> AppModel::flushPending() {
     openMissingStore(reopeningPatience);
     bool isFlushed = false;
     if (!currentAccountEmail_) {
-        pending_ = 0; // nobody's
+        pending_ = 0; // they belong to no account
     } else if (store_ && hasUnwritten()) {
         isFlushed = co_await write(self, takeFlush());
     }
@@ -130,7 +130,7 @@ bool AppModel::flushNow(std::chrono::milliseconds limit) {
     // Once more for what only failed the first time: hours behind a lock, or a file that was gone.
     for (int attempt = 0; attempt < 2 && store_ && (asked != store_ || hasUnwritten()); ++attempt) {
         asked = store_;
-        asked->setPatience(limit / 2); // there is no later try; the rest of the time is for the writes
+        asked->setPatience(limit / 2); // there is no later attempt; the rest of the time is for the writes
         if (hasUnwritten()) {
             write(shared_from_this(), takeFlush());
         }

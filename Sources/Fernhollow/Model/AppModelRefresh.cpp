@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A clock or time zone that was set is seen within this time even when nobody types.
+// A change of the clock or the time zone is seen within this time even when no key is pressed.
 constexpr auto refreshInterval = 1s;
 
 // Each cycle of the engine publishes the devices too.

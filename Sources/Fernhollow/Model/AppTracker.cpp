@@ -146,7 +146,7 @@ void AppTracker::rolloverIfNeeded(Instant now) {
     todayHourlyByApp.set({});
     todayAppTotals.set({});
     shownRows_.reset();
-    // Asked for here, so that whoever reads the old day from now on finds its last presses there.
+    // Asked for here, so that a later reader of the old day finds its last presses there.
     const auto writing = std::make_shared<QCoro::Task<>>(flushPending());
     tasks_.start([writing] { return std::move(*writing); });
 }

@@ -74,7 +74,7 @@ public:
         bool operator==(const Color&) const = default;
     };
 
-    /// Starts loading what the store has of today. `store` is null while nobody is signed in.
+    /// Starts loading what the store has of today. `store` is null while no account is signed in.
     static std::shared_ptr<AppTracker> create(const Clock& clock, TaskScope& tasks,
                                               std::shared_ptr<DailyCountsStore> store);
 

@@ -22,7 +22,7 @@ namespace fernhollow {
 /// An actor: its operations return at once and run on an executor of their own, in the order of the
 /// calls; they interleave where they wait for the store or the network. None fails: what goes wrong is
 /// logged and tried again with a later cycle. Made by AppModel for the signed-in account and given up with
-/// it; giving it up breaks off what is under way, without waiting for it.
+/// it; dropping it cancels what is under way, without waiting for it.
 class CloudSyncCoordinator {
 public:
     using Factory = std::function<std::shared_ptr<CloudSyncCoordinator>(
@@ -61,9 +61,9 @@ public:
 
     /// Forgets what is known of today, which is another day than before.
     Future<void> forceResetTodayCaches();
-    /// Forgets everything and breaks off what is under way.
+    /// Forgets everything and cancels what is under way.
     Future<void> reset();
-    /// Breaks off what is under way, for good.
+    /// Cancels what is under way, for good.
     void cancel();
 
 private:

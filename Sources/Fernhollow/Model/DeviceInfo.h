@@ -14,7 +14,7 @@ struct DeviceInfo {
 
     const std::string& id() const { return device_id; }
 
-    /// When the machine was last seen; now, when nobody can say.
+    /// When the machine was last seen; the present moment when that is unknown.
     Instant lastSeenDate(const Clock& clock) const {
         const auto seen = parseInternetTime(last_seen_at);
         return seen ? *seen : clock.now();

@@ -22,7 +22,7 @@ UpdateManager::UpdateManager(const UpdaterController::Factory& makeController) {
 }
 
 UpdateManager::~UpdateManager() {
-    updaterController_.reset(); // calls nobody any more from here on
+    updaterController_.reset(); // calls no delegate from here on
 }
 
 std::string UpdateManager::currentVersion() {

@@ -49,7 +49,7 @@ WindowFacts byProcess(const char* windowClass) {
 
 const std::vector<Case> cases{
     {"the GTK id", {"org.gnome.TextEditor", "org.kde.kate", "x", "XTerm", 0}, {}, "org.gnome.TextEditor"},
-    {"a GTK id that nobody knows", {"org.unknown", {}, "xterm", "XTerm", 0}, {}, "debian-xterm"},
+    {"a GTK id without an entry", {"org.unknown", {}, "xterm", "XTerm", 0}, {}, "debian-xterm"},
     {"the KDE property", {{}, "/a/org.kde.kate.desktop", "x", "XTerm", 0}, {}, "org.kde.kate"},
     {"StartupWMClass is the class", byClass("xterm", "XTerm"), {}, "debian-xterm"},
     {"StartupWMClass is the instance", byClass("crx_mail", "Chromium"), {}, "chrome-mail"},
@@ -64,7 +64,7 @@ const std::vector<Case> cases{
     {"a script", byProcess("x"), Process{"/usr/bin/python3.11", {"python3", "/usr/bin/meld", "a"}}, "meld"},
     {"an interpreter alone", byProcess("Tk"), Process{"/usr/bin/python3.11", {"python3"}}, "Tk"},
     {"a snap", byProcess("x"), Process{"/snap/notes/12/usr/bin/notes", {}}, "notes_notes"},
-    {"somebody else's process", byProcess("x"), Process{"", {"mousepad"}}, "org.xfce.mousepad"},
+    {"another user's process", byProcess("x"), Process{"", {"mousepad"}}, "org.xfce.mousepad"},
     {"no class, a process", byProcess(""), Process{"/opt/odd/tool", {"tool"}}, "tool"},
     {"a process that has ended", byProcess(""), {}, ""},
 };

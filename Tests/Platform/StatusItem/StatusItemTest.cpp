@@ -53,7 +53,7 @@ TEST(StatusItemPresence, FollowsTheHostsOfAWatcherThatStays) {
     item.setTitle(QStringLiteral("2,000"));
     pause(100);
     EXPECT_FALSE(item.isShown());
-    EXPECT_THAT(bar.signalCounts, IsEmpty()) << "nobody listens";
+    EXPECT_THAT(bar.signalCounts, IsEmpty()) << "no host is listening";
     bar.setHost(true);
     EXPECT_TRUE(waitUntilShown(item));
     EXPECT_EQ(bar.properties()[QStringLiteral("Title")], QStringLiteral("2,000"));

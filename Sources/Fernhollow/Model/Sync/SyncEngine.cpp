@@ -83,7 +83,7 @@ QCoro::Task<> SyncEngine::periodicLoop(Pause pause) {
         if (!self) {
             co_return;
         }
-        // Another cycle may have come in between: while somebody types, each change asks for one.
+        // Another cycle may have come in between, because each change asks for one while the person types.
         if (self->lastSyncTime_) {
             const auto early =
                 std::chrono::floor<std::chrono::milliseconds>(pause.clock.monotonic() - *self->lastSyncTime_);

@@ -74,7 +74,7 @@ public:
     std::shared_ptr<const AppHourlyCache> remoteAppHourly() const { return remoteAppHourly_; }
     std::shared_ptr<const AppDailyCache> remoteAppDaily() const { return remoteAppDaily_; }
 
-    /// The account's devices; none when nobody is signed in or the backend does not tell.
+    /// The account's devices; none when no account is signed in or the backend does not answer.
     QCoro::Task<std::vector<DeviceInfo>> getConnectedDevices();
 
     void forceResetTodayCaches();

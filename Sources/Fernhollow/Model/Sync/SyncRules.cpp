@@ -8,12 +8,12 @@ namespace fernhollow {
 
 using namespace std::chrono_literals;
 
-// Often while the person types, for the sake of the other machines' screens; seldom when nobody is there.
+// Often while the person types, for the sake of the other machines' screens; seldom when no one is there.
 std::chrono::seconds periodicPause(std::chrono::duration<double> idle) {
     return idle < 30s ? 1s : idle < 60s ? 5s : idle < 300s ? 15s : idle < 900s ? 30s : 60s;
 }
 
-// A count that no machine can have, alone or together with what is here, is somebody else's doing: anybody
+// A count that no machine can have, alone or together with what is here, was forged: anyone
 // who knows the address can write it. It is replaced on the backend by what is here and never comes here.
 DayMerge DayMerge::of(std::int64_t local, std::int64_t remote) {
     if (local >= remote || remote > maximumDeviceDay - std::max<std::int64_t>(local, 0)) {
