@@ -22,7 +22,7 @@ TEST(BundleInfoFile, HoldsTextsAndIsEmptyAndLoggedWhenItCannotBeRead) {
     EXPECT_EQ(home.log(), "");
     for (const char* text : {"", "{\"Name\": \"0.2.0\"", "[\"Name\"]", "\xff"}) {
         EXPECT_EQ(read(text).string("Name"), std::nullopt) << text;
-        EXPECT_THAT(home.log(), HasSubstr("fernhollow.json is no JSON object"));
+        EXPECT_THAT(home.log(), HasSubstr("fernhollow.json is not a JSON object"));
         std::filesystem::remove(home.path() / "fernhollow_debug.log");
     }
     std::filesystem::remove(file);

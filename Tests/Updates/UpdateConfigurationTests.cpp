@@ -61,8 +61,8 @@ TEST_F(Configuration, IsAbsentWithAReasonInTheLog) {
           Case{{{"UpdatePublicKey", nullptr}}, "The public key is not 32 bytes"},
           Case{{{"UpdatePublicKey", "AAAA"}}, "The public key is not 32 bytes"},
           Case{{{"UpdatePublicKey", " " + key_}}, "The public key is not 32 bytes"},
-          Case{{{"UpdateCheckInterval", "daily"}}, "The interval is no number of seconds: daily"},
-          Case{{{"UpdateCheckInterval", ""}}, "The interval is no number of seconds"}}) {
+          Case{{{"UpdateCheckInterval", "daily"}}, "The interval is not a number of seconds: daily"},
+          Case{{{"UpdateCheckInterval", ""}}, "The interval is not a number of seconds"}}) {
         EXPECT_FALSE(read(changes)) << changes;
         EXPECT_THAT(home_.log(), HasSubstr(reason)) << changes;
         std::filesystem::remove(home_.path() / "fernhollow_debug.log");
