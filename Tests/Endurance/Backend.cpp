@@ -65,6 +65,14 @@ const std::map<std::string, Rows>& Backend::devices(const std::string& email) {
     return accounts_[email].counts;
 }
 
+bool Backend::isRegistered(const std::string& email, const std::string& device) {
+    return accounts_[email].registered.contains(device);
+}
+
+std::string Backend::nameOf(const std::string& email, const std::string& app) {
+    return accounts_[email].names[app];
+}
+
 auto Backend::answer(const HttpRequest& request) -> Reply {
     const bool isGet = request.method == HttpRequest::Method::get;
     const std::string path = request.url.substr(urlFor(0).size() - 1);

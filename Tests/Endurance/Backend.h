@@ -56,6 +56,9 @@ public:
     /// What the backend knows of a device, and of each of an account's.
     const Rows& rows(const std::string& email, const std::string& device);
     const std::map<std::string, Rows>& devices(const std::string& email);
+    bool isRegistered(const std::string& email, const std::string& device);
+    /// Empty for an application that was never registered.
+    std::string nameOf(const std::string& email, const std::string& app);
 
     std::int64_t requests = 0;
 

@@ -159,7 +159,36 @@ void Life::compare(const std::string& firstDay) {
                 contradict(machine, *difference, email, device);
             }
         }
+        if (isReached) {
+            compareDirectory(machine);
+        }
         conditions_[number].hadTrouble = !isReached;
+    }
+}
+
+// What stands beside the counts: the number that is shown, the machine and the names of its applications.
+void Life::compareDirectory(Machine& machine) {
+    const auto refuse = [&](const char* where, const Place& place, std::int64_t least, std::int64_t found) {
+        if (found < least) {
+            contradict(machine, {where, place, least, least, found}, machine.email(), machine.device());
+        }
+    };
+    // What other machines counted may stand in the number, too.
+    const std::string today = machine.day();
+    for (const auto& [place, count] : machine.rows(today)) {
+        if (place.table == Table::days && place.day == today) {
+            refuse("shown", place, count, machine.shown());
+        }
+    }
+    for (const auto& [place, count] : backend_.rows(machine.email(), machine.device())) {
+        if (count > 0) {
+            refuse("backend, devices", place, 1,
+                   backend_.isRegistered(machine.email(), machine.device()) ? 1 : 0);
+        }
+        if (count > 0 && place.table == Table::applications) {
+            const bool isNamed = backend_.nameOf(machine.email(), place.app) == "Name of " + place.app;
+            refuse("backend, names", place, 1, isNamed ? 1 : 0);
+        }
     }
 }
 

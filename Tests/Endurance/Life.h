@@ -87,6 +87,7 @@ private:
     std::string backupOf(std::size_t number) const;
     void beQuiet();
     void compare(const std::string& firstDay);
+    void compareDirectory(Machine& machine);
     void compareAccount(const std::string& email);
     [[noreturn]] void contradict(const Machine& machine, const Difference& difference,
                                  const std::string& email, const std::string& device);

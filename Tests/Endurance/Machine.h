@@ -61,6 +61,8 @@ public:
     /// What the tables of the current account hold from this day on; of a running machine.
     Rows rows(const std::string& firstDay);
     std::string day();
+    /// Today's presses as the status item shows them; of a running machine.
+    std::int64_t shown() const { return run_->model->todayCount.get(); }
     std::string email() const { return email_; }
     std::string device() const { return device_; }
     std::string log() const { return contents(home_ / "fernhollow_debug.log"); }
