@@ -195,7 +195,10 @@ TEST_F(CountSafety, ADatabaseThatIsDamagedWhileItRunsIsSetAsideAndReplaced) {
     press(3);
     flush();
     // Makes the model read the file anew, and not its log.
-    OtherConnection("INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)");
+    {
+        const OtherConnection other(
+            "INSERT INTO daily_counts VALUES ('2026-01-01', 1, 1); PRAGMA wal_checkpoint(TRUNCATE)");
+    }
     {
         std::fstream damaged(file(), std::ios::in | std::ios::out | std::ios::binary);
         damaged.seekp(4'096);

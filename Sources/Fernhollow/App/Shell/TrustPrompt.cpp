@@ -2,9 +2,9 @@
 
 #include "Support/DebugLog.h"
 
-#include <QAbstractButton>
 #include <QIcon>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace fernhollow {
 
@@ -15,9 +15,9 @@ void showTrustPrompt(const TrustProblem& problem) {
                         QStringLiteral("Fernhollow cannot count key presses yet"), QMessageBox::Ok);
     message->setInformativeText(QString::fromStdString(problem.missing + "\n\n" + problem.remedy));
     if (problem.action) {
-        const QAbstractButton* button =
+        const QPushButton* button =
             message->addButton(QString::fromStdString(problem.action->label), QMessageBox::AcceptRole);
-        QObject::connect(button, &QAbstractButton::clicked, message, problem.action->perform);
+        QObject::connect(button, &QPushButton::clicked, message, problem.action->perform);
     }
     message->setAttribute(Qt::WA_DeleteOnClose);
     message->setWindowIcon(QIcon(QStringLiteral(":/fernhollow.svg")));
