@@ -166,9 +166,12 @@ void ForgetfulDisk::cutPower() {
 void ForgetfulDisk::restorePower() {
     const std::lock_guard lock(mutex_);
     for (const fs::path& path : opened_) {
-        fs::remove(path);
         fs::remove(path.native() + "-shm"); // was memory
+        if (!durable_.contains(path)) {
+            fs::remove(path);
+        }
     }
+    // In place: new files would be taken for copies.
     for (const auto& [path, bytes] : durable_) {
         std::ofstream(path, std::ios::binary) << bytes;
     }
