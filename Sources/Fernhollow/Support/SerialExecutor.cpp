@@ -8,14 +8,14 @@ namespace fernhollow {
 
 SerialExecutor::SerialExecutor() {
     executor_.moveToThread(&thread_);
+    // At the thread's very end: after the last piece of work the executor still counts it as done.
+    QObject::connect(
+        &thread_, &QThread::finished, &executor_, [this] { detail::handOver(this); }, Qt::DirectConnection);
     thread_.start();
 }
 
 SerialExecutor::~SerialExecutor() {
-    executor_.post([this] {
-        thread_.quit();
-        detail::handOver(this);
-    });
+    executor_.post([this] { thread_.quit(); });
     thread_.wait();
     detail::takeOver(this);
 }
