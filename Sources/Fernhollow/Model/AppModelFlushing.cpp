@@ -130,7 +130,7 @@ bool AppModel::flushNow(std::chrono::milliseconds limit) {
     // Once more for what only failed the first time: hours behind a lock, or a file that was gone.
     for (int attempt = 0; attempt < 2 && store_ && (asked != store_ || hasUnwritten()); ++attempt) {
         asked = store_;
-        asked->setPatience(limit / 2); // there is no later attempt; the rest of the time is for the writes
+        asked->setPatience(limit / 2); // this attempt is the last, and the writes need the other half
         if (hasUnwritten()) {
             write(shared_from_this(), takeFlush());
         }

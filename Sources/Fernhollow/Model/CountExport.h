@@ -28,7 +28,7 @@ struct CountExport {
     /// Reads the account's database, beside a running program or without one. No days where there is no
     /// database. Throws DailyCountsStoreError or std::filesystem::filesystem_error.
     static CountExport ofAccount(const std::string& email, const DayKey& today);
-    /// Of one day alone, with a count of 0 when nothing is known of it.
+    /// Reads one day alone. Its count is 0 when the database has no row for it.
     static CountExport ofDay(const std::string& email, const DayKey& day);
 
     /// An object a day in an array, in UTF-8; ends with a line feed.

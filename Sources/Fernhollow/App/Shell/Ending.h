@@ -7,7 +7,7 @@ namespace fernhollow {
 // How the program ends. Whichever way it is, the presses that are left are written first:
 //
 // - "Quit", --quit, or an update that restarts: the event loop returns, the long-lived objects end (the model
-//   writes, the sync engine breaks off), and leave() skips the rest.
+//   writes, the sync engine stops), and leave() skips the rest.
 // - A signal: TerminationSignals tells the main thread, which writes at once and then quits as above. Where
 //   the main thread waits for a display or a bus that does not answer, the connections are cut under it, and
 //   what follows is the next way; where even that does not help in time, TerminationSignals ends the process.

@@ -17,7 +17,7 @@ constexpr int firstFailure = 400; // of the statuses for which the device list g
 
 } // namespace
 
-// An answer about a day that has ended meanwhile is no longer today's total.
+// The day may have ended while the answer was on its way. The total is not today's then.
 QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
     const DayKey day = self->today();
     const auto answer = co_await send(self, session, session->requests.todayTotal(session->email, day),
