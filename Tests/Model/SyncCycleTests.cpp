@@ -165,7 +165,9 @@ TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursThatTheBackendMayLack) {
     openStore();
     serverKeepsDays();
     serverDays_ = {{"2025-03-05", 7}, {"2025-03-06", 6}};
-    for (const auto* day : {"2025-03-04", "2025-03-05", "2025-03-06", "2026-03-04", "2026-03-05"}) {
+    // The last one was counted further east, where the next day had begun.
+    for (const auto* day :
+         {"2025-03-04", "2025-03-05", "2025-03-06", "2026-03-04", "2026-03-05", "2026-03-06"}) {
         await(store_->increment(DayKey(day), 7, 1));
         await(store_->incrementHourly(DayKey(day), 8, 7, 1));
     }
@@ -177,9 +179,10 @@ TEST_F(SyncCycle, UploadsTheLastYearAndTheHoursThatTheBackendMayLack) {
             days.push_back(request.json().at("day"));
         }
     }
-    EXPECT_THAT(days, ElementsAre("2026-03-05", "2026-03-04", "2025-03-06", "2025-03-05")) << "today first";
-    EXPECT_THAT(hourDays(), ElementsAre("2026-03-05", "2026-03-04", "2025-03-06"));
-    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Queued 4 historical days for upload\n"));
+    EXPECT_THAT(days, ElementsAre("2026-03-05", "2026-03-06", "2026-03-04", "2025-03-06", "2025-03-05"))
+        << "today first";
+    EXPECT_THAT(hourDays(), ElementsAre("2026-03-05", "2026-03-06", "2026-03-04", "2025-03-06"));
+    EXPECT_THAT(home_.log(), HasSubstr("[CloudSync] Queued 5 historical days for upload\n"));
 }
 
 TEST_F(SyncCycle, SendsThePastInPortionsThatGiveWayToToday) {

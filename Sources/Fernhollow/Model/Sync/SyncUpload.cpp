@@ -44,10 +44,13 @@ QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
         co_return;
     }
     const DayKey today(now, self->calendar_);
+    // A day after today was counted further east or with a clock that was ahead. No press may ever follow
+    // that marks it dirty.
+    const DayKey last("9999-12-31");
     std::optional<std::vector<DailyCountRow>> rows;
     while (!rows) {
         try {
-            rows = co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), today);
+            rows = co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), last);
         } catch (const DailyCountsStoreError& error) {
             self->log_.writeChange("history upload",
                                    std::string("Failed to fetch history for upload: ") + error.what());
@@ -58,7 +61,7 @@ QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
         }
     }
     for (const auto& row : *rows) {
-        if (row.day == today) {
+        if (row.day >= today) {
             self->queue_.add(row.day, {.count = true, .hours = true, .apps = true});
         } else {
             self->queue_.addPast(row.day, {.count = true, .hours = row.day >= self->firstRecentDay()});
