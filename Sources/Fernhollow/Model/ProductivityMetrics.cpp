@@ -16,17 +16,7 @@ struct Day {
     std::int64_t count = 0;
 };
 
-} // namespace
-
-ProductivityMetrics ProductivityMetrics::calculate(std::int64_t todayTotal,
-                                                   const std::vector<HourlyCountRow>& todayHourly,
-                                                   const std::vector<DailyCountRow>& /*thisWeekDaily*/,
-                                                   const std::vector<DailyCountRow>& /*lastWeekDaily*/,
-                                                   const std::vector<DailyCountRow>& monthDaily,
-                                                   const Calendar& calendar, Instant now) {
-    ProductivityMetrics metrics;
-    metrics.todayTotal = todayTotal;
-
+void addHours(ProductivityMetrics& metrics, const std::vector<HourlyCountRow>& todayHourly) {
     std::int64_t highest = 0;
     for (const HourlyCountRow& row : todayHourly) {
         metrics.todayHourly.push_back({row.hour, row.count});
@@ -39,7 +29,24 @@ ProductivityMetrics ProductivityMetrics::calculate(std::int64_t todayTotal,
     while (metrics.todayHourly.size() < hoursOfADay) {
         metrics.todayHourly.push_back({static_cast<int>(metrics.todayHourly.size()), 0});
     }
+}
 
+double average(std::int64_t total, std::size_t parts) {
+    return parts == 0 ? 0.0 : static_cast<double>(total) / static_cast<double>(parts);
+}
+
+} // namespace
+
+ProductivityMetrics ProductivityMetrics::calculate(std::int64_t todayTotal,
+                                                   const std::vector<HourlyCountRow>& todayHourly,
+                                                   const std::vector<DailyCountRow>& /*thisWeekDaily*/,
+                                                   const std::vector<DailyCountRow>& /*lastWeekDaily*/,
+                                                   const std::vector<DailyCountRow>& monthDaily,
+                                                   const Calendar& calendar, Instant now) {
+    ProductivityMetrics metrics;
+    metrics.todayTotal = todayTotal;
+
+    addHours(metrics, todayHourly);
     const Calendar steps = calendar.snapshot();
     const Instant today = steps.startOfDay(now);
     const auto asShown = [&](const DailyCountRow& row) {
@@ -67,9 +74,6 @@ ProductivityMetrics ProductivityMetrics::calculate(std::int64_t todayTotal,
         }
     }
 
-    const auto average = [](std::int64_t total, std::size_t parts) {
-        return parts == 0 ? 0.0 : static_cast<double>(total) / static_cast<double>(parts);
-    };
     metrics.avgPerHour = average(todayTotal, static_cast<std::size_t>(metrics.activeHours));
     metrics.avgPerDay = average(metrics.monthTotal, count);
     return metrics;
