@@ -1,16 +1,14 @@
-// How the model is built, follows the account and runs the keyboard monitor.
+// How the model is built, follows the account with its store, and runs the keyboard monitor.
 
 #include "Model/AppModel.h"
 
 #include "KeypressCore/DailyCountsStore.h"
-#include "KeypressCore/DailyCountsStoreError.h"
 #include "Model/AccountManager.h"
 #include "Support/DebugLog.h"
 #include "Support/TaskScope.h"
 
 #include <QCoreApplication>
 
-#include <exception>
 #include <utility>
 
 namespace fernhollow {
@@ -20,6 +18,9 @@ using namespace std::chrono_literals;
 
 // For another process's short transaction at the moment of the start.
 constexpr auto openingPatience = 500ms;
+
+// Likewise at the moment at which a store has to be replaced.
+constexpr auto replacingPatience = 500ms;
 
 } // namespace
 
@@ -48,16 +49,7 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
         debugLog("[AppModel] Initialized with account-specific store for: " + *currentAccountEmail_);
     }
     appTracker_ = AppTracker::create(clock_, tasks_, store_);
-    cancellables_.push_back(appTracker_->observe([weak] {
-        if (const auto self = weak.lock()) {
-            self->announceChange();
-        }
-    }));
-    cancellables_.push_back(appTracker_->todayAppTotals.observe([weak] {
-        if (const auto self = weak.lock()) {
-            self->appHistoryInputs_.reset();
-        }
-    }));
+    observeApplications();
     keyboardMonitor_ = makeMonitor({.onKeyPress =
                                         [weak](const ActiveAppInfo& appInfo) {
                                             if (const auto self = weak.lock()) {
@@ -82,6 +74,19 @@ void AppModel::begin(const KeyPressMonitor::Factory& makeMonitor) {
     startFlushLoop();
     startRefreshLoop();
     tasks_.start([self = shared_from_this()] { return self->refreshFromDisk(); });
+}
+
+void AppModel::observeApplications() {
+    cancellables_.push_back(appTracker_->observe([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->announceChange();
+        }
+    }));
+    cancellables_.push_back(appTracker_->todayAppTotals.observe([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->appHistoryInputs_.reset();
+        }
+    }));
 }
 
 bool AppModel::shutDown(std::chrono::milliseconds limit) {
@@ -119,19 +124,8 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
     debugLog("[AppModel] Account change: " + currentAccountEmail_.value_or("none") + " -> " +
              newEmail.value_or("none"));
     closeStore();
-    pending_ = 0;
-    missing_ = {};
-    written_ = {};
-    completesDays_ = false; // what the change of account discarded is not brought back by a second one
-    openingFailure_.clear();
-    areCountsSaved.set(true);
-    localTodayCount_ = 0;
-    todayCount.set(0);
-    todayCountAggregated.set(0);
-    last30Days.set({});
-    shownHistory_.reset();
-    metrics.set(std::nullopt);
-    appHistoryInputs_.reset();
+    forgetCounts();
+    stores_.changeAccount();
     currentDay_ = DayKey(clock_.now(), calendar_);
     currentAccountEmail_ = newEmail;
 
@@ -146,6 +140,77 @@ void AppModel::handleAccountChange(const std::optional<std::string>& newEmail) {
         appTracker_->updateStore(nullptr);
     }
     announceChange();
+}
+
+void AppModel::forgetCounts() {
+    pending_ = {};
+    areCountsSaved.set(true);
+    localTodayCount_ = 0;
+    todayCount.set(0);
+    todayCountAggregated.set(0);
+    last30Days.set({});
+    shownHistory_.reset();
+    metrics.set(std::nullopt);
+    appHistoryInputs_.reset();
+}
+
+bool AppModel::openStore(std::chrono::milliseconds patience) {
+    store_ = stores_.open(currentAccountEmail_.value(), identity_, patience, currentDay_);
+    areCountsSaved.set(store_ != nullptr);
+    if (store_ && makeSync_) {
+        cloudSync_ =
+            makeSync_(store_, account_, identity_.id(), [weak = weak_from_this(), id = identity_.id()] {
+                if (const auto self = weak.lock()) {
+                    self->takeNewIdentity(id);
+                }
+            });
+    }
+    return store_ != nullptr;
+}
+
+void AppModel::openMissingStore(std::chrono::milliseconds patience) {
+    if (store_ || !currentAccountEmail_ || !openStore(patience)) {
+        return;
+    }
+    debugLog("[AppModel] Initialized with account-specific store for: " + *currentAccountEmail_);
+    appTracker_->continueWith(store_);
+}
+
+// The sync engine goes with the store: for a new one, a count of the backend that is above this machine's is
+// nothing out of the ordinary.
+void AppModel::replaceStore(Loss loss) {
+    const auto url = store_->url();
+    if (loss != Loss::identity) {
+        debugLog("[AppModel] The database " + url.native() +
+                 (loss == Loss::moved ? " was moved or deleted" : " became unreadable") +
+                 "; counting goes on in another one");
+    }
+    pending_.loseFile(); // it would be lost with the file, or never be sent under the new identity
+    appTracker_->giveBack(appTracker_->takeWritten());
+    closeStore();
+    appTracker_->continueWith(nullptr);
+    if (loss == Loss::unreadable) {
+        AccountStores::setUnreadableAside(url, currentDay_);
+    }
+    openMissingStore(replacingPatience);
+}
+
+void AppModel::takeNewIdentity(const std::string& inUse) {
+    if (inUse != identity_.id()) {
+        return; // it was reported twice
+    }
+    identity_.renew();
+    if (store_) {
+        replaceStore(Loss::identity);
+    }
+}
+
+void AppModel::closeStore() {
+    devicesAsked_.reset();
+    if (const auto cloudSync = std::exchange(cloudSync_, nullptr)) {
+        cloudSync->reset();
+    }
+    store_.reset();
 }
 
 void AppModel::refreshKeyboardMonitorState() {

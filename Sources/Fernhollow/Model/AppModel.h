@@ -4,11 +4,13 @@
 #include "KeypressCore/CountBatch.h"
 #include "KeypressCore/DayKey.h"
 #include "Model/AccountFigures.h"
+#include "Model/AccountStores.h"
 #include "Model/AppTracker.h"
 #include "Model/CloudSyncCoordinator.h"
 #include "Model/DailyHistory.h"
 #include "Model/DeviceIdentity.h"
 #include "Model/KeyPressMonitor.h"
+#include "Model/PendingCounts.h"
 #include "Model/RecentDays.h"
 #include "Support/Clock.h"
 #include "Support/NumberText.h"
@@ -97,15 +99,12 @@ public:
 private:
     AppModel(Surroundings surroundings, CloudSyncCoordinator::Factory makeSync);
 
-    void stopLoops();
     void begin(const KeyPressMonitor::Factory& makeMonitor);
-    bool rolloverIfNeeded(Instant now);
-    void startFlushLoop();
-    void startRefreshLoop();
+    void observeApplications();
+    void stopLoops();
     void refreshKeyboardMonitorState();
     void handleAccountChange(const std::optional<std::string>& newEmail);
-
-    // The store of the signed-in account, in AppModelStore.cpp.
+    void forgetCounts();
     bool openStore(std::chrono::milliseconds patience);
     void openMissingStore(std::chrono::milliseconds patience);
     /// Why a store cannot be gone on with: its file went away or cannot be read, or belongs to an identity
@@ -113,6 +112,10 @@ private:
     enum class Loss { moved, unreadable, identity };
     void replaceStore(Loss loss);
     void closeStore();
+
+    // Noticing a new day and reading again, in AppModelRefresh.cpp.
+    bool rolloverIfNeeded(Instant now);
+    void startRefreshLoop();
     QCoro::Task<> refreshTodayFromDisk();
     void showToday(std::optional<std::int64_t> remoteTotal);
     QCoro::Task<> refreshLast30DaysFromDisk();
@@ -141,12 +144,14 @@ private:
     QCoro::Task<> recalculateMetrics(Reads reads);
     QCoro::Task<> refreshAppHistory(Reads reads);
 
-    static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> refreshLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
+
+    // Presses on their way to the disk, in AppModelCounting.cpp.
+    void startFlushLoop();
+    static QCoro::Task<> flushLoop(std::shared_ptr<AppModel> self, std::stop_token stop);
     static QCoro::Task<> writeHourly(std::shared_ptr<AppModel> self, DayKey day, int hour,
                                      std::int64_t count);
-
-    // Flushing, in AppModelFlushing.cpp.
+    void noteHourlyFailure(const DailyCountsStore& store, const std::string& failure);
     struct Flush {
         std::shared_ptr<DailyCountsStore> store;
         CountBatch counts;  // to be written
@@ -155,7 +160,6 @@ private:
     };
     Flush takeFlush();
     void giveBack(const Flush& flush, const std::string& failure);
-    void addUnwritten(const CountBatch& counts);
     void noteSaved(const Flush& flush);
     bool hasUnwritten() const;
     void logUnwritten() const;
@@ -178,9 +182,7 @@ private:
     std::unique_ptr<KeyPressMonitor> keyboardMonitor_;
     bool isKeyboardMonitorRunning_ = false;
     DayKey currentDay_;
-    std::int64_t pending_ = 0; // of `currentDay_`
-    CountBatch missing_;       // hours, and days that have ended, which no write has brought to the store
-    CountBatch written_; // hours that went to the store since the last flush, and are lost with its file
+    PendingCounts pending_;
     std::int64_t dailyWrites_ = 0; // since the start, to tell whether one began meanwhile
     std::int64_t localTodayCount_ = 0;
     RecentDays recentDays_;
@@ -188,6 +190,7 @@ private:
     AccountFigures shownFigures_;
     std::optional<AppHistoryInputs> appHistoryInputs_; // absent once today's totals changed
     std::optional<std::string> currentAccountEmail_;
+    AccountStores stores_;
     DeviceIdentity identity_;
     CloudSyncCoordinator::Factory makeSync_;
     std::optional<std::stop_source> flushTask_;
@@ -196,9 +199,7 @@ private:
     RepeatedLog historyLog_;
     RepeatedLog remoteTotalLog_;
     bool isWaitingForMonitor_ = false; // logged, and tried again each second
-    bool completesDays_ = true;        // until the account of the start is open, or another one signs in
     bool hourlyWritesFail_ = false;    // keeps a full disk from filling the log with each press
-    std::string openingFailure_;       // the last one that was logged; tried again with each flush
 };
 
 } // namespace fernhollow

@@ -40,14 +40,15 @@ bool AppModel::rolloverIfNeeded(Instant now) {
     }
     debugLog("[AppModel] Day rollover detected: " + currentDay_.rawValue + " -> " + today.rawValue);
     const DayKey oldDay = std::exchange(currentDay_, std::move(today));
-    const std::int64_t oldPending = std::exchange(pending_, 0);
     todayCount.set(0);
     todayCountAggregated.set(0);
     if (cloudSync_) {
         cloudSync_->forceResetTodayCaches(); // before anybody can ask for the total again
     }
-    if (oldPending >= 1 && currentAccountEmail_) {
-        missing_.days[oldDay] += oldPending;
+    if (currentAccountEmail_) {
+        pending_.endDay(oldDay);
+    } else {
+        pending_.discardToday();
     }
     Flush flush = store_ && hasUnwritten() ? takeFlush() : Flush{};
     tasks_.start([self = shared_from_this(), flush = std::move(flush), oldDay] {
@@ -109,7 +110,7 @@ QCoro::Task<> AppModel::refreshFromDisk() {
         debugLog("[AppModel] Cloud caches reset after day rollover");
     }
     if (!store_) {
-        todayCountAggregated.set(accountWide(pending_, todayCountAggregated.get()));
+        todayCountAggregated.set(accountWide(pending_.today(), todayCountAggregated.get()));
         co_await refreshLast30DaysFromDisk();
         co_return;
     }
@@ -164,7 +165,7 @@ QCoro::Task<> AppModel::refreshTodayFromDisk() {
         if (store != store_ || day != currentDay_ || writes != dailyWrites_) {
             co_return; // another account's or day's count, or one that lacks what left `pending` meanwhile
         }
-        localTodayCount_ = count + pending_;
+        localTodayCount_ = count + pending_.today();
         showToday(remoteTotal);
     } catch (const DailyCountsStoreError&) {
         co_return; // what is shown stays; the next refresh reads again
