@@ -20,7 +20,12 @@ MAY_INCLUDE = {
     "Platform": ["Support/", "Platform/"],
     "Platform/Applications": ["Support/", r"Platform/Workspace\.h"],
     "Platform/StatusItem": ["Support/"],
-    "Platform/Wayland": ["Support/", r"Platform/(EventTap|Workspace)\.h", "Platform/Applications/"],
+    "Platform/Wayland": [
+        "Support/",
+        r"Platform/(EventTap|Workspace)\.h",
+        "Platform/Applications/",
+        r"Keytap/Protocol\.h",
+    ],
     "Platform/X11": [
         "Support/",
         r"Platform/(EventTap|Workspace)\.h",
@@ -44,7 +49,7 @@ MAY_INCLUDE = {
 }
 
 # Libraries that only one folder may know.
-BELONGS_TO = {"xcb/": "Platform/X11", "sqlite3": "KeypressCore", "sodium": "Updates"}
+BELONGS_TO = {"xcb/": "Platform/X11", "wayland-": "Platform/Wayland", "sqlite3": "KeypressCore", "sodium": "Updates"}
 
 
 def name_of(file):

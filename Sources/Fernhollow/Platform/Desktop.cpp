@@ -1,7 +1,11 @@
 #include "Platform/Desktop.h"
 
+#include "Platform/Applications/ApplicationFolders.h"
+#include "Platform/Applications/MessageLocale.h"
 #include "Platform/StatusItem/StatusItem.h"
+#include "Platform/Wayland/KeytapConnection.h"
 #include "Platform/Wayland/WaylandEventTapProvider.h"
+#include "Platform/Wayland/WaylandWorkspace.h"
 #include "Platform/Workspace.h"
 #include "Platform/X11/X11Desktop.h"
 
@@ -10,6 +14,12 @@
 #include <utility>
 
 namespace fernhollow {
+
+Desktop::Desktop(Session session) : session_(session) {
+    if (session != Session::none && session != Session::x11) {
+        keytap_ = std::make_shared<KeytapConnection>();
+    }
+}
 
 bool Desktop::isReachable() {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
@@ -20,25 +30,21 @@ bool Desktop::isReachable() {
 }
 
 std::unique_ptr<EventTapProvider> Desktop::makeEventTapProvider(EventTapProvider::Prompt prompt) const {
-    switch (session_) {
-    case Session::kwin:
-    case Session::gnome:
-    case Session::wlroots:
-        return std::make_unique<WaylandEventTapProvider>(std::move(prompt));
-    case Session::none: // the X11 provider reports that there is no display
-    case Session::x11:
-        break;
+    if (keytap_) {
+        return std::make_unique<WaylandEventTapProvider>(std::move(prompt), keytap_);
     }
-    return makeX11EventTapProvider(std::move(prompt));
+    return makeX11EventTapProvider(std::move(prompt)); // reports it where there is no display
 }
 
 std::unique_ptr<Workspace> Desktop::makeWorkspace() const {
     switch (session_) {
     case Session::none:
+        return std::make_unique<UnknownWorkspace>();
     case Session::kwin:
     case Session::gnome:
     case Session::wlroots:
-        return std::make_unique<UnknownWorkspace>();
+        return std::make_unique<WaylandWorkspace>(DesktopEntries(applicationFolders(), messageLocale()),
+                                                  keytap_);
     case Session::x11:
         break;
     }

@@ -31,10 +31,8 @@ class Desktop:
         self._size = size
         self.environment = self._bare_environment(time_zone)
         try:
-            self._start_display()
             self._start_bus()
-            self.spawn(["openbox"])
-            wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "a window manager")
+            self._start_display()
             if host == "tray":
                 self.spawn(["tint2"])
                 wait_until(lambda: self.windows("tint2"), "the panel")
@@ -207,6 +205,8 @@ class Desktop:
         if not number:
             raise AssertionError("the virtual display did not start: " + self._log("Xvfb"))
         self.environment["DISPLAY"] = f":{number}"
+        self.spawn(["openbox"])
+        wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "a window manager")
 
     def _start_bus(self):
         command = "dbus-daemon --session --nofork --nopidfile --print-address".split()

@@ -1,0 +1,113 @@
+"""A Wayland desktop without a screen, and a counting service that a test drives."""
+
+import os
+import pathlib
+import shutil
+import socket
+import struct
+import threading
+import time
+
+from .desktop import Desktop, HAND_MOVES
+from .waiting import wait_until
+
+
+class WaylandDesktop(Desktop):
+    """sway on a screen of its own in memory. Windows have names here instead of numbers: their app_id."""
+
+    def _start_display(self):
+        changes = {
+            "XDG_SESSION_TYPE": "wayland",
+            "XDG_CURRENT_DESKTOP": "sway",
+            "QT_QPA_PLATFORM": "wayland",
+            "GDK_BACKEND": "wayland",
+            "WLR_BACKENDS": "headless",
+            "WLR_RENDERER": "pixman",
+            "WLR_LIBINPUT_NO_DEVICES": "1",
+            "LIBSEAT_BACKEND": "noop",
+        }
+        self.environment.update(changes)
+        configuration = self.folder / "sway.conf"
+        configuration.write_text(f"output HEADLESS-1 resolution {self._size}\nfocus_on_window_activation focus\n")
+        runtime = pathlib.Path(self.environment["XDG_RUNTIME_DIR"])
+        self.spawn([*self._as_plain_user(runtime), "sway", "--config", configuration])
+        wait_until(lambda: list(runtime.glob("sway-ipc.*")), "the compositor")
+        self.environment["SWAYSOCK"] = str(next(runtime.glob("sway-ipc.*")))
+        displays = [path for path in runtime.glob("wayland-*") if path.suffix != ".lock"]
+        self.environment["WAYLAND_DISPLAY"] = displays[0].name
+
+    def _as_plain_user(self, runtime):
+        """sway does not run as root."""
+        if os.geteuid() != 0:
+            return []
+        self.folder.chmod(0o711)
+        shutil.chown(runtime, "nobody", "nogroup")
+        return ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
+
+    def windows(self, application_class):
+        tree = self.run("swaymsg", "--raw", "--type", "get_tree")
+        return [application_class] if f'"app_id": "{application_class}"' in tree else []
+
+    def focus(self, window):
+        """Brings the application to the front at once; a hand then needs a moment until it types."""
+        self.run("swaymsg", f'[app_id="{window}"] focus')
+        time.sleep(HAND_MOVES)
+
+
+class Keytap:
+    """The key-blind service as the program sees it: a socket from which numbers come.
+
+    As the real one it gathers presses, and sends them at the end of a slot or when it is asked.
+    """
+
+    def __init__(self, path):
+        self.path = path
+        self._lock = threading.Lock()
+        self._gathered = 0
+        self._peer = None
+        self._listener = socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        self._listener.bind(str(path))
+        self._listener.listen()
+        threading.Thread(target=self._serve, daemon=True).start()
+        threading.Thread(target=self._send_in_slots, daemon=True).start()
+
+    def press(self, count):
+        with self._lock:
+            self._gathered += count
+
+    def wait_for_program(self):
+        wait_until(lambda: self._peer, "the program at the service")
+
+    def refuse(self, reason):
+        """Ends the connection with a refusal, as for a session that is not local."""
+        with self._lock:
+            self._peer.send(bytes([reason]))
+        wait_until(lambda: not self._peer, "the program leaving")
+
+    def end(self):
+        self._listener.close()
+        os.unlink(self.path)
+
+    def _serve(self):
+        while True:
+            try:
+                peer, _ = self._listener.accept()
+            except OSError:
+                return  # the end of the test
+            self._peer = peer
+            with peer:
+                while packet := peer.recv(16):
+                    if len(packet) == 1:  # else it is how keys repeat
+                        self._send(also_nothing=True)
+                self._peer = None
+
+    def _send_in_slots(self):
+        while self._listener.fileno() >= 0:
+            time.sleep(0.1)
+            self._send()
+
+    def _send(self, also_nothing=False):
+        with self._lock:
+            if self._peer and (self._gathered or also_nothing):
+                self._peer.send(struct.pack("Q", self._gathered))
+                self._gathered = 0
