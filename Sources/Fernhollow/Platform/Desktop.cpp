@@ -3,6 +3,7 @@
 #include "Platform/Applications/ApplicationFolders.h"
 #include "Platform/Applications/MessageLocale.h"
 #include "Platform/StatusItem/StatusItem.h"
+#include "Platform/Wayland/KWinWorkspace.h"
 #include "Platform/Wayland/KeytapConnection.h"
 #include "Platform/Wayland/WaylandEventTapProvider.h"
 #include "Platform/Wayland/WaylandWorkspace.h"
@@ -41,6 +42,8 @@ std::unique_ptr<Workspace> Desktop::makeWorkspace() const {
     case Session::none:
         return std::make_unique<UnknownWorkspace>();
     case Session::kwin:
+        return std::make_unique<KWinWorkspace>(DesktopEntries(applicationFolders(), messageLocale()),
+                                               keytap_);
     case Session::gnome:
     case Session::wlroots:
         return std::make_unique<WaylandWorkspace>(DesktopEntries(applicationFolders(), messageLocale()),

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import socket
 import struct
@@ -13,35 +14,45 @@ from .waiting import wait_until
 
 
 class WaylandDesktop(Desktop):
-    """sway on a screen of its own in memory. Windows have names here instead of numbers: their app_id."""
+    """A compositor on a screen in memory. Windows have names here instead of numbers."""
+
+    environment_of_session: dict
 
     def _start_display(self):
-        changes = {
-            "XDG_SESSION_TYPE": "wayland",
-            "XDG_CURRENT_DESKTOP": "sway",
-            "QT_QPA_PLATFORM": "wayland",
-            "GDK_BACKEND": "wayland",
-            "WLR_BACKENDS": "headless",
-            "WLR_RENDERER": "pixman",
-            "WLR_LIBINPUT_NO_DEVICES": "1",
-            "LIBSEAT_BACKEND": "noop",
-        }
-        self.environment.update(changes)
-        configuration = self.folder / "sway.conf"
-        configuration.write_text(f"output HEADLESS-1 resolution {self._size}\nfocus_on_window_activation focus\n")
-        runtime = pathlib.Path(self.environment["XDG_RUNTIME_DIR"])
-        self.spawn([*self._as_plain_user(runtime), "sway", "--config", configuration])
-        wait_until(lambda: list(runtime.glob("sway-ipc.*")), "the compositor")
-        self.environment["SWAYSOCK"] = str(next(runtime.glob("sway-ipc.*")))
-        displays = [path for path in runtime.glob("wayland-*") if path.suffix != ".lock"]
-        self.environment["WAYLAND_DISPLAY"] = displays[0].name
+        self.environment.update(
+            {"XDG_SESSION_TYPE": "wayland", "QT_QPA_PLATFORM": "wayland", "GDK_BACKEND": "wayland"}
+        )
+        self.environment.update(self.environment_of_session)
+        self.runtime = pathlib.Path(self.environment["XDG_RUNTIME_DIR"])
+        self._start_compositor()
+        sockets = lambda: [path for path in self.runtime.glob("wayland-*") if path.suffix != ".lock"]
+        self.environment["WAYLAND_DISPLAY"] = wait_until(sockets, "the compositor")[0].name
 
-    def _as_plain_user(self, runtime):
+
+class SwayDesktop(WaylandDesktop):
+    """Stands for the desktops that are built on wlroots. A window's name is its app_id."""
+
+    environment_of_session = {
+        "XDG_CURRENT_DESKTOP": "sway",
+        "WLR_BACKENDS": "headless",
+        "WLR_RENDERER": "pixman",
+        "WLR_LIBINPUT_NO_DEVICES": "1",
+        "LIBSEAT_BACKEND": "noop",
+    }
+
+    def _start_compositor(self):
+        configuration = self.folder / "sway.conf"
+        configuration.write_text(f"output HEADLESS-1 resolution {self._size}\n")
+        self.spawn([*self._as_plain_user(), "sway", "--config", configuration])
+        wait_until(lambda: list(self.runtime.glob("sway-ipc.*")), "the compositor")
+        self.environment["SWAYSOCK"] = str(next(self.runtime.glob("sway-ipc.*")))
+
+    def _as_plain_user(self):
         """sway does not run as root."""
         if os.geteuid() != 0:
             return []
         self.folder.chmod(0o711)
-        shutil.chown(runtime, "nobody", "nogroup")
+        shutil.chown(self.runtime, "nobody", "nogroup")
         return ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
 
     def windows(self, application_class):
@@ -52,6 +63,30 @@ class WaylandDesktop(Desktop):
         """Brings the application to the front at once; a hand then needs a moment until it types."""
         self.run("swaymsg", f'[app_id="{window}"] focus')
         time.sleep(HAND_MOVES)
+
+
+class KWinDesktop(WaylandDesktop):
+    """KDE Plasma's compositor. A window's name is its class."""
+
+    environment_of_session = {"XDG_CURRENT_DESKTOP": "KDE"}
+    program = shutil.which("kwin_wayland")
+
+    def _start_compositor(self):
+        # A copy lacks the file's capability, which containers refuse.
+        kwin = shutil.copy(self.program, self.folder / "kwin_wayland")
+        self.spawn([kwin, "--virtual", "--no-lockscreen", "--no-global-shortcuts", "--socket", "wayland-kwin"])
+
+    def windows(self, application_class):
+        """By KWin's own search, which finds windows by class and title."""
+        return re.findall(r"'(0_\{[^']*)'", self._search("Match", application_class))
+
+    def focus(self, window):
+        self._search("Run", self.windows(window)[0], "")
+        time.sleep(HAND_MOVES)
+
+    def _search(self, method, *arguments):
+        call = ["gdbus", "call", "--session", "--dest=org.kde.KWin", "--object-path=/WindowsRunner"]
+        return self.run(*call, f"--method=org.kde.krunner1.{method}", *arguments, check=False)
 
 
 class Keytap:

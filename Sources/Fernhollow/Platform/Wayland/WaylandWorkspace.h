@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Platform/Applications/ApplicationResolver.h"
 #include "Platform/Applications/DesktopEntries.h"
 #include "Platform/Workspace.h"
 
 #include <memory>
 #include <optional>
-#include <string>
 
 namespace fernhollow {
 
@@ -17,16 +17,18 @@ class WaylandDisplay;
 /// The key-blind service gathers presses for up to 100 ms. When another application comes to the front, the
 /// presses until then are still the old one's: the service is asked for them, and the new application is
 /// named from its answer on. Main thread only.
-class WaylandWorkspace final : public Workspace {
+class WaylandWorkspace : public Workspace {
 public:
     WaylandWorkspace(DesktopEntries entries, std::shared_ptr<KeytapConnection> connection);
     ~WaylandWorkspace() override;
 
     std::optional<FrontmostApplication> frontmostApplication() override;
 
-private:
-    void follow(const std::string& identifier);
+protected:
+    /// This window came to the front; nothing of a window means that none is there.
+    void follow(WindowFacts window);
 
+private:
     DesktopEntries entries_;
     std::shared_ptr<KeytapConnection> connection_;
     std::optional<FrontmostApplication> application_;
