@@ -14,7 +14,7 @@ std::unique_ptr<icu::GregorianCalendar> makeWorking(icu::TimeZone* adoptedZone) 
     if (U_FAILURE(status)) {
         throw std::runtime_error(std::string("no calendar: ") + u_errorName(status));
     }
-    // One calendar without the switch from Julian dates, like the dates on the wire.
+    // Gregorian for all times: dates on the wire know no switch from the Julian calendar.
     calendar->setGregorianChange(-std::numeric_limits<UDate>::max(), status);
     calendar->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
     calendar->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);

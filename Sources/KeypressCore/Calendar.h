@@ -14,8 +14,8 @@ namespace fernhollow {
 
 /// Gregorian calendar arithmetic in one time zone, or in the system's zone as it changes.
 ///
-/// The calendar is Gregorian in every locale, because day keys are shared between machines. Keeps a
-/// working ICU calendar, so one object belongs to one thread; copies are independent.
+/// The calendar is Gregorian in every locale, because day keys are shared between machines. An
+/// object keeps a working ICU calendar, so it belongs to one thread; copies are independent.
 class Calendar {
 public:
     struct Components {
@@ -30,10 +30,10 @@ public:
     /// The calendar of the system's time zone, which follows every change of it.
     static Calendar autoupdatingCurrent();
 
-    /// The calendar of the zone that this one is in now, for many steps without a look at the system.
+    /// A copy that stays in the present zone, for many steps without asking the system again.
     Calendar snapshot() const;
 
-    /// The calendar of the zone with the IANA name `zone`; an unknown name stands for UTC.
+    /// The calendar of the zone with the IANA name `zone`; UTC when the name is unknown.
     explicit Calendar(std::string_view zone);
 
     Calendar(const Calendar& other);
@@ -48,13 +48,14 @@ public:
     /// The first instant of the day, which is not midnight where a clock change skips midnight.
     Instant startOfDay(Instant instant) const;
 
-    /// The instant that the components describe; numbers out of range are carried over leniently.
-    /// A time that a clock change skips or repeats gives the next existing or the first one.
+    /// The instant that the components describe. Numbers out of range carry over into the larger
+    /// unit. For a time that a clock change skips it is the next time that exists; for a repeated
+    /// one the first. Empty when ICU fails.
     std::optional<Instant> date(const Components& components) const;
 
     std::optional<Instant> addingDays(Instant instant, int days) const;
 
-    /// Whole days from `from` to `to`, negative when `to` is the earlier one.
+    /// Whole days from `from` to `to`, negative when `to` is earlier.
     int wholeDays(Instant from, Instant to) const;
 
     /// 12:00:00 of the day of `instant`.

@@ -10,7 +10,7 @@
 
 namespace fernhollow {
 
-/// Counts that go to the store, or come back from it, together: by day, by hour, and by hour and application.
+/// Counts that are written to the store together: by day, by hour, and by hour and application.
 ///
 /// The three do not have to agree with each other: an hour may have been written before its day.
 struct CountBatch {
@@ -22,10 +22,10 @@ struct CountBatch {
     std::map<ApplicationHour, std::int64_t> applications;
     std::map<std::string, std::string> names; ///< of applications to register, by identifier
 
-    /// Names alone are not worth a write.
+    /// True when there are no counts; names alone are not worth a write.
     bool isEmpty() const { return days.empty() && hours.empty() && applications.empty(); }
 
-    /// Adds the other counts; of two names of an application the one that is here already stays.
+    /// Adds the other counts. Where both name an application, this batch's name stays.
     void add(const CountBatch& other) {
         for (const auto& [day, count] : other.days) {
             days[day] += count;
@@ -39,7 +39,8 @@ struct CountBatch {
         names.insert(other.names.begin(), other.names.end());
     }
 
-    /// Takes the other counts away, as far as they are here.
+    /// Subtracts the other counts and removes those that reach zero; counts that are missing here stay
+    /// missing.
     void subtract(const CountBatch& other) {
         subtract(days, other.days);
         subtract(hours, other.hours);

@@ -4,8 +4,8 @@
 
 namespace fernhollow {
 
-// What a count can be at most. Every count that comes from outside is held against these before it is used,
-// so that no sum of counts overflows and no stranger's number reaches this machine's database.
+// The largest possible counts. Every count from outside is compared with these before it is used, so that
+// no sum overflows and no impossible number reaches this machine's database.
 
 /// Presses on one machine on one day. A key held all day makes some 3.5 million.
 constexpr std::int64_t maximumDeviceDay = 10'000'000;
@@ -17,7 +17,7 @@ constexpr std::int64_t maximumAccountDay = 1'000'000'000'000'000;
 /// thousand such rows.
 constexpr std::int64_t maximumAccountRow = 1'000'000'000'000;
 
-/// `count`, or none when it is more than it can be.
+/// `count`, or 0 when its amount is larger than `maximum`.
 constexpr std::int64_t believable(std::int64_t count, std::int64_t maximum) {
     return count <= maximum && count >= -maximum ? count : 0;
 }

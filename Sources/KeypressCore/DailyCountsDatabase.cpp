@@ -79,7 +79,7 @@ DailyCountsDatabase::DailyCountsDatabase(const std::filesystem::path& file, cons
     connection_.exec(createHourlyCounts);
     connection_.exec(createAppHourCounts);
     connection_.exec(createAppRegistry);
-    connection_.syncLog(); // a killed program may have left some of it in the system's memory
+    connection_.syncLog(); // a killed program may have left part of the log in the system's memory
     if (opening.owner != 0) {
         claim(opening.owner);
     }
@@ -144,10 +144,10 @@ void DailyCountsDatabase::expectInPlace() {
     }
 }
 
-// One sync of the log per flush. It covers the presses too that were appended to the log since the last one:
-// a sync is of a file, not of a transaction. Full synchronisation for good would sync at each press. A
-// checkpoint instead would sync twice and write every page once more; a sync by ourselves after the commit
-// could fail when the commit can no longer be undone, and its presses would be added again.
+// One sync of the log for each flush. It also covers the presses that were appended to the log since the
+// last sync, because a sync is of a file, not of a transaction. Permanent full synchronisation would sync at
+// each press. A checkpoint instead would sync twice and write every page once more. A sync of our own after
+// the commit could fail when the commit can no longer be undone, and its presses would be added again.
 void DailyCountsDatabase::writeDurably(const CountBatch& counts, std::int64_t updatedAt) {
     expectInPlace();
     if (counts.isEmpty()) {
@@ -158,7 +158,8 @@ void DailyCountsDatabase::writeDurably(const CountBatch& counts, std::int64_t up
     }
     unsynced_ = {};
     if (!place_->hasLog()) {
-        connection_.exec("PRAGMA wal_checkpoint(TRUNCATE);"); // into the file, which still has a name
+        // The log was deleted, so its contents move into the database file, which still has a name.
+        connection_.exec("PRAGMA wal_checkpoint(TRUNCATE);");
     }
 }
 
@@ -215,7 +216,7 @@ void DailyCountsDatabase::incrementHourly(const DayKey& day, int hour, std::int6
     if (by <= 0 || !isHour(hour)) {
         return;
     }
-    expectInPlace(); // a look at the file's number is cheap, and a press into a deleted file is lost
+    expectInPlace(); // comparing inode numbers is cheap, and a press written to a deleted file is lost
     Statement(connection_, addToHour)
         .bind(1, day.rawValue)
         .bind(2, hour)

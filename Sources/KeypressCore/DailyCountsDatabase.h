@@ -20,9 +20,10 @@ namespace fernhollow {
 
 /// The tables of one account's database and the statements on them, for DailyCountsStore's executor.
 ///
-/// Each operation prepares its own statements and finalizes them before it returns. Failures are
-/// DailyCountsStoreErrors. Hours are 0 to 23; `updatedAt` and `firstSeen` are seconds since the Unix
-/// epoch. What is not on the disk yet is in `unsynced_`: increments of hours since the last durable write.
+/// Each operation prepares its own statements and finalizes them before it returns, and throws
+/// DailyCountsStoreError when it fails. Hours are 0 to 23; `updatedAt` and `firstSeen` are seconds since
+/// the Unix epoch. `unsynced_` holds the increments of hours that a power cut could still take away,
+/// because they came after the last durable write.
 class DailyCountsDatabase {
 public:
     /// Opens the file, in write-ahead-log mode, and creates the tables that are missing.
@@ -32,19 +33,19 @@ public:
 
     /// Adds all of the counts, or nothing.
     void write(const CountBatch& counts, std::int64_t updatedAt);
-    /// Likewise; everything written up to now is on the disk when this returns, also with no counts. Fails
-    /// with a DatabaseMovedError when the file is no longer in its place, and lets another one take the
-    /// place.
+    /// Does the same durably: when it returns, everything written so far is on the disk, even if `counts`
+    /// is empty. Throws DatabaseMovedError when the file is no longer in its place, after making way for a
+    /// new file there.
     void writeDurably(const CountBatch& counts, std::int64_t updatedAt);
-    /// Rows without what a power cut could still take away.
+    /// The rows of the day without the counts that a power cut could still take away.
     std::vector<HourlyCountRow> fetchDurableHourlyCounts(const DayKey& day);
     std::vector<AppHourlyCountRow> fetchDurableAppHourlyCounts(const DayKey& day);
 
-    /// What the backend was given of the day; nothing when that is not known.
+    /// What the backend was given for the day; nothing when that is not known.
     std::optional<SentCount> sentCount(const DayKey& day);
-    /// The backend is about to be given this count of the day. Remembered durably.
+    /// Notes durably that the backend is about to be given this count of the day.
     void noteSent(const DayKey& day, std::int64_t count);
-    /// Adds to the day, durably, what the backend has more of it.
+    /// Adds `by` to the day's count, durably: the presses of the day that only the backend has.
     void raise(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
 
     void increment(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
@@ -75,10 +76,10 @@ private:
     void add(const CountBatch& counts, std::int64_t updatedAt);
 
     SQLiteConnection connection_;
-    std::optional<DatabasePlace> place_; // once the file and its companions are there
+    std::optional<DatabasePlace> place_; // present once the file and its companions exist
     CountBatch unsynced_;
     std::optional<SentCounts> sent_;
-    bool isRaising_ = false; // announced to `sent_`, and not ended yet
+    bool isRaising_ = false; // a raise was announced to `sent_` and has not ended
 };
 
 } // namespace fernhollow

@@ -1,5 +1,4 @@
-// What the database knows of the backend: which of its counts were sent, and what is added to them from
-// there.
+// The operations about the backend: which counts were sent there, and which are added from there.
 
 #include "KeypressCore/DailyCountsDatabase.h"
 
@@ -47,7 +46,7 @@ void DailyCountsDatabase::endRaise() {
 
 std::optional<SentCount> DailyCountsDatabase::sentCount(const DayKey& day) {
     if (isRaising_) {
-        endRaise(); // it failed in between
+        endRaise(); // the raise failed after it was announced
     }
     return sent_ ? sent_->of(day) : std::nullopt;
 }

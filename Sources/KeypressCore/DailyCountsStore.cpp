@@ -10,7 +10,7 @@ DailyCountsStore::DailyCountsStore(std::filesystem::path url, const DatabaseOpen
     : url_(std::move(url)), database_(std::make_shared<DailyCountsDatabase>(url_, opening)) {}
 
 DailyCountsStore::~DailyCountsStore() {
-    // The executor's thread closes the database: a close writes the log back into the file.
+    // The executor's thread closes the database, because closing writes the log back into the file.
     executor_.run([database = std::move(database_)]() mutable { database.reset(); });
 }
 

@@ -24,15 +24,16 @@ class DailyCountsDatabase;
 /// All counts of one account on this machine, in one SQLite database.
 ///
 /// An actor: its operations return at once and run one at a time, in the order of the calls, on an
-/// executor of its own, the only one to touch the database once it is open. An operation is under way
+/// executor of its own. Once the database is open, only that executor touches it. An operation runs
 /// whether or not its future is awaited. Awaiting throws DailyCountsStoreError and nothing else.
-/// Destroying the store waits for what was asked of it and closes the database.
+/// Destroying the store waits for the operations that were asked for and closes the database.
 ///
 /// Hours are 0 to 23; `updatedAt` and `firstSeen` are seconds since the Unix epoch; day ranges
 /// include both ends and compare day keys as text.
 class DailyCountsStore {
 public:
-    /// Opens the database, on the caller's thread, and creates what is missing of it.
+    /// Opens the database on the caller's thread, and creates the file and its tables where they are missing.
+    /// Throws DailyCountsStoreError.
     explicit DailyCountsStore(std::filesystem::path url, const DatabaseOpening& opening = {});
     ~DailyCountsStore();
     DailyCountsStore(const DailyCountsStore&) = delete;
@@ -42,46 +43,47 @@ public:
 
     /// Adds all of the counts, or nothing.
     Future<void> write(CountBatch counts, std::int64_t updatedAt);
-    /// Likewise; everything written up to now is on the disk once this is done. Fails with a
+    /// Does the same durably: everything written so far is on the disk once this is done. Fails with a
     /// DatabaseMovedError when the file is no longer in its place; another store can then be opened there.
     Future<void> writeDurably(CountBatch counts, std::int64_t updatedAt);
 
-    // What may be uploaded: the rows without what a power cut could still take away. A backend that knew more
-    // of this machine than its disk would be added to the disk's count at the next start. The days' counts
-    // need no such operation as long as whatever is uploaded of them was written durably.
+    // What may be uploaded: the rows without the counts that a power cut could still take away. If the
+    // backend knew more than the disk, the next start would add the backend's count to the disk's. The days'
+    // counts need no such operation, because a day is uploaded only after a durable write.
     Future<std::vector<HourlyCountRow>> fetchDurableHourlyCounts(DayKey day);
     Future<std::vector<AppHourlyCountRow>> fetchDurableAppHourlyCounts(DayKey day);
 
-    // What the backend was given, which is remembered where the opening names a device.
+    // What the backend was given. The store notes this only when DatabaseOpening names a device.
     Future<std::optional<SentCount>> sentCount(DayKey day);
-    /// To be awaited before the backend is given this count of the day, which is this machine's.
+    /// Notes that the backend is about to be given this machine's count of the day; await it before the
+    /// request.
     Future<void> noteSent(DayKey day, std::int64_t count);
-    /// Adds to the day's count what the backend has more of it.
+    /// Adds `by` to the day's count: the presses of the day that only the backend has.
     Future<void> raise(DayKey day, std::int64_t by, std::int64_t updatedAt);
 
-    /// Adds to the day's count; nothing happens unless `by` is 1 or more.
+    /// Adds `by` to the day's count; does nothing unless `by` is 1 or more.
     Future<void> increment(DayKey day, std::int64_t by, std::int64_t updatedAt);
-    /// Adds to the hour's count; nothing happens unless `by` is 1 or more and `hour` is an hour. Fails like
-    /// writeDurably when the file is no longer in its place.
+    /// Adds `by` to the hour's count; does nothing unless `by` is 1 or more and `hour` is 0 to 23. Fails
+    /// like writeDurably when the file is no longer in its place.
     Future<void> incrementHourly(DayKey day, int hour, std::int64_t by, std::int64_t updatedAt);
-    /// The day's count becomes `count`, whatever it is.
+    /// Sets the day's count to `count`, whatever the number.
     Future<void> overwrite(DayKey day, std::int64_t count, std::int64_t updatedAt);
-    /// The day's hourly counts become `counts`, all or none; keys that are not an hour are left out.
+    /// Replaces the day's hourly counts by `counts`, all or none; leaves out keys that are not an hour.
     Future<void> replaceHourly(DayKey day, std::map<int, std::int64_t> counts, std::int64_t updatedAt);
     /// The day's count, 0 when it has none.
     Future<std::int64_t> count(DayKey day);
-    /// In the order of the days.
+    /// The rows from `from` to `to`, in the order of the days.
     Future<std::vector<DailyCountRow>> fetchCounts(DayKey from, DayKey to);
-    /// In the order of the hours, those with a row only.
+    /// The day's rows in the order of the hours; an hour without presses has none.
     Future<std::vector<HourlyCountRow>> fetchHourlyCounts(DayKey day);
 
-    /// Adds to the application's count in that hour, under the same conditions as incrementHourly.
+    /// Adds `by` to the application's count in that hour, under the same conditions as incrementHourly.
     Future<void> incrementAppHourly(DayKey day, int hour, std::string bundleId, std::int64_t by,
                                     std::int64_t updatedAt);
     /// In the order of hours, then identifiers.
     Future<std::vector<AppHourlyCountRow>> fetchAppHourlyCounts(DayKey day);
     Future<std::unordered_map<std::string, std::int64_t>> fetchAppDailyCounts(DayKey day);
-    /// Registers an application, or gives a known one its new name and changes nothing else of it.
+    /// Registers an application. Of a known one it changes the name and nothing else.
     Future<void> registerApp(std::string bundleId, std::string appName, std::int64_t firstSeen);
     /// In the binary order of the names.
     Future<std::vector<AppRegistryRow>> fetchAppRegistry();
@@ -89,30 +91,31 @@ public:
     /// Nothing when the application is unknown.
     Future<std::optional<std::string>> getAppName(std::string bundleId);
 
-    /// How long an operation asked for from now on waits for a lock that another process holds.
+    /// Sets how long later operations wait for a lock that another process holds.
     void setPatience(std::chrono::milliseconds patience);
 
-    /// Blocks until everything asked for so far is done, and lets the awaiting callers go on; false when
-    /// that takes longer than `limit`.
+    /// Blocks until all operations asked for so far are done and their awaiting callers have continued.
+    /// False when that takes longer than `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 
-    /// The folder "Fernhollow" in the user's data directory. Does not create it.
-    /// This and the following throw std::filesystem::filesystem_error.
+    /// The folder "Fernhollow" in the user's data directory; this does not create it. Throws
+    /// std::filesystem::filesystem_error, as do the next three.
     static std::filesystem::path databaseDirectory();
     /// The database of the time before accounts, in the folder, which it creates.
     static std::filesystem::path defaultURL();
     /// The account's database, named after the first characters of its address in lower case and
     /// base64, in the folder, which it creates.
     static std::filesystem::path urlForAccount(std::string_view email);
-    /// The account's database where another account's address begins with the same characters and has the
-    /// place of urlForAccount.
+    /// The place of the account's database when that of urlForAccount belongs to another account, whose
+    /// address begins with the same characters.
     static std::filesystem::path longUrlForAccount(std::string_view email);
-    /// By what the account's database is recognised as its own; see DatabaseOpening.
+    /// The number that marks the account's database as its own; see DatabaseOpening.
     static std::int32_t ownerMark(std::string_view email);
-    /// False on any failure.
+    /// Whether the database of the time before accounts exists. False on any failure, too.
     static bool globalDatabaseExists();
-    /// Moves the database of the time before accounts to the account's place, with its companions.
-    /// False, with nothing changed, when there is none or the account has a database already.
+    /// Moves the database of the time before accounts, with its companions, to the account's place.
+    /// True when it was moved; false, with nothing changed, when there is none or the account has a
+    /// database already.
     static bool migrateGlobalDataToAccount(std::string_view email);
 
 private:

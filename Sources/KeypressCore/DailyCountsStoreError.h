@@ -14,7 +14,7 @@ public:
 
     int code() const { return code_; }
     const std::string& message() const { return message_; }
-    /// Whether the file is not a database, or a damaged one; false when it is only out of reach for now.
+    /// True when the file is not a database or is damaged; false when it only cannot be used for now.
     bool isUnreadable() const;
     const char* what() const noexcept override { return description_.c_str(); }
 
@@ -24,8 +24,8 @@ private:
     std::string description_;
 };
 
-/// The file at the place of the database is another one by now, or there is none. What was written since the
-/// last durable write may be lost with it.
+/// The database's file was moved, deleted or replaced. What was written since the last durable write may be
+/// lost.
 class DatabaseMovedError : public DailyCountsStoreError {
 public:
     using DailyCountsStoreError::DailyCountsStoreError;

@@ -1,4 +1,4 @@
-// Where the store's files lie: the static operations of DailyCountsStore.
+// The static operations of DailyCountsStore: where its files are.
 
 #include "KeypressCore/DailyCountsStore.h"
 #include "Support/Text.h"
@@ -40,7 +40,7 @@ fs::path withSuffix(fs::path file, const char* suffix) {
     return file += suffix;
 }
 
-/// The target appears when it is complete: half a database would be taken for the account's own.
+/// The target appears only when it is complete, because half a database would pass for the account's own.
 void copyWhole(const fs::path& from, const fs::path& to) {
     const fs::path partial = withSuffix(to, ".partial");
     try {
@@ -95,7 +95,7 @@ bool DailyCountsStore::migrateGlobalDataToAccount(std::string_view email) {
         return false;
     }
     copyWhole(global, account);
-    std::error_code ignored; // SQLite makes companions anew, and a leftover original only takes space
+    std::error_code ignored; // SQLite makes new companions, and an original that stays only takes space
     for (const char* suffix : companions) {
         if (fs::exists(withSuffix(global, suffix), ignored)) {
             fs::copy_file(withSuffix(global, suffix), withSuffix(account, suffix), ignored);

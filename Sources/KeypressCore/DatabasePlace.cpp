@@ -44,7 +44,7 @@ bool DatabasePlace::hasLog() const {
 }
 
 void DatabasePlace::clear() const {
-    std::error_code ignored; // SQLite then finds what is in the way by itself, or fails to open the next one
+    std::error_code ignored; // on failure SQLite copes with the old files, or fails to open the next database
     if (log_ && idOf(companion(logSuffix)) == log_) {
         fs::rename(companion(logSuffix), withSuffix(freeName(database_, "left-behind"), logSuffix), ignored);
     }
@@ -59,7 +59,7 @@ fs::path DatabasePlace::setAside(const fs::path& database, const std::string& re
     return name;
 }
 
-// The log goes first: a database that came into the place of the old one must not find it there.
+// The log is moved first: a new database in this place must not find the old one's log.
 void DatabasePlace::move(const fs::path& database, const fs::path& name) {
     for (const char* suffix : {logSuffix, sharedMemorySuffix, ""}) {
         if (fs::exists(withSuffix(database, suffix))) {

@@ -8,29 +8,27 @@
 
 namespace fernhollow {
 
-/// The companions of an open database in the file system, told apart from others of the same name.
+/// The companion files of an open database: its log and its shared memory, recognised by inode, not by name.
 ///
-/// A database whose file was moved away leaves its log and its shared memory behind under the old name. A new
-/// database in its place would take them for its own: their contents would be mixed into it, and its opening
-/// would shorten the memory that the old connection still reads. Owned by DailyCountsDatabase, whose thread
-/// is this class's too.
+/// A database whose file was moved away leaves its companions behind under the old name. A new database there
+/// would take them for its own: it would mix the log's contents into itself, and shorten the shared memory
+/// that the old connection still reads. Owned by DailyCountsDatabase and used on its thread.
 class DatabasePlace {
 public:
-    /// The companions are those that exist now.
+    /// Takes the companions that exist now.
     explicit DatabasePlace(std::filesystem::path database);
 
-    /// False when the log was deleted, so that the end of this process would be the end of its contents.
+    /// False when the log was deleted: its contents then last only as long as this process.
     bool hasLog() const;
 
-    /// Takes what the database left behind out of the way of the next one; logs nothing and never fails.
+    /// Moves the companions out of the way of the next database. Logs nothing and never fails.
     void clear() const;
 
-    /// Renames a database and its companions to the name with a dot and `reason` behind it, or with a number
-    /// behind that where there is such a file already. Returns the new name.
-    /// Throws std::filesystem::filesystem_error.
+    /// Renames a database and its companions: appends a dot and `reason` to the name, and a number where
+    /// that name is taken. Returns the new name. Throws std::filesystem::filesystem_error.
     static std::filesystem::path setAside(const std::filesystem::path& database, const std::string& reason);
 
-    /// Renames a database, which is not open, and its companions.
+    /// Renames a database that is not open, and its companions.
     /// Throws std::filesystem::filesystem_error.
     static void move(const std::filesystem::path& database, const std::filesystem::path& name);
 

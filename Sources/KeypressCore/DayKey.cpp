@@ -12,7 +12,7 @@
 namespace fernhollow {
 namespace {
 
-/// A signed decimal integer and nothing else.
+/// The number that `text` is; empty unless all of it is one signed decimal integer.
 std::optional<int> number(std::string_view text) {
     if (text.starts_with('+')) {
         text.remove_prefix(1);

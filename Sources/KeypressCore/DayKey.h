@@ -15,8 +15,9 @@ class Calendar;
 
 /// One calendar day in the user's zone, as the text "2026-01-05".
 ///
-/// Ordered and hashed as text, which for keys made from dates is the order of the days. It is the key
-/// of every daily and hourly record, here and on the wire. As JSON it is {"rawValue": "2026-01-05"}.
+/// It is ordered and hashed as text, which for keys made from dates is the order of the days. It is
+/// the key of every daily and hourly record, here and on the wire. As JSON it is {"rawValue":
+/// "2026-01-05"}.
 class DayKey {
 public:
     DayKey() = default;
@@ -27,7 +28,7 @@ public:
     /// The day on which `instant` falls in `calendar`.
     DayKey(Instant instant, const Calendar& calendar);
 
-    /// The day of the clock's now in the system's time zone, as both are at the call.
+    /// The day that `clock` shows now in the system's present time zone.
     static DayKey today(const Clock& clock);
 
     /// 12:00:00 of the day in `calendar`; empty when the text is not three whole numbers.

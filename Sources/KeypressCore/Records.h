@@ -39,12 +39,12 @@ struct AppHourlyCountRow {
     bool operator==(const AppHourlyCountRow&) const = default;
 };
 
-/// What is remembered of an application that has been in front.
+/// An application that has been in front.
 struct AppRegistryRow {
     std::string bundleId;
     std::string appName;        ///< the name last seen
     std::int64_t firstSeen = 0; ///< seconds since the Unix epoch
-    bool isHidden = false;      ///< left out of the views per application
+    bool isHidden = false;      ///< true when the lists of applications leave it out
 
     const std::string& id() const { return bundleId; }
     bool operator==(const AppRegistryRow&) const = default;

@@ -163,7 +163,7 @@ DurableCommits::~DurableCommits() {
     try {
         connection_.exec("PRAGMA synchronous=NORMAL;");
     } catch (const DailyCountsStoreError&) {
-        return; // commits then are durable for longer than they have to be
+        return; // later commits are then durable without need, which is slower but safe
     }
 }
 
@@ -178,7 +178,7 @@ Transaction::~Transaction() {
     try {
         connection_.exec("ROLLBACK;");
     } catch (const DailyCountsStoreError&) {
-        return; // the failure that brought us here is under way, and SQLite may have rolled back by itself
+        return; // another failure is under way, and SQLite may have rolled back by itself
     }
 }
 

@@ -13,12 +13,12 @@ struct sqlite3_stmt;
 
 namespace fernhollow {
 
-/// An open SQLite database. Every failure is a DailyCountsStoreError. Not shared outside the store,
-/// and used by one thread at a time.
+/// An open SQLite database. Every failure throws DailyCountsStoreError. Only the store uses it, one
+/// thread at a time.
 ///
-/// While another process holds the database's lock, a statement waits for it, but only briefly, and
-/// after one wait in vain no other statement waits for a while: work that arrives at the rate of key
-/// presses must not pile up behind a lock that another process keeps.
+/// While another process holds the database's lock, a statement waits briefly for it. After one wait
+/// in vain, statements do not wait for a while: work that arrives at the rate of key presses must
+/// not pile up behind a lock that another process keeps.
 class SQLiteConnection {
 public:
     /// Opens the file read-write and creates it if it is missing.
@@ -26,19 +26,19 @@ public:
     SQLiteConnection(const SQLiteConnection&) = delete;
     SQLiteConnection& operator=(const SQLiteConnection&) = delete;
 
-    /// How long a statement waits for another process's lock from now on, the next one in any case.
+    /// Sets how long statements wait for another process's lock; the next statement waits in any case.
     void setPatience(std::chrono::milliseconds patience);
 
     /// Runs statements that give no rows.
     void exec(const char* sql);
 
-    /// Brings onto the disk what the write-ahead log holds, whichever process wrote it there.
+    /// Syncs the write-ahead log to the disk, whichever process wrote it.
     void syncLog();
 
     /// Whether the file was moved, deleted or replaced since it was opened.
     bool hasMoved() const;
 
-    /// A failure with `code` and the connection's current message.
+    /// Throws DailyCountsStoreError with `code` and the connection's current message.
     [[noreturn]] void fail(int code) const;
 
 private:
@@ -72,7 +72,7 @@ public:
     void run();
     void reset();
 
-    /// Columns count from 0. A text that is null is absent.
+    /// Columns count from 0. An SQL NULL is an absent text.
     std::optional<std::string> text(int column) const;
     int integer(int column) const;
     std::int64_t integer64(int column) const;
@@ -86,9 +86,9 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
 };
 
-/// While it is in scope a commit returns when its changes, and all earlier ones, are on the disk.
+/// While it is in scope, a commit returns once its changes and all earlier ones are on the disk.
 ///
-/// Outside of it a commit leaves them in the system's memory, from where they survive the end of this process
+/// Otherwise a commit leaves its changes in the system's memory, where they survive the end of this process
 /// but not a power cut. A commit whose sync fails is undone as a whole, so that it can be tried again.
 class DurableCommits {
 public:
