@@ -42,7 +42,7 @@ std::optional<std::string> BundleInfo::string(const std::string& key) const {
 }
 
 const fs::path& executablePath() {
-    // Once: an update that replaces the file makes the kernel tell another name.
+    // Read once, because after an update has replaced the file the kernel reports another name.
     static const fs::path path = [] {
         std::error_code error;
         return fs::read_symlink("/proc/self/exe", error);

@@ -7,13 +7,14 @@
 
 namespace fernhollow {
 
-/// The facts about this build that are told beside it: the information dictionary, a JSON object of texts in
-/// the file "fernhollow.json" in the folder of the executable, written at build time.
+/// The information dictionary of this build: a JSON object of texts in the file "fernhollow.json", which the
+/// build writes to the folder of the executable.
 class BundleInfo {
 public:
-    /// That of the running program, read once. What cannot be read is logged and taken for empty.
+    /// The running program's dictionary, read once.
     static const BundleInfo& main();
 
+    /// The dictionary in `file`; empty, with a line in the log, when it cannot be read.
     static BundleInfo read(const std::filesystem::path& file);
 
     /// The text under `key`; absent when the key or a text value is missing.
@@ -23,7 +24,7 @@ private:
     std::map<std::string, std::string> texts_;
 };
 
-/// The absolute path of the running program's file, as it was when this was first asked.
+/// The absolute path of the running program's file, as it was at the first call.
 const std::filesystem::path& executablePath();
 
 } // namespace fernhollow

@@ -13,7 +13,7 @@ public:
         timer_.setSingleShot(true);
         timer_.setTimerType(Qt::PreciseTimer);
         QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
-            const auto fire = std::move(fired_); // it may destroy this timer
+            const auto fire = std::move(fired_); // moved out, because the call may destroy this timer
             fire();
         });
         timer_.start(delay);

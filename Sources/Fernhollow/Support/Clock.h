@@ -7,11 +7,11 @@
 
 namespace fernhollow {
 
-/// A point of the wall clock, which may be set forwards or backwards at any time.
+/// A point in time on the wall clock, which may be set forwards or backwards at any moment.
 using Instant = std::chrono::system_clock::time_point;
 
-/// A point of the monotonic clock, which goes on whatever becomes of the wall clock. Only differences mean
-/// something, within one run.
+/// A point in time on the monotonic clock, which runs on when the wall clock is set. Only differences
+/// within one run of the program mean something.
 using Moment = std::chrono::steady_clock::time_point;
 
 /// Whole seconds since the Unix epoch, truncated toward zero.
@@ -21,8 +21,8 @@ inline std::int64_t unixSeconds(Instant instant) {
 
 /// The only source of time: the wall clock, the monotonic clock, and timers that follow the latter.
 ///
-/// Handed to each object that needs it, so that a test can walk over midnight. Timers fire on the thread that
-/// started them, from its event loop.
+/// Each object that needs time is given a clock, so that a test can move it past midnight. Timers fire on the
+/// thread that started them, from its event loop.
 class Clock {
 public:
     /// A started timer; destroying it cancels it.
@@ -34,6 +34,7 @@ public:
     virtual ~Clock() = default;
     virtual Instant now() const = 0;
     virtual Moment monotonic() const = 0;
+    /// Calls `fired` once, after `delay`.
     virtual std::unique_ptr<Timer> startTimer(std::chrono::milliseconds delay,
                                               std::function<void()> fired) = 0;
 };

@@ -24,7 +24,8 @@ bool appendToExisting(const std::string& path, std::string_view line) {
 }
 
 // A finished file takes the name by link(), which unlike rename() never replaces one that came first. On a
-// file system without links the file is made where it stays: a reader may see it empty for a moment.
+// file system without links the file is created under its own name: a reader may see it empty for a
+// moment.
 bool createWhole(const std::string& path, std::string_view line) {
     std::string temporary = path + ".XXXXXX";
     FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC)); // made with mode 0600
@@ -50,7 +51,7 @@ bool isControl(unsigned char character) {
     return (character < 0x20 && character != '\n' && character != '\t') || character == 0x7F;
 }
 
-// Line breaks that some readers of files know besides the line feed: U+0085, U+2028 and U+2029.
+// Some programs also break lines at U+0085, U+2028 and U+2029.
 std::size_t lengthOfForeignBreak(std::string_view text) {
     if (text.starts_with("\xC2\x85")) {
         return 2;
@@ -66,8 +67,8 @@ void appendEscaped(std::string& line, std::string_view characters) {
     }
 }
 
-// A message may have several lines, and parts of it may come from a server, another program or a file: none
-// of its lines may pass for an entry, and nothing in it may steer the terminal that shows the log.
+// Parts of a message may come from a server, another program or a file. None of its lines may look like an
+// entry, and none may control the terminal that shows the log.
 void appendMessage(std::string& line, std::string_view message) {
     for (std::size_t at = 0; at < message.size(); ++at) {
         const std::string_view rest = message.substr(at);

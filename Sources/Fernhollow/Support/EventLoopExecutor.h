@@ -36,14 +36,15 @@ struct ResultOf<QCoro::Task<T>> {
 
 } // namespace detail
 
-/// Runs functions and coroutines on the event loop of one thread, begun in the order in which they came.
+/// Runs functions and coroutines on the event loop of one thread, and begins them in the order in which they
+/// came.
 ///
-/// What an actor that waits for the network stands on: what only this executor's work touches needs no
-/// lock, but coroutines interleave where they wait. Any thread may ask; it lives, and is destroyed, on
-/// the thread that runs the work.
+/// The base of an actor that waits for the network. What only this executor's work touches needs no
+/// lock, but coroutines interleave where they wait. Any thread may call run() and post(). The executor
+/// lives, and is destroyed, on the thread that runs the work.
 class EventLoopExecutor : public QObject {
 public:
-    /// Begins `work`, which gives a value or a task; see Future for what becomes of its result.
+    /// Queues `work`, which returns a value or a task. The Future delivers its result.
     template<class Work>
     auto run(Work work) {
         using Result = typename detail::ResultOf<std::invoke_result_t<Work&>>::Type;
@@ -53,7 +54,7 @@ public:
         return future;
     }
 
-    /// Begins `work`, whose result no caller awaits. An exception that escapes from it goes to the debug log.
+    /// Queues `work`, whose result no caller awaits. An exception that escapes from it goes to the debug log.
     template<class Work>
     void post(Work work) {
         auto* event = new Event<Work>(std::move(work));
@@ -61,7 +62,7 @@ public:
         QCoreApplication::postEvent(this, event);
     }
 
-    /// How many coroutines have begun here and not ended. For this executor's own thread.
+    /// How many pieces of work have begun here and not ended. Only for this executor's own thread.
     std::size_t underWay() const { return underWay_; }
 
 protected:
@@ -87,7 +88,7 @@ private:
         Work work_;
     };
 
-    // Work that hands its result back.
+    // Work whose result, or exception, goes back to the thread that asked.
     template<class Work, class Result>
     class Piece {
     public:

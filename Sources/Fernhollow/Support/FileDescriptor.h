@@ -9,7 +9,7 @@ namespace fernhollow {
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    /// Of what a system call has opened; one that failed gives a negative number, which is nothing.
+    /// Takes the result of a system call; a negative number, from a call that failed, is nothing.
     explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
     FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
@@ -21,17 +21,17 @@ public:
     explicit operator bool() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; }
 
-    /// Leaves it open for the rest of the process.
+    /// Gives up ownership and returns the descriptor, which stays open.
     int release() { return std::exchange(descriptor_, -1); }
 
-    /// False, with the reason in errno, when a write that came before has failed.
+    /// False, with the reason in errno, when an earlier write turns out to have failed.
     bool close();
 
 private:
     int descriptor_ = -1;
 };
 
-/// Writes all of `bytes`; false, with the reason in errno, when not all could be written.
+/// Writes `bytes`. False, with the reason in errno, when not all of them could be written.
 bool writeAll(const FileDescriptor& file, std::string_view bytes);
 
 } // namespace fernhollow

@@ -17,8 +17,8 @@ protected:
     }
 };
 
-// The main thread's is never destroyed: the last writes are asked for while exit() has already run its
-// thread-local destructors.
+// The main thread's receiver is never destroyed, because the last writes are asked for after exit()
+// has run the thread-local destructors.
 struct OfThisThread {
     ~OfThisThread() {
         if (::gettid() != ::getpid()) {

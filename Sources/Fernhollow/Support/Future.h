@@ -18,10 +18,11 @@ namespace fernhollow {
 
 /// The result of work that runs on an EventLoopExecutor, awaited on the thread that asked for it.
 ///
-/// The work is under way whether or not it is awaited. A failure that is not awaited is lost, so
-/// a caller drops a future only when failure does not matter. Awaiting continues on the asking thread, from
-/// its event loop, or throws there what the work threw. Awaited once. (A QFuture awaited through QCoro would
-/// do, but costs 14 µs of CPU there and back where this costs 8, and each press makes that way.)
+/// The work runs whether or not it is awaited. A failure that is not awaited is lost, so a caller drops a
+/// future only when a failure does not matter. The caller continues on its own thread, from the event loop,
+/// or gets there the exception that the work threw. A future is awaited at most once. (A QFuture awaited
+/// through QCoro would do the same, but a round trip costs 14 µs of CPU instead of 8, and each press makes
+/// one.)
 template<class T>
 class Future {
 public:

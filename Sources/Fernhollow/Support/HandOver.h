@@ -7,11 +7,11 @@
 #endif
 #endif
 
-/// Tells the thread sanitizer of a hand-over from one thread to another that it cannot see, because the queue
-/// in between is the toolkit's, which is not instrumented. Everything before handOver(tag) then happens
-/// before everything after takeOver(tag). The tag is what is handed over, or the executor whose work is
-/// waited for: never anything that two executors share, or a race between them would pass for a hand-over.
-/// Nothing in other builds.
+/// Declares to the thread sanitizer that one thread hands something over to another. It cannot see this by
+/// itself, because the queue between them is Qt's, which is not instrumented. Everything before handOver(tag)
+/// then happens before everything after takeOver(tag). The tag is the object that is handed over, or the
+/// executor whose work a thread waits for. It must not be an object that two executors share, because a race
+/// between them would then pass for a hand-over. Does nothing in other builds.
 namespace fernhollow::detail {
 
 inline void handOver([[maybe_unused]] void* tag) {

@@ -32,7 +32,8 @@ void keepNothing(QNetworkRequest& request) {
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    // One request at a time needs no multiplexing, and an aborted one then ends its connection at once.
+    // One request at a time needs no multiplexing (HTTP/2), and without it an aborted request ends its
+    // connection at once.
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
 }
 

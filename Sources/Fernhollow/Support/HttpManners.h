@@ -7,23 +7,23 @@
 
 class QNetworkRequest;
 
-// What the requests to the backend (HttpSession) and the downloads of updates (Fetch) share. How they wait
-// for an answer differs in every point: one has a time in which the whole answer has to come and keeps it in
-// memory; the other has none, hands on what comes and goes on for as long as anything comes.
+// What requests to the backend (HttpSession) and downloads of updates (Fetch) share. They wait for an answer
+// in different ways. HttpSession keeps the whole answer in memory and sets it a time limit. Fetch hands the
+// bytes on as they come, and goes on as long as any come.
 namespace fernhollow {
 
-/// Deleted later, because it may be at work.
+/// Deletes a reply from the event loop, because one of its own functions may be running.
 struct DeleteLater {
     void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
 };
 using NetworkReply = std::unique_ptr<QNetworkReply, DeleteLater>;
 
-/// Requests pass through the proxies of the system, but not those to this machine itself. Replies belong to
-/// those who asked.
+/// A manager whose requests use the proxies of the system, except requests to this machine itself. A reply
+/// belongs to the caller that asked for it.
 std::unique_ptr<QNetworkAccessManager> makeNetworkAccess();
 
-/// No redirection is followed by itself, no cookie or password is kept, and one request needs no
-/// multiplexing.
+/// Sets `request` to follow no redirection by itself, to keep no cookie or password, and to use
+/// HTTP/1.1.
 void keepNothing(QNetworkRequest& request);
 
 } // namespace fernhollow

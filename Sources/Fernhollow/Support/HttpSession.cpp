@@ -20,7 +20,8 @@ QNetworkRequest networkRequest(const HttpRequest& request) {
     return result;
 }
 
-/// Suspends until the reply is finished, and cancels it at the deadline, at a stop, or at its size limit.
+/// Suspends until the reply has finished. Cancels the reply at the deadline, when a stop is requested, or
+/// when it is too large.
 class Completion {
 public:
     Completion(QNetworkReply& reply, Clock& clock, std::chrono::seconds timeout, std::stop_token stop)
@@ -29,7 +30,7 @@ public:
     bool await_ready() const { return false; }
 
     void await_suspend(std::coroutine_handle<> waiter) {
-        // Queued, because cancelling finishes the reply while it is still at work.
+        // Queued, because cancelling finishes the reply while one of its functions is still running.
         QObject::connect(
             &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
         QObject::connect(&reply_, &QNetworkReply::readyRead, &reply_, [this] {
@@ -41,7 +42,7 @@ public:
         onStop_.emplace(stop_, Stop{this});
     }
 
-    /// Why it was cancelled, if it was.
+    /// Why the reply was cancelled; empty when it was not.
     std::optional<std::string> await_resume() {
         onStop_.reset();
         timer_.reset();
@@ -70,7 +71,8 @@ private:
     std::optional<std::string> reason_;
 };
 
-// An answer with any status is an answer; below the server's own errors are those of the way to it.
+// An answer with any status is an answer. Qt numbers the errors of the connection and the proxy below those
+// of the server.
 bool isTransportError(QNetworkReply::NetworkError error) {
     return error != QNetworkReply::NoError &&
            (error < QNetworkReply::ContentAccessDenied || error == QNetworkReply::ProtocolUnknownError ||

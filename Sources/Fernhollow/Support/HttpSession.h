@@ -25,31 +25,32 @@ struct HttpRequest {
     std::string url;                                          ///< absolute, percent-encoded
     std::vector<std::pair<std::string, std::string>> headers; ///< in the order in which they are sent
     std::string body;                                         ///< of a post
-    std::chrono::seconds timeout{60}; ///< from the beginning until the answer is complete
+    std::chrono::seconds timeout{60}; ///< from sending the request until the answer is complete
 };
 
 /// A complete answer, whatever its status.
 struct HttpAnswer {
     int status = 0;
     std::string body;
-    std::string retryAfter{}; ///< the field of that name, as it came
+    std::string retryAfter{}; ///< the field Retry-After, as it came; empty without one
 
     bool isSuccess() const { return status >= 200 && status <= 299; }
 };
 
-/// No answer, or none that is complete: no route, refused, TLS failure, time-out, cut short, too large.
+/// There was no complete answer: no route, refused, TLS failure, time-out, cut short, too large, or stopped.
 class TransportError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Sends requests over connections that it keeps open. Lives on one thread with an event loop.
+/// Sends requests and keeps the connections open for the next ones. Lives on one thread, which has an event
+/// loop.
 ///
-/// Follows no redirection, keeps no cookies and stores nothing. Proxies are those of the system, but
-/// for this machine itself.
+/// It follows no redirection, keeps no cookies and stores nothing. It uses the proxies of the
+/// system, except for requests to this machine itself.
 class HttpSession {
 public:
-    /// An honest answer of the backend never reaches this size; a larger one is cancelled.
+    /// In bytes. A genuine answer of the backend is never that large; a larger one is cancelled.
     static constexpr std::size_t maximumAnswer = std::size_t{8} << 20;
 
     explicit HttpSession(Clock& clock);
@@ -58,10 +59,10 @@ public:
     /// The answer to `request`. Throws TransportError, also as soon as a stop is requested.
     QCoro::Task<HttpAnswer> send(HttpRequest request, std::stop_token stop);
 
-    /// How many requests wait for their answer.
+    /// How many requests are waiting for their answer.
     std::size_t underWay() const { return underWay_; }
 
-    /// Closes the connections; for the session's own thread, when nothing is under way.
+    /// Closes the connections. Only for the session's own thread, when no request is under way.
     void close();
 
 private:
@@ -69,7 +70,7 @@ private:
 
     Clock& clock_;
     std::size_t underWay_ = 0;
-    std::unique_ptr<QNetworkAccessManager> manager_; // made by its thread, when first needed
+    std::unique_ptr<QNetworkAccessManager> manager_; // created by the session's thread when first needed
 };
 
 } // namespace fernhollow

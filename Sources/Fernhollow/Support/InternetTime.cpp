@@ -13,7 +13,7 @@ class Columns {
 public:
     explicit Columns(std::string_view text) : rest_(text) {}
 
-    /// The next `count` digits as a number.
+    /// Takes the next `count` digits as a number.
     int digits(std::size_t count) {
         int number = 0;
         for (std::size_t i = 0; i < count; ++i) {
@@ -24,7 +24,7 @@ public:
         return number;
     }
 
-    /// The next character, or NUL at the end.
+    /// Takes the next character; NUL at the end.
     char next() {
         const char character = rest_.empty() ? '\0' : rest_.front();
         rest_.remove_prefix(rest_.empty() ? 0 : 1);

@@ -2,10 +2,10 @@
 
 namespace fernhollow {
 
-/// The languages that the program's introduction speaks.
+/// The languages of the program's introduction.
 enum class AppLanguage { english, portuguese };
 
-/// Portuguese when the language that the user prefers is any kind of it, else English.
+/// Portuguese when the user's preferred language is any variety of it, else English.
 AppLanguage currentAppLanguage();
 
 } // namespace fernhollow

@@ -18,9 +18,9 @@ private:
     std::shared_ptr<std::function<void()>> observer_;
 };
 
-/// A list of observers who hear that something is about to change. One thread only.
+/// A list of observers, which it calls before something changes. One thread only.
 ///
-/// An observer may end its own or another observation, or begin a new one, while it is being told.
+/// While it is being called, an observer may end its own or another observation, or begin a new one.
 class Observable {
 public:
     Observable() = default;
@@ -51,8 +51,8 @@ private:
     mutable bool announcing_ = false;
 };
 
-/// A field whose owner's observers, and its own, hear of each change just before it happens.
-/// Setting the value that it has is not a change.
+/// A field that calls its owner's observers and its own just before each change. Setting an equal
+/// value is not a change.
 template<class T>
 class Published : public Observable {
 public:
@@ -68,7 +68,7 @@ public:
         value_ = std::move(value);
     }
 
-    /// Changes the value in place, for values that are expensive to copy.
+    /// Changes the value in place, for values that are expensive to copy. It always counts as a change.
     template<class Change>
     void change(Change change) {
         announce();

@@ -25,10 +25,10 @@ using std::chrono::year;
 constexpr int firstYear = 1990;
 constexpr int lastYear = 2099;
 
-// What the C library assumes of a summer time without a rule.
+// What the C library assumes when a zone has summer time but no rule for it.
 constexpr std::string_view usualChanges = ",M3.2.0,M11.1.0";
 
-/// A day of every year and a time of that day, on the clocks that run until then.
+/// A day of every year and a time of that day, by the clock as it runs before the change.
 struct YearlyChange {
     enum class Kind { weekdayOfMonth, dayWithoutLeapDay, dayFromZero };
 
@@ -57,7 +57,7 @@ struct YearlyChange {
     }
 };
 
-/// East of Greenwich, as ICU counts; POSIX counts to the west.
+/// Offsets are positive east of Greenwich, as in ICU; in POSIX they are positive to the west.
 struct Rule {
     seconds standard{0};
     std::optional<seconds> summer{};
@@ -73,7 +73,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Reads a rule from its front. Each step returns false, or nothing, where the text is not what it reads.
+/// Reads a rule from its front. Each step returns false, or nothing, when the text does not match.
 class Parser {
 public:
     explicit Parser(std::string_view text) : text_(text) {}
@@ -123,13 +123,14 @@ private:
         return error == std::errc() && value >= least && value <= most;
     }
 
-    /// Hours, and perhaps minutes and seconds, after a sign.
+    /// A sign, hours, and perhaps minutes and seconds.
     std::optional<seconds> time() {
         const bool isNegative = skip('-');
         if (!isNegative) {
             skip('+');
         }
-        constexpr unsigned mostHours = 167; // a week, for changes some days after the day of the rule
+        constexpr unsigned mostHours =
+            167; // a week, because a change may come days after the day of its rule
         unsigned hour = 0;
         unsigned minute = 0;
         unsigned second = 0;
@@ -181,7 +182,8 @@ struct Change {
     bool isToSummer;
 };
 
-/// In the order of time, without those that undo each other at once: a summer time of the whole year.
+/// The changes in the order of time. Pairs that cancel each other at once, as in a summer time of the whole
+/// year, are left out.
 std::vector<Change> changes(const Rule& rule) {
     std::vector<Change> all;
     for (int number = firstYear; number <= lastYear; ++number) {

@@ -16,7 +16,7 @@ struct Span {
     URelativeDateTimeUnit unit;
 };
 
-// A month after the 31st is the last day of a shorter month.
+// One month after the 31st is the last day of a shorter month.
 sys_seconds addingMonths(sys_seconds instant, months count) {
     const auto day = floor<days>(instant);
     auto date = year_month_day(day) + count;
@@ -55,7 +55,7 @@ Span largestUnit(sys_seconds from, sys_seconds to) {
     return {passed.count(), UDAT_REL_UNIT_SECOND};
 }
 
-/// The locale, or English for a language that ICU has no words for: it would say "-3 d".
+/// `locale`, or English when ICU has no words for its language and would say "-3 d".
 icu::Locale spoken(const std::string& locale) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::LocalUResourceBundlePointer words(ures_open(nullptr, locale.c_str(), &status));
@@ -80,13 +80,13 @@ RelativeTime::RelativeTime(std::string_view locale, Units units)
 RelativeTime::~RelativeTime() = default;
 
 std::string RelativeTime::operator()(Instant then, Instant now) const {
-    // In seconds, in which no two instants are too far apart to be subtracted.
+    // In whole seconds, because the difference of two distant instants would overflow in finer units.
     const auto from = floor<seconds>(then);
     const auto to = floor<seconds>(now);
     const bool isPast = from <= to;
     const Span span = isPast ? largestUnit(from, to) : largestUnit(to, from);
 
-    // Minus zero is a moment ago, and zero a moment ahead.
+    // ICU reads minus zero as a moment ago and zero as a moment ahead.
     const double offset = static_cast<double>(span.count) * (isPast ? -1.0 : 1.0);
     UErrorCode status = formatter_->status;
     icu::UnicodeString text;

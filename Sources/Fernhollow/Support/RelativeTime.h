@@ -11,8 +11,8 @@ namespace fernhollow {
 
 /// How long ago something was, in a locale's words: "3 days ago", and "5 min. ago" or "5 minutes ago".
 ///
-/// The largest unit that has passed in full is the only one named. Months and years are those of the
-/// calendar in UTC, so that the answer hangs on the two instants alone. One thread only.
+/// It names only the largest unit that has passed in full. Months and years are those of the
+/// calendar in UTC, so that the answer depends on the two instants alone. One thread only.
 class RelativeTime {
 public:
     enum class Units { abbreviated, full };

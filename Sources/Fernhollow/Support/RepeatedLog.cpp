@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Six lines an hour of each kind tell as much as one a second would.
+// Six lines of a kind in an hour say as much as one a second would.
 constexpr auto detailInterval = 10min;
 
 } // namespace

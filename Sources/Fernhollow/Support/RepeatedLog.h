@@ -9,15 +9,15 @@
 
 namespace fernhollow {
 
-/// Keeps what is looked at every second from filling the log: says whether lines that could be logged again
-/// are worth it. Owned by the object that logs, on its thread.
+/// Decides whether a line that could be logged every second is worth logging again, so that it does not
+/// fill the log. Owned by the object that logs, on its thread.
 class RepeatedLog {
 public:
-    /// True the first time, when `subject` is another one than at the last true answer, and when `detail`,
-    /// such as a count that grows with each press, is and ten minutes have passed.
+    /// True the first time, and when `subject` differs from the one at the last true answer. When only
+    /// `detail` differs, such as a count that grows with each press, true once ten minutes have passed.
     bool isDue(std::string_view subject, std::int64_t detail, Instant now);
 
-    /// The next question is answered with true: what was logged is over.
+    /// What was logged is over: the next isDue() returns true.
     void clear() { last_.reset(); }
 
 private:

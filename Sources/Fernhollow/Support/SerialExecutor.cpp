@@ -8,7 +8,7 @@ namespace fernhollow {
 
 SerialExecutor::SerialExecutor() {
     executor_.moveToThread(&thread_);
-    // At the thread's very end: after the last piece of work the executor still counts it as done.
+    // Only at the thread's end, because the executor still updates its count after the last piece of work.
     QObject::connect(
         &thread_, &QThread::finished, &executor_, [this] { detail::handOver(this); }, Qt::DirectConnection);
     thread_.start();

@@ -10,9 +10,9 @@
 
 namespace fernhollow {
 
-/// `co_await Sleep(clock, 1s, stop)` continues after a second with true, or with false as soon as a
-/// stop is requested. The request is made on the sleeper's own thread; the sleeper has returned from
-/// it, or sleeps again, before the request returns.
+/// `co_await Sleep(clock, 1s, stop)` gives true after a second, or false as soon as a stop is
+/// requested. The stop has to be requested on the sleeper's own thread. Before request_stop()
+/// returns, the sleeping coroutine has run until it ended or waits again.
 class Sleep {
 public:
     Sleep(Clock& clock, std::chrono::milliseconds duration, std::stop_token stop);

@@ -7,7 +7,7 @@
 
 namespace fernhollow {
 
-/// Where the hosted backend is and the public key that opens its interface.
+/// The address of the hosted backend and the public key for its interface.
 struct SupabaseConfig {
     std::string url;     ///< scheme and host, without a path
     std::string anonKey; ///< a JSON Web Token (RFC 7519) with the role "anon"

@@ -28,7 +28,8 @@ Zone utc() {
     return Zone(icu::TimeZone::getGMT()->clone());
 }
 
-/// Only of a name that is a zone's. ICU reads others by rules of its own, "GMT+3" with the opposite sign.
+/// The zone with that exact name; null for other names, which ICU would read by rules of its own ("GMT+3"
+/// with the opposite sign).
 Zone namedZone(std::string_view name) {
     const auto id = icu::UnicodeString::fromUTF8({name.data(), static_cast<std::int32_t>(name.size())});
     icu::UnicodeString canonical;
@@ -38,7 +39,7 @@ Zone namedZone(std::string_view name) {
     return U_SUCCESS(status) && isSystemId ? Zone(icu::TimeZone::createTimeZone(id)) : nullptr;
 }
 
-/// By its place in a database of zones.
+/// The zone whose name is the path's place in a database of zones.
 Zone zoneOfPath(const fs::path& path) {
     std::error_code error;
     for (const fs::path& candidate : {path, fs::canonical(path, error)}) {
@@ -55,7 +56,7 @@ Zone zoneOfPath(const fs::path& path) {
     return nullptr;
 }
 
-/// By the rule for the years to come, which is the last line of a compiled zone.
+/// The zone of the rule for future years, which is the last line of a compiled zone file (RFC 8536).
 Zone zoneOfContents(const fs::path& path) {
     std::ifstream stream(path, std::ios::binary);
     const std::string contents{std::istreambuf_iterator<char>(stream), {}};
@@ -66,8 +67,8 @@ Zone zoneOfContents(const fs::path& path) {
     return makePosixTimeZone(text.substr(text.rfind('\n') + 1));
 }
 
-/// What TZ stands for, in the order in which the C library tries it: a file, then a rule. Null when it is
-/// neither.
+/// The zone that the value of TZ names, tried in the order of the C library: a file, then a rule. Null
+/// when it is neither.
 Zone zoneOfVariable(std::string_view value) {
     if (value.starts_with(':')) {
         value.remove_prefix(1);
@@ -85,7 +86,7 @@ Zone zoneOfVariable(std::string_view value) {
             return zone;
         }
     }
-    // Also of zones that this system does not have: a region's name can mean nothing else.
+    // ICU may know a zone that this system lacks, and a name with a region can mean nothing else.
     if (value.find('/') != std::string_view::npos || !fs::is_directory(zoneFolder(), error)) {
         if (auto zone = namedZone(value)) {
             return zone;
@@ -106,7 +107,7 @@ std::unique_ptr<icu::TimeZone> SystemTimeZone::changedZone() {
     if (auto zone = zoneOfVariable(*source_->variable)) {
         return zone;
     }
-    static thread_local std::string logged; // each calendar of the thread comes to the same result
+    static thread_local std::string logged; // so that only one calendar of the thread logs it
     if (logged != *source_->variable) {
         logged = *source_->variable;
         debugLog("[SystemTimeZone] TZ=" + logged + " names no time zone; days and hours are those of UTC");

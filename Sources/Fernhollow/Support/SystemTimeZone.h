@@ -9,13 +9,15 @@
 
 namespace fernhollow {
 
-/// Follows the time zone of the system: the TZ variable, as the C library reads it (a zone, a file, or a
-/// rule), else what /etc/localtime points to.
+/// Follows the time zone of the system: the variable TZ, as the C library reads it (a zone, a file, or a
+/// rule), else the zone that /etc/localtime points to. One thread only.
 ///
-/// Asking for the zone costs one lstat() while it stays the same; only a change asks ICU to find it.
+/// While the zone stays the same, a question costs one lstat(). Only after a change is ICU asked for the
+/// zone.
 class SystemTimeZone {
 public:
-    /// The system's zone when it is another one than this object gave last, or it gave none yet.
+    /// The system's zone at the first call and whenever it differs from the one returned last; null
+    /// otherwise.
     std::unique_ptr<icu::TimeZone> changedZone();
 
 private:

@@ -37,7 +37,7 @@ void TaskScope::start(Body body) {
 }
 
 void TaskScope::beginWaiting() {
-    // Tasks started meanwhile wait for the next turn, so that no task can starve the event loop.
+    // Tasks that these start wait for the next turn, so that no task can starve the event loop.
     for (auto bodies = std::exchange(waiting_, {}); !bodies.empty(); bodies.pop_front()) {
         if (isStopped_) {
             return;

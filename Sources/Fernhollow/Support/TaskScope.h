@@ -13,20 +13,20 @@ QCoro::Task<> noTask();
 
 /// Starts the main thread's coroutines.
 ///
-/// A task begins after the handler that asked for it has returned, in the order of the requests. What
-/// escapes from a task goes to the debug log. Destroying the scope, or stop(), drops the tasks that
-/// have not begun. The others go on to their end; one that sleeps is stopped by the object that it belongs
-/// to. A task must own, or share in owning, what it uses: its body hands everything on by value.
+/// A task begins after the handler that asked for it has returned, in the order of the requests. An
+/// exception that escapes from a task goes to the debug log. Destroying the scope, or stop(), drops the
+/// tasks that have not begun. The others run to their end; the object that owns a sleeping task stops it.
+/// A task must own, or share ownership of, what it uses, so its body passes everything on by value.
 class TaskScope : public QObject {
 public:
     using Body = std::function<QCoro::Task<>()>;
 
     void start(Body body);
 
-    /// Begins the waiting tasks now instead of in the next turn of the event loop.
+    /// Starts the waiting tasks now instead of in the next turn of the event loop.
     void beginWaiting();
 
-    /// No task begins any more.
+    /// Drops the tasks that have not begun; later ones never begin.
     void stop();
 
 protected:

@@ -4,7 +4,7 @@
 
 namespace fernhollow {
 
-/// $HOME, or the home directory of the password database where the variable is not set.
+/// $HOME, or where that is not set the user's home directory in the password database.
 std::filesystem::path homeDirectory();
 
 /// The per-user data directory of the XDG Base Directory Specification: $XDG_DATA_HOME when it is an
@@ -12,11 +12,11 @@ std::filesystem::path homeDirectory();
 /// when there is no home directory either.
 std::filesystem::path applicationSupportDirectory();
 
-/// $XDG_CONFIG_HOME likewise, else ".config" in the home directory.
+/// The same for configuration: $XDG_CONFIG_HOME, else ".config" in the home directory.
 std::filesystem::path configurationDirectory();
 
-/// Creates `folder` and what is missing above it, each with mode 0700.
-/// Throws std::filesystem::filesystem_error.
+/// Creates `folder` and the missing folders above it, each with mode 0700. Throws
+/// std::filesystem::filesystem_error.
 void createPrivateDirectories(const std::filesystem::path& folder);
 
 } // namespace fernhollow

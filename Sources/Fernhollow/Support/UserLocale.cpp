@@ -7,7 +7,7 @@
 namespace fernhollow {
 namespace {
 
-/// Empty for the locales without a language.
+/// The locale set for the category; empty when it has no language.
 std::string spokenLocale(const char* category) {
     std::string locale = localeSetting(category);
     locale.resize(std::min(locale.find_first_of(".@"), locale.size()));
@@ -37,7 +37,7 @@ std::string preferredLanguage() {
     }
     const char* languages = std::getenv("LANGUAGE");
     std::string_view list = languages != nullptr ? languages : "";
-    list.remove_prefix(std::min(list.find_first_not_of(':'), list.size())); // gettext passes over empty ones
+    list.remove_prefix(std::min(list.find_first_not_of(':'), list.size())); // gettext skips empty entries
     return list.empty() ? locale : std::string(list.substr(0, list.find(':')));
 }
 

@@ -8,12 +8,12 @@ namespace fernhollow {
 /// of LC_ALL, the category's own variable and LANG that is not empty.
 std::string localeSetting(const char* category);
 
-/// That locale as an identifier that ICU reads. "C" and "POSIX", which speak no language and group no digits,
-/// stand for "en".
+/// The same locale as an identifier for ICU. "C" and "POSIX", which have no language and do not group digits,
+/// become "en".
 std::string userLocale(const char* category);
 
-/// The language that the user prefers, as a locale such as "pt_BR": the first of LANGUAGE, which GNU gettext
-/// puts before the locale of messages unless that is "C", else that locale.
+/// The language that the user prefers, as a locale such as "pt_BR": the first entry of LANGUAGE, else the
+/// locale of messages. As in GNU gettext, LANGUAGE counts only when that locale is not "C".
 std::string preferredLanguage();
 
 } // namespace fernhollow

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How long either thread lets the other's answers wait at the end.
+// While the thread ends, how long either thread waits before it handles the other's answers.
 constexpr auto endingStep = 2ms;
 
 } // namespace
@@ -48,7 +48,7 @@ bool WorkerThread::finish(std::chrono::milliseconds limit) {
     }
     const QDeadlineTimer deadline(limit);
     while (!thread_->wait(QDeadlineTimer(endingStep))) {
-        QCoreApplication::sendPostedEvents(); // what coroutines of the thread still ask this one for
+        QCoreApplication::sendPostedEvents(); // requests that the thread's coroutines still make to this one
         if (deadline.hasExpired()) {
             return false;
         }
@@ -57,7 +57,7 @@ bool WorkerThread::finish(std::chrono::milliseconds limit) {
     return true;
 }
 
-// On the thread. It asks from a timer, because the asking is not to count as something under way.
+// Runs on the thread. A timer checks, because a coroutine that checked would itself count as under way.
 void WorkerThread::quitWhenIdle() {
     auto* timer = new QTimer(executor_.get());
     QObject::connect(timer, &QTimer::timeout, executor_.get(), [this, timer] {

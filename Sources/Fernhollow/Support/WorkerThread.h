@@ -10,10 +10,10 @@
 
 namespace fernhollow {
 
-/// A thread with an event loop of its own, whose coroutines come to their end before it does.
+/// A thread with an event loop of its own. It ends only after all of its coroutines have ended.
 ///
-/// Created and ended by the main thread; destroying it waits for them. The owner of coroutines here asks them
-/// to stop before.
+/// Created and ended by the main thread; the destructor waits for the coroutines. Their owner has to ask them
+/// to stop first.
 class WorkerThread {
 public:
     explicit WorkerThread(const QString& name);
@@ -23,11 +23,12 @@ public:
 
     EventLoopExecutor& executor() { return *executor_; }
 
-    /// Called by the thread at its very end.
+    /// Called on the thread itself when it ends.
     std::function<void()> onFinished;
 
-    /// Ends the thread as soon as no coroutine is left, which meanwhile may ask the calling thread for
-    /// something; false when that takes longer than `limit`. What is asked of it afterwards is not done.
+    /// Ends the thread as soon as no coroutine is left there; until then, those may still ask the
+    /// calling thread for something. False when that takes longer than `limit`. Work that is posted
+    /// later is not done.
     bool finish(std::chrono::milliseconds limit);
 
 private:
@@ -35,7 +36,8 @@ private:
 
     std::unique_ptr<QThread> thread_;
     bool isEnding_ = false;
-    std::unique_ptr<EventLoopExecutor> executor_; // outlives the thread: answers on their way may ask again
+    std::unique_ptr<EventLoopExecutor>
+        executor_; // outlives the thread, because late answers may still post to it
 };
 
 } // namespace fernhollow
