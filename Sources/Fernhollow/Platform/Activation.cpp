@@ -24,10 +24,10 @@ void bringToFront(QWidget& window, const ActivationToken& token) {
     window.raise();
     if (!token.isEmpty() && windowSystem() == WindowSystem::x11 &&
         activateX11Window(static_cast<std::uint32_t>(window.winId()), token.toStdString())) {
-        return; // with the time of what the person did; the toolkit only knows that of its own last event
+        return; // this used the time of the person's click; Qt knows only the time of its own last event
     }
     if (!token.isEmpty() && windowSystem() == WindowSystem::wayland) {
-        qputenv(waylandVariable, token); // from where the toolkit takes it as it activates the window
+        qputenv(waylandVariable, token); // Qt takes it from there when it activates the window
     }
     window.activateWindow();
 }

@@ -25,7 +25,7 @@ Desktop::Desktop(Session session) : session_(session) {
 bool Desktop::isReachable() {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     if (!platform.isEmpty() && !platform.startsWith("xcb")) {
-        return true; // the person has chosen a platform of the toolkit
+        return true; // the person has chosen one of Qt's platforms
     }
     return (platform.isEmpty() && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) || isX11DisplayReachable();
 }

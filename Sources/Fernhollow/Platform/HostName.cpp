@@ -10,7 +10,7 @@
 namespace fernhollow {
 namespace {
 
-// The value of a shell-like assignment: quotes around it, backslashes within.
+// The value of a shell-like assignment, without the quotes around it and the backslashes in it.
 std::string unquoted(std::string_view value) {
     std::string result;
     char quote = 0;

@@ -11,8 +11,8 @@
 namespace fernhollow {
 namespace {
 
-/// Whether XDG_CURRENT_DESKTOP has one of `names`. It holds the desktop's names, its own before those that it
-/// is derived from.
+/// Whether XDG_CURRENT_DESKTOP contains one of `names`. The variable lists the desktop's own name and then
+/// those of the desktops that it is derived from.
 bool isDesktop(std::initializer_list<const char*> names) {
     const auto current = qgetenv("XDG_CURRENT_DESKTOP").split(':');
     return std::ranges::any_of(names, [&](const char* name) { return current.contains(name); });

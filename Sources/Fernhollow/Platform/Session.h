@@ -2,26 +2,26 @@
 
 namespace fernhollow {
 
-/// The kind of session that the person logged into. It decides where key presses and the application in front
-/// can be learnt.
+/// The kind of session that the person logged into. It decides how the program learns of key presses and of
+/// the application in front.
 enum class Session {
     none,    ///< the environment names no display
-    x11,     ///< an X server shows everything
+    x11,     ///< an X server, which reports every press and window
     kwin,    ///< the Wayland session of KDE Plasma
     gnome,   ///< the Wayland session of GNOME
     wlroots, ///< any other Wayland session: most compositors are built on wlroots or speak its protocols
 };
 
-/// What the environment names. Nothing else in the program looks into it for this.
+/// The session that the environment names. This is the only place that reads the environment for it.
 Session currentSession();
 
-/// What shows this program's own windows. In a Wayland session that may be an X server, too.
+/// The system that shows this program's own windows. In a Wayland session that may be an X server, too.
 enum class WindowSystem { x11, wayland, other };
 
-/// Of the running toolkit; for the main thread, once there is an application object.
+/// The window system that Qt uses. Main thread only, once there is an application object.
 WindowSystem windowSystem();
 
-/// Whether the desktop's panels keep every icon square, some of them by squeezing the largest on offer.
+/// Whether the desktop's panels draw every icon square; some squeeze the largest icon on offer to make it so.
 bool panelsKeepIconsSquare();
 
 } // namespace fernhollow

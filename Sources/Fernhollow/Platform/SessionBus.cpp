@@ -21,11 +21,11 @@ namespace {
 
 constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
-// What listens there is not a socket, so a connection is refused at once.
+// This file is not a socket, so a connection is refused at once.
 constexpr const char* refusingAddress = "unix:path=/dev/null";
 
-/// The name of the local socket of `address` as connect() wants it, a leading zero for an abstract one; empty
-/// for an address of another kind.
+/// The name of the local socket in `address`, in the form of connect(): an abstract name begins with NUL.
+/// Empty for another kind of address.
 QByteArray socketName(const QByteArray& address) {
     if (!address.startsWith("unix:")) {
         return {};
@@ -58,8 +58,7 @@ void limitWaits(int socket, std::chrono::milliseconds limit) {
     ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
 }
 
-/// Whether something takes connections at the socket `name` but leaves the beginning of the bus's handshake
-/// without an answer for `limit`.
+/// Whether the socket `name` takes connections but does not answer the bus's handshake within `limit`.
 bool isSilent(const QByteArray& name, std::chrono::milliseconds limit) {
     sockaddr_un peer{};
     peer.sun_family = AF_UNIX;
@@ -84,7 +83,7 @@ bool isSilent(const QByteArray& name, std::chrono::milliseconds limit) {
            errno == EAGAIN;
 }
 
-// The bus library reads the variable once in a process. Its children are given what it was before.
+// The bus library reads the variable once in a process. Afterwards it is restored for child processes.
 void refuseSessionBus() {
     const bool wasSet = qEnvironmentVariableIsSet(addressVariable);
     const QByteArray before = qgetenv(addressVariable);

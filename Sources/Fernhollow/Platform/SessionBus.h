@@ -4,12 +4,13 @@
 
 namespace fernhollow {
 
-/// Keeps this process away from a session bus that takes connections and never answers: libraries would wait
-/// for it on the main thread, some of them for good.
+/// Keeps this process away from a session bus that takes connections and never answers. Libraries would wait
+/// for such a bus on the main thread, some of them for ever.
 ///
-/// Asks the bus to answer within `limit`, and says in the log when it does not; every later attempt of this
-/// process to reach it, a library's included, then fails at once. A bus that answers, or has no listener
-/// at, costs less than a millisecond. For the start of the program, before any library may use the bus.
+/// It gives the bus `limit` to answer. If the bus does not, a line in the log says so, and every later
+/// attempt in this process to reach the bus fails at once, including a library's. When the bus answers, or
+/// nothing listens at its address, this takes less than a millisecond. Call it at the start of the program,
+/// before any library uses the bus.
 void avoidSilentSessionBus(std::chrono::milliseconds limit);
 
 } // namespace fernhollow

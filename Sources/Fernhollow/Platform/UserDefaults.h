@@ -5,8 +5,9 @@
 
 namespace fernhollow {
 
-/// Small values that outlive the program: texts and data by key, in one INI file in the user's
-/// configuration directory. Main thread only. A value that cannot be written is logged with the file.
+/// Small values that are kept from run to run: texts and data by key, in one INI file in the user's
+/// configuration directory. A value that cannot be read is absent. A failure is logged. Main thread
+/// only.
 class UserDefaults {
 public:
     static std::optional<std::string> string(const std::string& key);

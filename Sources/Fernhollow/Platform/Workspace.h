@@ -5,7 +5,7 @@
 
 namespace fernhollow {
 
-/// The application whose window has the keyboard, as its desktop entry describes it.
+/// The application whose window has the keyboard.
 struct FrontmostApplication {
     std::optional<std::string>
         bundleIdentifier;                     ///< desktop-file id without ".desktop", else the window class
@@ -13,17 +13,17 @@ struct FrontmostApplication {
     bool operator==(const FrontmostApplication&) const = default;
 };
 
-/// What the desktop says of the applications that run. Used on the main thread only.
+/// What the desktop says about the running applications. Main thread only.
 class Workspace {
 public:
     virtual ~Workspace() = default;
 
-    /// Nothing when no window is in front or the desktop does not tell. Never waits for the desktop
-    /// while the same window stays in front.
+    /// The application in front; nothing when no window is in front or the desktop does not say. It
+    /// never waits for the desktop while the same window stays in front.
     virtual std::optional<FrontmostApplication> frontmostApplication() = 0;
 };
 
-/// For a session that does not tell which application is in front.
+/// The workspace of a session that does not say which application is in front.
 class UnknownWorkspace final : public Workspace {
 public:
     std::optional<FrontmostApplication> frontmostApplication() override { return std::nullopt; }

@@ -37,12 +37,12 @@ Found findByClass(const WindowFacts& window, const DesktopEntries& entries) {
     return std::nullopt;
 }
 
-// What a desktop entry may have started this process as, most telling first. An interpreter says
-// nothing of the program that it runs.
+// The programs that a desktop entry may have started as this process, the most specific first. An
+// interpreter's name says nothing about the script that it runs.
 std::vector<std::string> programsOf(const Process& process) {
     const std::string started = process.arguments.empty() ? std::string() : process.arguments.front();
     if (isInterpreter(process.executable.empty() ? started : process.executable)) {
-        // A script may go by a link of its own name, as programs with a "#!" line do.
+        // The process may have the script's own name, as programs with a "#!" line do.
         return {isInterpreter(started) ? programOf(process.arguments).program : started};
     }
     return {process.executable, started};
@@ -69,7 +69,7 @@ std::optional<FrontmostApplication> named(std::string_view id, std::string_view 
                                 shownName.empty() ? std::nullopt : std::optional(std::move(shownName))};
 }
 
-// No desktop entry knows the window: its own words, else the name of its program.
+// For a window without a desktop entry: its own texts, else the name of its program.
 std::optional<FrontmostApplication> unlisted(const WindowFacts& window,
                                              const std::optional<Process>& process) {
     std::vector<std::string> words{window.windowClass, window.instance, window.gtkApplicationId,

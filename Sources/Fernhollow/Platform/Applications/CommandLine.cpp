@@ -12,8 +12,8 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\n';
 }
 
-// One word from `position` on, which is moved behind it. Inside double quotes a backslash takes the
-// next character as it is. Nothing when a quote is not closed.
+// Takes the word at `position` and moves `position` behind it. Inside double quotes a backslash
+// takes the next character as it is. Nothing when a quote is not closed.
 std::optional<std::string> takeWord(std::string_view text, std::size_t& position) {
     std::string word;
     bool quoted = false;
@@ -34,7 +34,7 @@ bool isFieldCode(std::string_view word) {
     return word.size() == 2 && word[0] == '%' && word[1] != '%';
 }
 
-// "FOO=bar" before a program
+// True for "FOO=bar", which may stand before a program.
 bool isAssignment(std::string_view word) {
     const auto equals = word.find('=');
     return equals != std::string_view::npos && equals > 0 &&
@@ -94,7 +94,7 @@ CommandProgram programOf(std::span<const std::string> words) {
     words = words.subspan(1);
     while (!words.empty() && words.front().starts_with('-')) {
         if (words.front() == "-c" || words.front() == "-e") {
-            return {}; // the script is the argument itself
+            return {}; // the argument itself is the script
         }
         words = words.subspan(1);
     }

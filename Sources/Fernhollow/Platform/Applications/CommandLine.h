@@ -7,23 +7,23 @@
 
 namespace fernhollow {
 
-/// The words of a desktop entry's `Exec` value, unquoted and without the field codes that stand alone.
-/// Empty when the value is malformed.
+/// The words of a desktop entry's `Exec` value (Desktop Entry Specification), unquoted and without
+/// field codes that are words of their own. Empty when the value is malformed.
 std::vector<std::string> splitExec(std::string_view exec);
 
-/// What a command line really runs.
+/// The program that a command line runs in the end.
 struct CommandProgram {
     std::string program;       ///< the script where an interpreter runs one, else the program; as written
-    bool hasArguments = false; ///< whether more follows
+    bool hasArguments = false; ///< true when more words follow
     bool operator==(const CommandProgram&) const = default;
 };
 
-/// Looks through `env` and interpreters. The program is empty when an interpreter runs no script.
+/// Skips `env` and interpreters to find the program. It is empty when an interpreter runs no script.
 CommandProgram programOf(std::span<const std::string> words);
 
 bool isInterpreter(std::string_view program);
 
-/// "/usr/bin/foo" is "foo".
+/// The last part of a path: "foo" of "/usr/bin/foo".
 std::string_view baseName(std::string_view path);
 
 } // namespace fernhollow

@@ -93,7 +93,7 @@ std::optional<DesktopEntry> DesktopEntries::withProgram(std::string_view program
     return std::nullopt;
 }
 
-// The first that is shown, else the first.
+// The first fitting entry that menus show, else the first fitting one.
 template<typename Predicate>
 std::optional<DesktopEntry> DesktopEntries::first(Predicate predicate) const {
     const Record* found = nullptr;
@@ -108,7 +108,7 @@ std::optional<DesktopEntry> DesktopEntries::first(Predicate predicate) const {
     return found != nullptr ? std::optional(entry(*found)) : std::nullopt;
 }
 
-// The only one that is shown; where none is, the only one.
+// The only fitting entry that menus show; where they show none, the only fitting one.
 template<typename Predicate>
 std::optional<DesktopEntry> DesktopEntries::only(Predicate predicate) const {
     for (const bool shown : {true, false}) {

@@ -20,26 +20,26 @@ struct DesktopEntry {
 
 /// The installed applications, as the desktop entries in a list of folders describe them.
 ///
-/// Of two entries with the same id the one in the earlier folder counts, and hides the other even when
-/// it is marked as deleted. Where several entries answer a question, one that menus show wins over one
-/// that they don't. Nothing is read before the first refresh; the texts are kept in one block, for this
-/// stays in memory for the life of the program. One thread at a time, owned by who asks.
+/// Of two entries with the same id, the one in the earlier folder hides the other, even when it is
+/// marked as deleted. Where several entries fit, an entry that menus show wins over one that they do
+/// not. Nothing is read before the first refresh. The texts are kept in one block, because this stays
+/// in memory for the life of the program. Owned by the workspace that asks; one thread at a time.
 class DesktopEntries {
 public:
-    /// `locale` is that of the names, for example "pt_BR.UTF-8".
+    /// `locale` chooses the language of the names, for example "pt_BR.UTF-8".
     DesktopEntries(std::vector<std::filesystem::path> folders, std::string_view locale);
 
-    /// Reads the folders when that was not done yet or something was installed or removed since.
+    /// Reads the folders the first time, and when something was installed or removed since.
     void refresh();
 
     std::optional<DesktopEntry> withId(std::string_view id) const;
-    /// Blanks count as hyphens, which is what ids have in their place.
+    /// Blanks in `id` count as hyphens, because ids have hyphens in their place.
     std::optional<DesktopEntry> withIdIgnoringCase(std::string_view id) const;
     /// The only entry whose id ends in `component` ("mousepad" for "org.xfce.mousepad"), ignoring case.
     std::optional<DesktopEntry> withLastComponent(std::string_view component) const;
     std::optional<DesktopEntry> withWindowClass(std::string_view windowClass) const;
-    /// The entry that starts `program`: by its path if one does, else by its name. One that starts it
-    /// without arguments wins; several that all add arguments say nothing.
+    /// The entry that starts `program`, compared by its path, else by its name. An entry that starts
+    /// it without arguments wins; if several entries fit and all add arguments, none is returned.
     std::optional<DesktopEntry> withProgram(std::string_view program) const;
 
 private:
@@ -51,7 +51,7 @@ private:
         Text id;
         Text name;
         Text windowClass;
-        Text program; ///< empty for programs without a window
+        Text program; ///< empty for programs that run in a terminal
         bool shown = true;
         bool hasArguments = false;
     };

@@ -75,7 +75,7 @@ public:
     DesktopEntryFile entry() && { return std::move(entry_); }
 
 private:
-    // `locale` is empty or in brackets; the plain name ranks behind every locale.
+    // `locale` is empty or in brackets. A name without a locale ranks behind every locale.
     void takeName(std::string_view locale, std::string_view value) {
         std::size_t rank = locales_.size();
         if (!locale.empty()) {

@@ -6,19 +6,20 @@
 
 namespace fernhollow {
 
-/// What a desktop entry says that tells whose window one is. Texts are as in the file, escapes resolved.
+/// The fields of a desktop entry that help to recognise an application's windows. Texts are as in the file,
+/// with escapes resolved.
 struct DesktopEntryFile {
     std::string name;        ///< in the best of the wanted locales
     std::string windowClass; ///< `StartupWMClass`
     std::string exec;
-    bool application = false; ///< of the type Application
-    bool shown = true;        ///< not `NoDisplay`
-    bool hidden = false;      ///< as good as deleted
-    bool inTerminal = false;
+    bool application = false; ///< its `Type` is Application
+    bool shown = true;        ///< menus show it: not `NoDisplay`
+    bool hidden = false;      ///< `Hidden`: counts as deleted
+    bool inTerminal = false;  ///< `Terminal`: runs in a terminal's window
     bool operator==(const DesktopEntryFile&) const = default;
 };
 
-/// Reads the main group of `text`; `locales` are those wanted for the name, best first.
+/// Reads the main group of `text`. `locales` are those for the name, best first.
 DesktopEntryFile parseDesktopEntry(std::string_view text, std::span<const std::string> locales);
 
 } // namespace fernhollow

@@ -14,7 +14,7 @@ namespace fernhollow {
 namespace fs = std::filesystem;
 namespace {
 
-// Deeper than anyone nests, and an end to links that lead back.
+// Deeper than real folders are nested; it also stops at links that lead in circles.
 constexpr int deepest = 4;
 // Heavily translated entries have some 100 kB; a larger file is not a desktop entry.
 constexpr std::size_t largest = 1 << 20;
@@ -63,7 +63,7 @@ DesktopEntryScan::DesktopEntryScan(std::span<const fs::path> folders) {
 }
 
 void DesktopEntryScan::scan(const fs::path& folder, const std::string& idPrefix, int depth) {
-    // Before the listing: what comes while we list is then found the next time.
+    // Noted before the listing, so that a file that arrives meanwhile is found the next time.
     watched_.emplace_back(folder);
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {

@@ -12,12 +12,12 @@
 
 namespace fernhollow {
 
-/// A folder, existing or not, and its state when it was looked at.
+/// A folder, which need not exist, and its state when this object was made.
 class WatchedFolder {
 public:
     explicit WatchedFolder(std::filesystem::path folder);
 
-    /// True when a file was added, removed or replaced since.
+    /// True when a file was added, removed or replaced since then.
     bool hasChanged() const;
 
 private:
@@ -25,8 +25,8 @@ private:
     std::timespec seen_;
 };
 
-/// The desktop-entry files in a list of folders and the folders below them, one for each id: that in the
-/// earliest folder. Made to be read through once.
+/// The desktop-entry files in a list of folders and below them. For each id it has one file, that in the
+/// earliest folder. Used once and thrown away.
 class DesktopEntryScan {
 public:
     struct File {

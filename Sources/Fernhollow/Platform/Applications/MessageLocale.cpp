@@ -8,7 +8,7 @@ std::string messageLocale() {
     return localeSetting("LC_MESSAGES");
 }
 
-// lang_COUNTRY.ENCODING@MODIFIER, of which all but the language may be absent
+// A locale is lang_COUNTRY.ENCODING@MODIFIER; only the language is always present.
 std::vector<std::string> localeCandidates(std::string_view locale) {
     const auto at = locale.find('@');
     const std::string modifier(at == std::string_view::npos ? "" : locale.substr(at));

@@ -13,7 +13,7 @@
 namespace fernhollow {
 namespace {
 
-// The kernel's mark on a program that was replaced while it runs, as every update does.
+// The kernel appends this to the path of a running program whose file was replaced, as updates do.
 constexpr std::string_view deletedMark = " (deleted)";
 
 std::string readStart(const std::string& path) {

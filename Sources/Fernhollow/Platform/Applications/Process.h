@@ -7,13 +7,13 @@
 
 namespace fernhollow {
 
-/// How a process was started, as far as the system lets us see.
+/// How a process was started, as far as the system shows it.
 struct Process {
-    std::string executable;             ///< the path of what runs; empty when it is not ours to see
+    std::string executable;             ///< the path of the program; empty when we may not see it
     std::vector<std::string> arguments; ///< the command line, the program's own name first
 };
 
-/// The process of this machine with the number `pid`; nothing when there is none.
+/// The process with the number `pid` on this machine; nothing when there is none.
 std::optional<Process> readProcess(pid_t pid);
 
 } // namespace fernhollow

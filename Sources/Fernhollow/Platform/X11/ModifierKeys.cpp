@@ -41,7 +41,7 @@ std::optional<ModifierKeys> ModifierKeys::read(xcb_connection_t* connection) {
     for (int index = 0; index < xcb_get_modifier_mapping_keycodes_length(map.get()); ++index) {
         result.keys_.set(mapped[index]);
     }
-    result.keys_.reset(0); // the map's unused places
+    result.keys_.reset(0); // 0 stands in unused places of the map
 
     const xcb_keysym_t* symbol = xcb_get_keyboard_mapping_keysyms(symbols.get());
     const xcb_keysym_t* const end = symbol + xcb_get_keyboard_mapping_keysyms_length(symbols.get());

@@ -9,7 +9,7 @@
 namespace fernhollow {
 namespace {
 
-// What the first byte of a message says, besides the types of events.
+// Values of a message's first byte, besides the types of events.
 constexpr std::uint8_t errorMessage = 0;
 constexpr std::uint8_t replyMessage = 1;
 
@@ -27,7 +27,7 @@ RecordStream::~RecordStream() {
     explicit_bzero(buffer_.data(), buffer_.size());
 }
 
-// Not by way of libxcb, which may read while it writes.
+// Written without libxcb, which may read from the socket while it writes.
 bool RecordStream::enable(xcb_record_context_t context) {
     const xcb_query_extension_reply_t* record = xcb_get_extension_data(data_.get(), &xcb_record_id);
     if (closed_ || record == nullptr || record->present == 0) {
@@ -85,7 +85,7 @@ RecordStream::Item RecordStream::next(const ModifierKeys& modifiers) {
 }
 
 RecordStream::Item RecordStream::passHead() {
-    xcb_record_enable_context_reply_t head{}; // of a long event the same, as far as its length
+    xcb_record_enable_context_reply_t head{}; // a long event has its length in the same place
     static_assert(sizeof(head) == unit);
     std::memcpy(&head, buffer_.data() + begin_, unit);
     wipe(unit);

@@ -12,23 +12,23 @@
 
 namespace fernhollow {
 
-/// What the server sends over a connection that records key-down events, item by item.
+/// Reads what the server sends over a connection that records key-down events, item by item.
 ///
-/// libxcb makes the connection; from then on its socket is read here. That takes half the system calls
-/// and no allocation for a press, and it leaves no key code behind: each is wiped as it is passed, which
-/// the queues of libxcb would not allow. The comparison with the modifier keys is the only look at a key
-/// code in the program. Used on the main thread, owned by its tap.
+/// libxcb makes the connection; from then on this class reads its socket. For a press that takes half
+/// the system calls and no allocation. It also leaves no key code behind: each is wiped at once, which
+/// would not be possible in the queues of libxcb. The comparison with the modifier keys is the only
+/// place in the program that looks at a key code. Used on the main thread, owned by its tap.
 class RecordStream {
 public:
     enum class Item {
-        nothing,    ///< of what was received, all is passed
-        started,    ///< from here on presses are recorded
-        press,      ///< of a key that is not a modifier
-        mapChanged, ///< the modifier keys may be others from here on
-        ended,      ///< nothing more is recorded, whatever the reason
+        nothing,    ///< no complete item is left of what was received
+        started,    ///< the recording has begun
+        press,      ///< a key that is not a modifier went down or repeated
+        mapChanged, ///< later items may need other modifier keys
+        ended,      ///< the recording has ended, for whatever reason
     };
 
-    /// Takes over `data`, whose extension data must be known to libxcb already.
+    /// Takes over `data`. libxcb must already have the connection's extension data.
     explicit RecordStream(XcbConnection data);
     RecordStream(const RecordStream&) = delete;
     RecordStream& operator=(const RecordStream&) = delete;
@@ -39,11 +39,11 @@ public:
     /// Asks for the events of `context`; false when the server is gone.
     bool enable(xcb_record_context_t context);
 
-    /// Takes what has arrived, without waiting.
+    /// Reads what has arrived, without waiting.
     void receive();
     Item next(const ModifierKeys& modifiers);
 
-    /// True as soon as there is something to receive.
+    /// True as soon as there is something to receive; false after `atMost`.
     bool waitForMore(std::chrono::milliseconds atMost) const;
 
 private:
@@ -59,7 +59,7 @@ private:
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
     std::size_t bodyLeft_ = 0;  ///< of the reply or long event that is being passed
-    bool bodyIsEvents_ = false; ///< recorded ones
+    bool bodyIsEvents_ = false; ///< that body is recorded events
     bool closed_ = false;
 };
 

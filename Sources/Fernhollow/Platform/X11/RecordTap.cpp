@@ -12,7 +12,7 @@ namespace {
 
 using Item = RecordStream::Item;
 
-// The server answers within microseconds. One that does not may be held by a program that grabbed it.
+// The server answers within microseconds, unless another program has grabbed it.
 constexpr std::chrono::seconds patience{5};
 
 bool createContext(xcb_connection_t* control, xcb_record_context_t context) {
@@ -54,7 +54,8 @@ RecordTap::RecordTap(XcbConnection control, XcbConnection data, xcb_record_conte
     : control_(std::move(control)), context_(context), stream_(std::move(data)), modifiers_(modifiers),
       callback_(std::make_shared<const EventTapProvider::Callback>(std::move(callback))),
       notifier_(std::make_unique<QSocketNotifier>(stream_.socket(), QSocketNotifier::Read)) {
-    // Also while nothing is recorded: the server still announces each new keyboard map there.
+    // The socket is read even while nothing is recorded, because the server still announces each new keyboard
+    // map there.
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, &receiver_, [this] { receive(); });
 }
 
@@ -62,7 +63,7 @@ RecordTap::~RecordTap() {
     if (destroyed_ != nullptr) {
         *destroyed_ = true;
     }
-    // We may be inside its signal.
+    // The notifier's signal may be running.
     notifier_->setEnabled(false);
     notifier_.release()->deleteLater();
     xcb_record_free_context(control_.get(), context_);
@@ -76,8 +77,8 @@ void RecordTap::setEnabled(bool enabled) {
     enabled_ = enabled;
     if (enabled) {
         const bool started = stream_.enable(context_) && waitFor(Item::started);
-        // What came along no longer makes the socket readable. And the owner does not expect to hear of
-        // a loss in here.
+        // Items that arrived with the start no longer make the socket readable, so they are passed
+        // later. The owner does not expect to be called from inside this function.
         QTimer::singleShot(0, &receiver_, [this, started] { started ? passItems() : lose(); });
         return;
     }
@@ -88,7 +89,7 @@ void RecordTap::setEnabled(bool enabled) {
     }
 }
 
-// Presses on the way to the item are not reported.
+// Presses before the wanted item are not reported.
 bool RecordTap::waitFor(Item wanted) {
     while (true) {
         const Item item = stream_.next(modifiers_);
@@ -139,16 +140,16 @@ void RecordTap::passItems() {
     }
 }
 
-// Every client is told of a new map, the data connection in the order of its presses.
+// The server announces a new map to every client; on the data connection in order with the presses.
 bool RecordTap::followKeyboardMap() {
     if (const auto modifiers = ModifierKeys::read(control_.get())) {
         modifiers_ = *modifiers;
     }
-    // Told as well, and without another use for it.
+    // The control connection gets the announcement as well and has no use for it.
     return dropArrivedEvents(control_.get());
 }
 
-// False when the callback has destroyed the tap: not even a member may be touched then.
+// False when the callback has destroyed the tap: then no member may be touched.
 bool RecordTap::report(TapEvent event) {
     bool destroyed = false;
     destroyed_ = &destroyed;

@@ -13,12 +13,13 @@
 
 namespace fernhollow {
 
-/// The event tap of an X11 display, over the RECORD extension: key-down events of every client, each
-/// auto-repeat, synthetic presses and presses under another client's keyboard grab included.
+/// The event tap of an X11 display, over the RECORD extension. It reports the key-down events of
+/// every client, including each auto-repeat, synthetic presses, and presses during another client's
+/// keyboard grab.
 ///
-/// A record context belongs to the control connection and streams over the data connection, which can
-/// ask nothing else meanwhile. Used on the main thread, owned by who counts; the owner may destroy it
-/// from inside its callback.
+/// The control connection owns the record context. The data connection streams the events and can ask
+/// nothing else meanwhile. Used on the main thread. Its owner, KeyboardMonitor, may destroy it from
+/// inside the callback.
 class RecordTap final : public EventTap {
 public:
     /// A disabled tap that takes over `control`; null when the server refuses.
@@ -28,7 +29,7 @@ public:
     RecordTap& operator=(const RecordTap&) = delete;
     ~RecordTap() override;
 
-    /// When it returns, presses from then on are reported, or none any more.
+    /// Takes effect before it returns: every later press is reported, or none is.
     void setEnabled(bool enabled) override;
 
 private:
@@ -48,8 +49,8 @@ private:
     ModifierKeys modifiers_;
     std::shared_ptr<const EventTapProvider::Callback> callback_; ///< shared with a call in progress
     std::unique_ptr<QSocketNotifier> notifier_;
-    QObject receiver_;          ///< what calls us back, until it is destroyed with us
-    bool* destroyed_ = nullptr; ///< tells a call in progress that the tap is gone
+    QObject receiver_;          ///< context of the callbacks to this object, which end with it
+    bool* destroyed_ = nullptr; ///< set to true by the destructor, for a call in progress
     bool enabled_ = false;
     bool lost_ = false;
 };

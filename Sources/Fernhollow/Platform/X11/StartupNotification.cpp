@@ -28,7 +28,7 @@ void send(xcb_connection_t* connection, xcb_window_t root, std::uint32_t mask,
     xcb_send_event(connection, 0, root, mask, reinterpret_cast<const char*>(&event));
 }
 
-// A value of the protocol: in quotes, with a backslash before what would end or escape it.
+// A value as the protocol writes it: in quotes, with a backslash before a quote or a backslash.
 std::string quoted(std::string_view value) {
     std::string result = "\"";
     for (const char character : value) {

@@ -17,7 +17,7 @@ constexpr std::array<std::string_view, WindowAtoms::count> names{
     "_NET_WM_PID",         "WM_CLASS",
     "WM_CLIENT_MACHINE"};
 
-// Room for a class name of any sane length behind an insane instance name.
+// Room for a normal class name behind an unusually long instance name.
 constexpr std::uint32_t longestPropertyInWords = 4096;
 
 xcb_get_property_cookie_t request(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t atom) {
@@ -53,7 +53,7 @@ std::uint32_t number(const WindowProperty& property) {
     return value;
 }
 
-// Programs that do not say where they run are taken to run here, as nearly all do.
+// A program that does not say where it runs is taken to run here, as nearly all do.
 bool isThisMachine(std::string_view machine) {
     std::array<char, HOST_NAME_MAX + 1> buffer{};
     ::gethostname(buffer.data(), buffer.size() - 1);

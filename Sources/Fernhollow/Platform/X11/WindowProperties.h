@@ -13,7 +13,7 @@ namespace fernhollow {
 /// A property as the server sent it; null when the window has vanished.
 using WindowProperty = XcbReply<xcb_get_property_reply_t>;
 
-/// The names of the window properties that we read, as one server numbers them.
+/// The atoms, on one server, of the window properties that we read.
 struct WindowAtoms {
     enum Index : std::size_t {
         activeWindow,
@@ -32,23 +32,23 @@ struct WindowAtoms {
     /// Whether `atom` names one of the properties that identify a window's application.
     bool identifiesApplication(xcb_atom_t atom) const;
 
-    /// In one round trip.
+    /// Reads all atoms in one round trip.
     static WindowAtoms read(xcb_connection_t* connection);
 };
 
-/// What the window manager says of the active window.
+/// The active window (_NET_ACTIVE_WINDOW).
 struct ActiveWindow {
     xcb_window_t window = XCB_WINDOW_NONE;
-    bool announced = false; ///< whether there is a window manager that says such things
+    bool announced = false; ///< true when a window manager announces active windows
 };
 
-/// In one round trip.
+/// Reads the active window in one round trip.
 ActiveWindow readActiveWindow(xcb_connection_t* connection, xcb_window_t root, const WindowAtoms& atoms);
 
-/// What a window's properties say of it; those that stand before gtkApplicationId are not looked at.
+/// What a window's properties say about its program. Properties before gtkApplicationId are ignored.
 WindowFacts windowFacts(const WindowAtoms::Properties& properties);
 
-/// In one round trip. Nothing is known of a window that has vanished.
+/// Reads a window's facts in one round trip; all are empty for a window that has vanished.
 WindowFacts readWindowFacts(xcb_connection_t* connection, xcb_window_t window, const WindowAtoms& atoms);
 
 } // namespace fernhollow

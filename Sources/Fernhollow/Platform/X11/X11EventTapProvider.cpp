@@ -13,9 +13,10 @@
 namespace fernhollow {
 namespace {
 
-// Soon enough for a person who waits for the display to come back, rare enough to cost nothing.
+// Often enough for a person who waits for the display to come back, and rare enough to cost nothing.
 constexpr std::chrono::milliseconds attemptPause{2'000};
-// A display behind a slow network may take long to refuse; the tries must not add up to a busy thread.
+// A display behind a slow network may take long to refuse. Pauses of this many times the attempt keep the
+// main thread free.
 constexpr int pausePerAttempt = 50;
 
 } // namespace

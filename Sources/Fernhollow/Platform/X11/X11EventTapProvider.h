@@ -9,11 +9,11 @@
 
 namespace fernhollow {
 
-/// Says whether this display lets us see every press, and makes taps on it.
+/// Says whether this display lets us see every press, and makes its taps.
 ///
-/// A refusal may be asked about each second for years. So the connection by which it answers is kept
-/// (and becomes the next tap's own), and a display that cannot be reached is tried again only now and
-/// then. Main thread only.
+/// It may be asked each second for years. So it keeps the connection with which it answers, hands
+/// this to the next tap, and pauses between attempts to reach a display that does not answer. Main
+/// thread only.
 class X11EventTapProvider final : public EventTapProvider {
 public:
     explicit X11EventTapProvider(Prompt prompt);

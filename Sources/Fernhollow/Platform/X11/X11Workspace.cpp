@@ -12,10 +12,12 @@
 namespace fernhollow {
 namespace {
 
-// A busy window changes its title some ten times a second: a few hundred small events in this time.
+// A busy window changes its title some ten times a second, which makes a few hundred small events in this
+// time.
 constexpr std::chrono::seconds readingInterval{20};
 constexpr std::chrono::milliseconds attemptPause{3'000};
-constexpr int pausePerAttempt = 50; // times what the attempt took: a slow network must not hold us up
+constexpr int pausePerAttempt =
+    50; // times the length of the attempt, so that a slow network does not hold us up
 
 } // namespace
 
@@ -123,7 +125,7 @@ void X11Workspace::followActiveWindow() {
     }
     activeIsCurrent_ = true;
     if (now.window == root_) {
-        now.window = XCB_WINDOW_NONE; // no application's
+        now.window = XCB_WINDOW_NONE; // the root window belongs to no application
     }
     if (!now.announced && !std::exchange(silenceLogged_, true)) {
         debugLog(
@@ -135,7 +137,7 @@ void X11Workspace::followActiveWindow() {
     listenTo(active_, XCB_EVENT_MASK_NO_EVENT);
     active_ = now.window;
     applicationIsCurrent_ = false;
-    // Before its properties are read, so that none changes unnoticed in between.
+    // This comes before its properties are read, so that none changes unnoticed in between.
     listenTo(active_, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
 }
 

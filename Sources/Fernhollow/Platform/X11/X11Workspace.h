@@ -15,9 +15,9 @@ namespace fernhollow {
 
 /// The frontmost application of an X11 display, as its window manager announces the active window.
 ///
-/// The server tells us of changes, and we look at what it told when we are asked: an answer for a window
-/// that stays in front asks the server nothing. The display is reached at the first question. Used on
-/// the main thread, owned by who asks at each press.
+/// The server sends an event for each change, and these are read when the application is asked for. So
+/// while a window stays in front, an answer needs no request. The display is connected at the first
+/// question. Used on the main thread, owned by KeyboardMonitor.
 class X11Workspace final : public Workspace {
 public:
     explicit X11Workspace(DesktopEntries entries);
@@ -36,7 +36,7 @@ private:
     DesktopEntries entries_;
     XcbConnection connection_;
     QDeadlineTimer nextAttempt_;
-    QTimer reader_; ///< so that nothing piles up while no key is pressed
+    QTimer reader_; ///< reads events now and then, so that none pile up while no key is pressed
     WindowAtoms atoms_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     xcb_window_t active_ = XCB_WINDOW_NONE;
@@ -44,7 +44,7 @@ private:
     bool applicationIsCurrent_ = false;
     std::optional<FrontmostApplication> application_; ///< of `active_`
     bool lossLogged_ = false;
-    bool silenceLogged_ = false; ///< of a window manager without active windows
+    bool silenceLogged_ = false; ///< it was logged that the window manager announces no active window
 };
 
 } // namespace fernhollow

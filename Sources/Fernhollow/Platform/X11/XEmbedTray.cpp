@@ -15,7 +15,8 @@
 namespace fernhollow {
 namespace {
 
-// Qt offers its X connection's default screen as the primary one; further X screens have gone out of use.
+// The tray of Qt's primary screen, which is the default screen of its X connection. Further X screens are not
+// in use any more.
 constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
 
 /// Draws the text at whatever size the tray gives the icon.
@@ -69,8 +70,8 @@ void XEmbedTray::setEnabled(bool enabled) {
     follow();
 }
 
-// A new tray announces itself to the root window, whose structure events Qt has selected; a tray that
-// goes destroys its window.
+// A new tray announces itself to the root window, whose structure events Qt receives anyway. A tray
+// that ends destroys its window.
 bool XEmbedTray::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
     if (eventType != "xcb_generic_event_t" || followPosted_) {
         return false;
@@ -86,7 +87,7 @@ bool XEmbedTray::nativeEventFilter(const QByteArray& eventType, void* message, q
                   reinterpret_cast<const xcb_destroy_notify_event_t*>(event)->window == trayWindow_;
     }
     if (changed) {
-        followPosted_ = true; // after Qt has seen the event too
+        followPosted_ = true; // queued, so that Qt handles the event first
         QMetaObject::invokeMethod(this, &XEmbedTray::follow, Qt::QueuedConnection);
     }
     return false;
@@ -124,7 +125,7 @@ void XEmbedTray::follow() {
 void XEmbedTray::dock() {
     icon_ = std::make_unique<QSystemTrayIcon>(QIcon(new CountIconEngine(compact_)));
     icon_->setToolTip(toolTip());
-    // The first press of a double click has been a Trigger already.
+    // The first click of a double click was already reported as a Trigger.
     connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason != QSystemTrayIcon::DoubleClick) {
             Q_EMIT clicked();

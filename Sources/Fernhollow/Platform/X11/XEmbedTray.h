@@ -12,11 +12,12 @@ struct xcb_connection_t;
 
 namespace fernhollow {
 
-/// The item in a tray of the older X11 kind, while it is enabled and such a tray exists.
+/// The status item in a tray of the older X11 kind (System Tray Protocol), while it is enabled and such a
+/// tray exists.
 ///
-/// Owned by the StatusItem, main thread. It needs a toolkit on X11, whose connection it uses. It learns of
-/// trays that come and go from the events that the X server sends anyway, and holds nothing while it is
-/// disabled.
+/// Owned by StatusItem, main thread only. Qt has to run on X11, because this uses Qt's connection. It
+/// learns from events that the X server sends anyway when a tray comes or goes, and holds no resources
+/// while it is disabled.
 class XEmbedTray final : public Tray, private QAbstractNativeEventFilter {
     Q_OBJECT
 

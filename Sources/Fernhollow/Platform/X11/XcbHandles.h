@@ -17,20 +17,20 @@ struct XcbFree {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-/// A reply, an event or an error as libxcb hands it out.
+/// Owns a reply, an event or an error from libxcb.
 template<typename T>
 using XcbReply = std::unique_ptr<T, XcbFree>;
 
-/// A connection to $DISPLAY, or null when there is none to be had.
+/// A connection to $DISPLAY; null when the display cannot be reached.
 XcbConnection connectToDisplay();
 
 /// The root window of the screen that $DISPLAY names.
 xcb_window_t rootWindow(xcb_connection_t* connection);
 
-/// The number of a name; XCB_ATOM_NONE when the server does not answer. One round trip.
+/// The atom of a name; XCB_ATOM_NONE when the server does not answer. One round trip.
 xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name);
 
-/// Takes and drops the events that have arrived; false when the server is gone. Never waits.
+/// Discards the events that have arrived, without waiting. False when the connection to the server is lost.
 bool dropArrivedEvents(xcb_connection_t* connection);
 
 } // namespace fernhollow
