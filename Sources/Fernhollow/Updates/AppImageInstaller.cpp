@@ -40,7 +40,7 @@ mode_t modeFor(const fs::path& replaced) {
 
 std::optional<AppImage> findAppImage(const fs::path& executable) {
     AppImage image{.file = pathIn("APPIMAGE"), .appDir = pathIn("APPDIR")};
-    // Programs that were started from another AppImage inherit its variables.
+    // A program that was started from another AppImage inherits that one's variables.
     if (image.file.empty() || image.appDir.empty() || !isBelow(executable, image.appDir)) {
         return std::nullopt;
     }

@@ -8,17 +8,17 @@
 
 namespace fernhollow {
 
-/// A program in one file, as the variables of its runtime tell: APPIMAGE and APPDIR.
+/// A program in one file, as its runtime describes it in the variables APPIMAGE and APPDIR.
 struct AppImage {
-    std::filesystem::path file;   ///< the user's own regular file, no symbolic link
+    std::filesystem::path file;   ///< the user's own regular file, not a symbolic link
     std::filesystem::path appDir; ///< where its contents are mounted or unpacked
 };
 
-/// The AppImage from which `executable` runs; absent when it runs from elsewhere, or when the file is not its
-/// user's to replace.
+/// The AppImage from which `executable` runs; absent when it runs from elsewhere, or when this user may not
+/// replace the file.
 std::optional<AppImage> findAppImage(const std::filesystem::path& executable);
 
-/// Replaces the file of an AppImage by the new one. Main thread; the copying is done on a thread of its own.
+/// Replaces the file of an AppImage by the new one. Main thread only; it copies on a thread of its own.
 class AppImageInstaller : public UpdateInstaller {
 public:
     AppImageInstaller(AppImage image, std::string publicKey);

@@ -20,7 +20,7 @@ std::string trimmed(const QString& text) {
     return text.trimmed().toStdString();
 }
 
-// Text that is not a number becomes a length that no package has.
+// Text that is not a number becomes a length that is refused later.
 std::uint64_t parseLength(const std::string& text) {
     std::uint64_t length = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
@@ -36,7 +36,7 @@ public:
         std::vector<AppcastItem> items;
         while (!xml_.atEnd()) {
             xml_.readNext();
-            // A feed needs no entities of its own, and a few of them can grow to gigabytes.
+            // A feed needs no declared entities, and a few of them can expand to gigabytes.
             if (xml_.isDTD()) {
                 throw UpdateError(UpdateError::Reason::feed, "The update feed declares entities.");
             }

@@ -3,7 +3,7 @@
 namespace fernhollow {
 namespace {
 
-// With its length, so that no text can look like the end of one and the beginning of the next.
+// The length keeps a text from looking like the end of one field and the beginning of the next.
 void append(std::string& signedText, const std::string& text) {
     signedText += std::to_string(text.size());
     signedText += ':';

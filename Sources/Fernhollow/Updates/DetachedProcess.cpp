@@ -31,8 +31,8 @@ public:
         } else {
             ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         }
-        // The runtime of an AppImage keeps its mount for as long as anybody holds a certain pipe, or stands
-        // in it.
+        // The runtime of an AppImage keeps its mount while any process holds a certain pipe, or has its
+        // working folder in the mount.
         ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
         ::posix_spawn_file_actions_addchdir_np(&actions_, "/");
     }
@@ -51,7 +51,7 @@ public:
     Attributes() {
         check(::posix_spawnattr_init(&attributes_));
         sigset_t signals;
-        sigemptyset(&signals); // we block those that end us
+        sigemptyset(&signals); // this program blocks the signals that end it
         ::posix_spawnattr_setsigmask(&attributes_, &signals);
         sigfillset(&signals);
         ::posix_spawnattr_setsigdefault(&attributes_, &signals);
@@ -72,7 +72,7 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
     std::vector<char*> result;
     result.reserve(texts.size() + 1);
     for (const std::string& text : texts) {
-        result.push_back(const_cast<char*>(text.c_str())); // which posix_spawn leaves alone
+        result.push_back(const_cast<char*>(text.c_str())); // posix_spawn does not change it
     }
     result.push_back(nullptr);
     return result;
@@ -92,7 +92,7 @@ bool isBelow(std::string_view path, const std::string& folder) {
     return path == folder || path.starts_with(folder + "/");
 }
 
-/// `list`, separated by colons, without what lies below `folder`.
+/// `list`, separated by colons, without the entries below `folder`.
 std::string withoutFolder(std::string_view list, const std::string& folder) {
     std::string kept;
     for (bool isFirst = true; !list.empty() || isFirst; isFirst = false) {
@@ -145,8 +145,8 @@ void startAfterThisProcess(const fs::path& program, const Environment& environme
     if (isArranged) {
         return;
     }
-    // Our end of the pipe stays open until the system closes it with this process, which the shell sees at
-    // once.
+    // Our end of the pipe stays open until this process ends and the system closes it. The shell sees that
+    // at once.
     std::array<int, 2> ends{};
     check(::pipe2(ends.data(), O_CLOEXEC) == 0 ? 0 : errno);
     const FileDescriptor childs(ends[0]);

@@ -6,20 +6,21 @@
 
 namespace fernhollow {
 
-/// "NAME=value" each.
+/// Variables, each as "NAME=value".
 using Environment = std::vector<std::string>;
 
 Environment currentEnvironment();
 
-/// `environment` without what an AppImage that is mounted at `appDir` put into it: its own variables, and its
+/// `environment` without the additions of an AppImage that is mounted at `appDir`: its own variables, and its
 /// folders in lists such as LD_LIBRARY_PATH.
 Environment outsideAppImage(const Environment& environment, const std::filesystem::path& appDir);
 
-/// Starts a program, found as an absolute path, in a session of its own, with no file of ours but the
-/// standard output, in the root folder, with default signals. Throws std::system_error.
+/// Starts a program, whose path is absolute, in a session of its own and in the root folder, with
+/// default signals, empty input, and none of our open files but the standard output and error.
+/// Throws std::system_error.
 void startDetached(const std::vector<std::string>& command, const Environment& environment);
 
-/// Starts `program` likewise, once this process has ended in whatever way. Later calls change nothing.
+/// Starts `program` in the same way once this process has ended, for whatever reason. Later calls do nothing.
 void startAfterThisProcess(const std::filesystem::path& program, const Environment& environment);
 
 } // namespace fernhollow

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int maximumRedirections = 5;
-constexpr auto patience = 60s; // with a server that sends nothing
+constexpr auto patience = 60s; // how long a server may send nothing
 constexpr qint64 bufferSize = qint64{1} << 18;
 constexpr int statusOk = 200;
 constexpr int firstRedirection = 300;
@@ -28,7 +28,7 @@ int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-/// Suspends until the answer is complete or cancelled, and hands its body on meanwhile.
+/// Suspends until the answer is complete or cancelled, and meanwhile hands its body to the receiver.
 class Body {
 public:
     Body(QNetworkReply& reply, Clock& clock, UpdateError::Reason failure, BodyReceiver& receiver,
@@ -38,7 +38,7 @@ public:
     bool await_ready() const { return false; }
 
     void await_suspend(std::coroutine_handle<> waiter) {
-        // Queued, because cancelling finishes the reply while it is still at work.
+        // Queued, because cancelling finishes the reply while one of its functions is still running.
         QObject::connect(
             &reply_, &QNetworkReply::finished, &reply_, [waiter] { waiter.resume(); }, Qt::QueuedConnection);
         QObject::connect(
@@ -49,12 +49,12 @@ public:
         onStop_.emplace(stop_, Stop{this});
     }
 
-    /// Throws the reason when it was cancelled.
+    /// Throws the reason when the answer was cancelled.
     void await_resume() {
         onStop_.reset();
         timer_.reset();
         if (!reason_) {
-            guard([this] { take(); }); // what came with the end
+            guard([this] { take(); }); // the bytes that came with the end
         }
         if (reason_) {
             std::rethrow_exception(reason_);
@@ -83,7 +83,7 @@ private:
         }
     }
 
-    // Not at once: the reply may be at work, and would fail twice.
+    // Queued, because one of the reply's functions may be running, and it would then fail twice.
     void abort() {
         QMetaObject::invokeMethod(
             &reply_,
@@ -113,11 +113,11 @@ private:
             begin();
             receiver_.take({bytes.constData(), static_cast<std::size_t>(bytes.size())});
         } else if (statusOf(reply_) != 0) {
-            abort(); // the text of a refusal is not read, and may be endless
+            abort(); // nothing reads the text of a refusal, and it may be endless
         }
     }
 
-    // Each tick looks whether anything came since the one before.
+    // Each tick checks whether anything came since the last one.
     void watch() {
         timer_ = clock_.startTimer(patience, [this] {
             if (!std::exchange(isAlive_, false)) {
@@ -143,12 +143,12 @@ private:
 QNetworkRequest requestFor(const QUrl& url) {
     QNetworkRequest request(url);
     keepNothing(request);
-    // What is unpacked on its way can be a thousand times as long as what came.
+    // Qt would unpack a compressed body, which can become a thousand times as long.
     request.setRawHeader("Accept-Encoding", "identity");
     return request;
 }
 
-/// Where the answer sends us; absent when it does not.
+/// The address that the answer redirects to; absent when it does not redirect.
 std::optional<QUrl> redirection(const QNetworkReply& reply, const QUrl& from, UpdateError::Reason failure) {
     const int status = statusOf(reply);
     const QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();

@@ -33,7 +33,7 @@ void openFolder(const std::filesystem::path& folder) {
         return;
     }
     try {
-        // Ours is for what we write, not for what a person creates in their file manager.
+        // Our umask is for the files that we write, not for those that a person creates in the file manager.
         startDetached(
             {"/bin/sh", "-c", R"(umask 022; exec "$0" "$1")", opener.toStdString(), folder.native()},
             currentEnvironment());

@@ -7,8 +7,8 @@
 
 namespace fernhollow {
 
-/// Shows `file` in its folder: marked in a file manager of the bus, else the folder in whatever opens
-/// folders. A desktop with neither shows nothing, which is logged.
+/// Shows `file` in its folder: marked, by a file manager on the bus (org.freedesktop.FileManager1),
+/// else the folder alone, by xdg-open. A desktop with neither shows nothing, which is logged.
 QCoro::Task<> showInFolder(QDBusConnection bus, std::filesystem::path file);
 
 } // namespace fernhollow

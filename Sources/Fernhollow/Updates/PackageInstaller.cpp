@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::string_view packageName = "fernhollow";
 
-/// Tells one file from another that took its name.
+/// Distinguishes a file from another that has taken its name.
 struct FileIdentity {
     dev_t device = 0;
     ino_t number = 0;
@@ -48,7 +48,7 @@ bool lists(const fs::path& list, const std::string& path) {
     return false;
 }
 
-// A version may hold anything that its maker could sign; a file's name may not.
+// A signed version may contain any character; a file name must not.
 std::string fileName(const AppcastItem& item) {
     constexpr std::string_view harmless =
         "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.+-~";
@@ -63,14 +63,15 @@ struct PackageInstaller::State {
     explicit State(Surroundings surroundings)
         : around(std::move(surroundings)), executable(around.executable) {}
 
-    /// Returns what a person can find: a copy among their downloads, else the file itself.
+    /// Returns a file that the person can find: a copy among their downloads, else the downloaded file
+    /// itself.
     static QCoro::Task<fs::path> placeForPerson(std::shared_ptr<State> self,
                                                 std::shared_ptr<DownloadedUpdate> update);
     static QCoro::Task<Outcome> install(std::shared_ptr<State> self,
                                         std::shared_ptr<DownloadedUpdate> update);
 
     const Surroundings around;
-    const FileIdentity executable; // as it runs
+    const FileIdentity executable; // the file that is running
     std::string note;
     SerialExecutor executor;
 };
@@ -81,7 +82,7 @@ QCoro::Task<fs::path> PackageInstaller::State::placeForPerson(std::shared_ptr<St
     try {
         co_await self->executor.run([update, target, key = self->around.publicKey] {
             constexpr mode_t mode =
-                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH; // installers have users of their own
+                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH; // an installer may run as another user
             placeVerifiedCopy(update->file(), target, mode, [&](std::string_view bytes) {
                 return isSignedBy(key, update->item().edSignature, bytes);
             });
@@ -98,7 +99,7 @@ QCoro::Task<UpdateInstaller::Outcome>
 PackageInstaller::State::install(std::shared_ptr<State> self, std::shared_ptr<DownloadedUpdate> update) {
     self->note.clear();
     if (co_await installWithPackageKit(self->around.bus, update->file())) {
-        // Some installers answer when all is done, some as soon as their window is open.
+        // Some installers answer when they have finished, others as soon as their window is open.
         if (FileIdentity(self->around.executable) != self->executable) {
             co_return Outcome::relaunch;
         }

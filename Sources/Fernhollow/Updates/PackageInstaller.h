@@ -11,16 +11,16 @@ namespace fernhollow {
 /// Whether `executable` belongs to our Debian package, by its list of files in dpkg's folder `info`.
 bool isInPackage(const std::filesystem::path& executable, const std::filesystem::path& info);
 
-/// Hands a Debian package to the installer of the desktop, which asks for the rights that we do not have: to
-/// PackageKit's interface for programs of the session, and where that is missing, to the person, in their
-/// folder for downloads. Main thread.
+/// Hands a Debian package to PackageKit's session service, which asks the person for the rights that this
+/// program lacks. Without that service it puts the package into the person's folder for downloads and shows
+/// it there. Main thread only.
 class PackageInstaller : public UpdateInstaller {
 public:
     struct Surroundings {
         std::filesystem::path executable; ///< what the package replaces
         std::filesystem::path downloads;  ///< the person's folder
         std::string publicKey;
-        QDBusConnection bus; ///< of the session
+        QDBusConnection bus; ///< the session bus
     };
 
     explicit PackageInstaller(Surroundings surroundings);

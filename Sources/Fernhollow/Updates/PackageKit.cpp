@@ -16,7 +16,7 @@
 namespace fernhollow {
 namespace {
 
-// As long as a person needs to find their password.
+// The person may take any time to enter a password.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
 QDBusMessage methodOf(const QString& interface) {
@@ -39,7 +39,8 @@ QDBusMessage modify(const QStringList& files) {
     return message;
 }
 
-/// Whether the package is installed; false when the answer is the bus's own: no such service or interface.
+/// True when the package is installed; false when the bus itself answered that there is no such service or
+/// interface.
 bool understand(const QDBusMessage& answer) {
     if (answer.type() == QDBusMessage::ReplyMessage) {
         return true;

@@ -7,11 +7,11 @@
 
 namespace fernhollow {
 
-/// Asks PackageKit's interface for programs of the session (org.freedesktop.PackageKit.Modify2, else Modify)
-/// to install a package, which it does with dialogs of its own; returns once it says that it has.
+/// Asks PackageKit's session service (org.freedesktop.PackageKit.Modify2, else Modify) to install a package.
+/// The service shows dialogs of its own. Returns true once it reports that the package is installed.
 ///
-/// False when no service on the bus offers that. Throws UpdateError: cancelled when the person did so,
-/// install when the installer failed.
+/// Returns false when there is no such service on the bus. Throws UpdateError: cancelled when the
+/// person cancelled, install when the installer failed.
 QCoro::Task<bool> installWithPackageKit(QDBusConnection bus, std::filesystem::path package);
 
 } // namespace fernhollow

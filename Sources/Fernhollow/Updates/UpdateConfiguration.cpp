@@ -19,9 +19,9 @@ using namespace std::chrono_literals;
 
 constexpr qsizetype publicKeySize = 32;
 
-// Every installation asks the feed, so a mistake in a build file must not flood its server.
+// Every installed program asks the feed, so a mistake in the build's settings must not flood its server.
 constexpr std::chrono::seconds shortestInterval = 1h;
-constexpr std::chrono::seconds longestInterval = std::chrono::days{365}; // far from what overflows
+constexpr std::chrono::seconds longestInterval = std::chrono::days{365}; // far from an overflow
 
 bool isLoopback(const QString& host) {
     return host == u"localhost" || host == u"127.0.0.1" || host == u"::1";

@@ -4,16 +4,16 @@
 
 namespace fernhollow {
 
-/// Why a check, a download or an installation ended, in one sentence for the person in front of it.
+/// Why a check, a download or an installation failed. what() is one sentence for the person.
 class UpdateError : public std::runtime_error {
 public:
     enum class Reason {
         noUpdate,  ///< the feed offers nothing newer that fits this machine
-        feed,      ///< no feed, or one that cannot be read or is not signed as it must be
-        download,  ///< the file did not come, or not as the feed describes it
+        feed,      ///< there is no feed, or it cannot be read, or an entry is not signed correctly
+        download,  ///< the file did not arrive, or differs from the feed's description
         signature, ///< the file is not what its maker signed
-        install,   ///< the file could not be put in its place; the old program is untouched
-        cancelled, ///< the person, or the end of the program, broke it off
+        install,   ///< the file could not be installed; the old program is untouched
+        cancelled, ///< the person cancelled it, or the program ended
     };
 
     UpdateError(Reason reason, const std::string& description)

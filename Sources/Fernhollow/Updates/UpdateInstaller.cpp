@@ -10,14 +10,13 @@
 namespace fernhollow {
 namespace {
 
-/// For a program that was built from source and will be built again.
+/// For a program that was built from source, which is updated by building it again.
 class SourceInstaller : public UpdateInstaller {
 public:
     std::string packageType() const override { return {}; }
     QCoro::Task<Outcome> install(std::shared_ptr<DownloadedUpdate> /*update*/) override {
         throw UpdateError(UpdateError::Reason::install, "This build is updated from its source.");
-        co_return Outcome::handedOver; // makes this a coroutine, so that the error arrives where it is
-                                       // awaited
+        co_return Outcome::handedOver; // makes this a coroutine, so that the error is thrown at the co_await
     }
     std::string handOverNote() const override { return {}; }
     void relaunch() override {}

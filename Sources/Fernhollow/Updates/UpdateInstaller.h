@@ -9,13 +9,13 @@ namespace fernhollow {
 
 class DownloadedUpdate;
 
-/// Puts a verified package in the place of the running program, in the way of its kind of installation.
+/// Installs a verified package in place of the running program, in the way of its kind of installation.
 class UpdateInstaller {
 public:
     /// What follows an installation.
     enum class Outcome {
         relaunch,   ///< the new program is in place: relaunch() starts it once this one has ended
-        handedOver, ///< the system's installer, or the person in the folder, goes on from here
+        handedOver, ///< the system's installer, or the person with the file, continues
     };
 
     virtual ~UpdateInstaller() = default;
@@ -25,11 +25,11 @@ public:
 
     bool canInstall() const { return !packageType().empty(); }
 
-    /// Throws UpdateError (install); the old program is then in place and works. Interrupted at any point, it
-    /// is too.
+    /// Throws UpdateError (install). Whether it fails or is interrupted, the old program stays in place and
+    /// works.
     virtual QCoro::Task<Outcome> install(std::shared_ptr<DownloadedUpdate> update) = 0;
 
-    /// What the person has to know after a hand-over, one sentence; empty when nothing.
+    /// One sentence for the person after a hand-over; empty when there is nothing to do.
     virtual std::string handOverNote() const = 0;
 
     /// Starts the installed program once this process has ended.

@@ -32,7 +32,7 @@ void UpdateNotification::show(const std::string& version) {
         return;
     }
     if (!std::exchange(isAsked_, true)) {
-        // Without a sender: naming one makes Qt ask the bus for its owner and wait for the answer.
+        // No sender is named, because Qt would ask the bus for its owner and wait for the answer.
         bus_.connect({}, path, service, QStringLiteral("ActivationToken"), this,
                      SLOT(tokenProvided(uint, QString)));
         bus_.connect({}, path, service, QStringLiteral("ActionInvoked"), this,
@@ -45,7 +45,7 @@ void UpdateNotification::show(const std::string& version) {
         {QStringLiteral("desktop-entry"), QString::fromUtf8(applicationIdentifier.data())},
     };
     auto message = makeCall(QStringLiteral("Notify"));
-    // The summary is plain text; a body would be read as markup.
+    // The version goes into the summary, which is plain text; servers read markup in a body.
     message << QStringLiteral("Fernhollow") << id_ << QString::fromUtf8(applicationIdentifier.data())
             << QStringLiteral("Fernhollow %1 is available").arg(QString::fromStdString(version))
             << QStringLiteral("Click to see what is new.") << QStringList{showAction, QStringLiteral("Show")}

@@ -9,21 +9,21 @@
 
 namespace fernhollow {
 
-/// One quiet notification of the desktop (org.freedesktop.Notifications 1.2) that tells of a release. Where
-/// there is no notification server nothing comes up. Main thread only.
+/// One quiet desktop notification (org.freedesktop.Notifications 1.2) of a new release. Without a
+/// notification server nothing appears. Main thread only.
 class UpdateNotification : public QObject {
     Q_OBJECT
 
 public:
-    /// Called with the desktop's leave to come to the front, empty where it gave none.
+    /// Called with the desktop's permission to come to the front, empty where it gave none.
     using Activated = std::function<void(const QByteArray& activationToken)>;
 
-    /// `activated` is called when the person chooses the notification, however much later.
+    /// `activated` is called when the person clicks on the notification, however much later.
     UpdateNotification(const QDBusConnection& bus, Activated activated);
 
     void show(const std::string& version);
 
-    /// Takes the notification back, once the person has seen the release's window.
+    /// Withdraws the notification, once the person has seen the release's window.
     void close();
 
 private Q_SLOTS:
@@ -35,8 +35,8 @@ private Q_SLOTS:
 private:
     QDBusConnection bus_;
     Activated activated_;
-    QByteArray activationToken_; // comes before the action that it belongs to
-    uint id_ = 0;                // of what is shown; 0 is none
+    QByteArray activationToken_; // arrives before the action that it belongs to
+    uint id_ = 0;                // of the notification that is shown; 0 without one
     bool isAsked_ = false;
 };
 

@@ -66,7 +66,7 @@ void setStarts(int starts) {
 }
 
 std::optional<Instant> lastCheck() {
-    // A number that no clock shows would overflow the clock's own unit.
+    // A larger number would overflow the clock's own unit.
     constexpr auto latest =
         std::chrono::duration_cast<std::chrono::seconds>(Instant::duration::max()).count();
     const auto seconds = number<std::int64_t>(lastCheckKey);

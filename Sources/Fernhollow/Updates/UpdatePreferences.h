@@ -5,14 +5,14 @@
 #include <optional>
 #include <string>
 
-/// What the updater remembers from start to start, in the user defaults. Main thread only.
+/// What the updater keeps in the user defaults from start to start. Main thread only.
 namespace fernhollow::UpdatePreferences {
 
-/// Whether the person agreed to automatic checks; absent until they were asked.
+/// Whether the person agreed to automatic checks; absent until they have answered.
 std::optional<bool> automaticChecks();
 void setAutomaticChecks(bool isAllowed);
 
-/// How often the program was started; counted until the person was asked.
+/// How often the program was started; counted until the person has answered.
 int starts();
 void setStarts(int starts);
 
@@ -24,7 +24,7 @@ void setLastCheck(Instant instant);
 std::optional<std::string> skippedVersion();
 void setSkippedVersion(const std::string& version);
 
-/// The release that a desktop notification told of, which tells of each only once.
+/// The release that a notification last announced; each is announced only once.
 std::optional<std::string> announcedVersion();
 void setAnnouncedVersion(const std::string& version);
 

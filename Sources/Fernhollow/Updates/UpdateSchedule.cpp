@@ -10,9 +10,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int startThatAsks = 2; // who has come back knows what the question is about
+constexpr int startThatAsks = 2; // at a second start the person knows the program that asks
 
-constexpr auto shortestInterval = std::chrono::seconds(1h); // a feed's server is not ours alone
+constexpr auto shortestInterval = std::chrono::seconds(1h); // many machines ask the feed's server
 
 } // namespace
 
@@ -64,7 +64,7 @@ void UpdateSchedule::check() {
         arm(untilDue());
         return;
     }
-    // Failed or not, the next check comes an interval after this one.
+    // Whether this check fails or not, the next one comes an interval later.
     const bool hasBegun = actions_.check();
     arm(hasBegun ? interval_ : busyDelay);
 }

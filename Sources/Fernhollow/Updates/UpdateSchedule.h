@@ -8,23 +8,24 @@
 
 namespace fernhollow {
 
-/// When to ask for permission to look for updates, and when to look: once an interval after the person
-/// agreed, counted from the last check of either kind.
+/// Decides when to ask for permission to look for updates, and when to look. Once the person has
+/// agreed, it looks an interval after the last check, whether that was scheduled or the person's own.
 ///
-/// One timer at a time, at most longestSleep ahead: neither a machine that slept nor a clock that was set
-/// back delays a check by more than that. Nothing is armed once the person said no. Main thread only.
+/// It has one timer at a time, set for at most longestSleep. So neither a machine that slept nor a clock
+/// that was set back delays a check by more than that. After a "no" it has no timer. Main thread only.
 class UpdateSchedule {
 public:
-    /// After a start: no window comes up, and nothing goes over the network, while the session still starts.
+    /// Delays after a start, so that no window opens and no request is sent while the session is still
+    /// starting.
     static constexpr std::chrono::seconds askDelay{10};
     static constexpr std::chrono::seconds checkDelay{60};
     static constexpr std::chrono::seconds longestSleep{std::chrono::hours{1}};
-    /// Until the next try while another check is under way.
+    /// The delay until the next try, when another check is under way.
     static constexpr std::chrono::seconds busyDelay{std::chrono::minutes{10}};
 
     struct Actions {
-        std::function<void()> ask;   ///< answered by permit()
-        std::function<bool()> check; ///< false when it is not the time for it
+        std::function<void()> ask;   ///< asks the person; the answer comes by permit()
+        std::function<bool()> check; ///< begins a check; false when that is not possible now
     };
 
     UpdateSchedule(Clock& clock, std::chrono::seconds interval, Actions actions);
@@ -35,7 +36,7 @@ public:
     /// The person's answer.
     void permit(bool isAllowed);
 
-    /// A check begins now.
+    /// Notes that a check begins now.
     void noteCheck();
 
     void stop();

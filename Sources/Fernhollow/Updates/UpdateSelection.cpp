@@ -38,8 +38,8 @@ void check(const AppcastItem& item, const UpdateHost& host) {
 
 } // namespace
 
-// One that is not signed is an error even where an older one is: the feed was tampered with, and whoever
-// looks for updates should know.
+// When the newest release is not signed, that is an error even if an older one is signed: the feed was
+// tampered with, and the person should learn of it.
 std::optional<AppcastItem> newestUpdate(const std::vector<AppcastItem>& items, const UpdateHost& host) {
     const AppcastItem* newest = nullptr;
     for (const AppcastItem& item : items) {

@@ -16,19 +16,19 @@ class UpdateSource {
 public:
     virtual ~UpdateSource() = default;
 
-    /// The newest release that fits, absent when there is none. Throws UpdateError (feed, cancelled).
+    /// The newest release that fits; absent when there is none. Throws UpdateError (feed, cancelled).
     virtual QCoro::Task<std::optional<AppcastItem>> newest(std::stop_token stop) = 0;
 
     /// Downloads the release and checks it. Throws UpdateError (download, signature, cancelled).
     virtual QCoro::Task<std::shared_ptr<DownloadedUpdate>>
     package(AppcastItem item, UpdateTransfer::Progress progress, std::stop_token stop) = 0;
 
-    /// Removes what an earlier run left behind.
+    /// Removes downloads that an earlier run left behind.
     virtual void removeLeftovers() = 0;
 };
 
-/// An appcast on the web, for the running program as `version` with packages of `packageType` (empty where
-/// nothing is installed). Downloads go below `folder`.
+/// A source that reads an appcast on the web. `version` is that of the running program, `packageType` the
+/// kind of packages that it can install (empty for none). Downloads go below `folder`.
 std::shared_ptr<UpdateSource> makeAppcastSource(Clock& clock, UpdateConfiguration configuration,
                                                 std::string version, std::string packageType,
                                                 std::filesystem::path folder);

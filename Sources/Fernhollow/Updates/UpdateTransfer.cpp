@@ -27,7 +27,7 @@ namespace {
 constexpr std::string_view folderPrefix = "download-";
 constexpr std::string_view folderPattern = "XXXXXX";
 
-// Never the feed's or the server's: a name may hold a path, or mean something to who comes across the file.
+// Not the feed's or the server's name, which may contain a path or mislead a person who finds the file.
 std::string fileName(const AppcastItem& item) {
     return item.packageType == "deb" ? "fernhollow.deb" : "Fernhollow.AppImage";
 }
@@ -54,7 +54,7 @@ void ensureFolder(const fs::path& folder) {
 }
 
 void ensureSpace(const fs::path& folder, std::uint64_t length) {
-    std::error_code error; // where the space is unknown, writing will tell
+    std::error_code error; // if the space is unknown, the write itself fails
     const auto space = fs::space(folder, error);
     if (!error && space.available < length) {
         failToWrite(folder, ENOSPC);
@@ -138,7 +138,7 @@ private:
     std::uint64_t received_ = 0;
 };
 
-// Ed25519 looks at the whole message twice, so the file is mapped rather than read.
+// Ed25519 reads the whole message twice, so the file is mapped and not copied to memory.
 bool isGenuine(const fs::path& path, const std::string& publicKey, const std::string& signature) {
     QFile file(QString::fromStdString(path.native()));
     if (!file.open(QIODevice::ReadOnly)) {
@@ -202,7 +202,7 @@ UpdateTransfer::package(AppcastItem item, std::string publicKey, Progress progre
 }
 
 void UpdateTransfer::removeLeftovers() {
-    std::error_code error; // none, where nothing was ever downloaded
+    std::error_code error; // the folder is missing when nothing was ever downloaded
     for (fs::directory_iterator entry(folder_, error), end; !error && entry != end; entry.increment(error)) {
         std::error_code failure;
         if (isLeftover(*entry) && fs::remove_all(entry->path(), failure) == static_cast<std::uintmax_t>(-1)) {

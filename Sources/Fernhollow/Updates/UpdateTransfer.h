@@ -29,7 +29,7 @@ public:
     const std::filesystem::path& file() const { return file_; }
     const AppcastItem& item() const { return item_; }
 
-    /// Leaves the folder in place, for a person or an installer that needs the file after this program's end.
+    /// Keeps the folder, for a person or an installer that needs the file after this program has ended.
     void keep() { isKept_ = true; }
 
 private:
@@ -39,33 +39,33 @@ private:
     bool isKept_ = false;
 };
 
-/// Fetches feeds and packages over HTTP (RFC 9110) on the thread that uses it, which has an event loop.
+/// Downloads feeds and packages over HTTP (RFC 9110) on the thread that uses it, which has an event loop.
 ///
-/// Redirections are followed within the scheme, host and port of the first address only. Plain HTTP is spoken
-/// with this machine itself alone. No cookies, no cache.
+/// It follows redirections only within the scheme, host and port of the first address, and uses plain HTTP
+/// only with this machine itself. It has no cookies and no cache.
 class UpdateTransfer {
 public:
-    /// Larger feeds are cancelled.
+    /// In bytes; the download of a larger feed is cancelled.
     static constexpr std::uint64_t maximumFeed = std::uint64_t{1} << 20;
-    /// Larger packages are not begun.
+    /// In bytes; the download of a larger package is not begun.
     static constexpr std::uint64_t maximumPackage = std::uint64_t{1} << 30;
 
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
-    /// Downloads go to new folders under `folder`, which is created when needed; what an earlier run left
-    /// there is removed by removeLeftovers().
+    /// Downloads go to new folders under `folder`, which is created when needed. removeLeftovers()
+    /// removes those of earlier runs.
     UpdateTransfer(Clock& clock, std::filesystem::path folder);
     ~UpdateTransfer();
 
-    /// The body of the answer. Throws UpdateError (feed, cancelled).
+    /// Downloads a feed and returns its text. Throws UpdateError (feed, cancelled).
     QCoro::Task<std::string> feed(std::string url, std::stop_token stop);
 
     /// Downloads the item's package and checks its length and its signature by `publicKey`. Throws
-    /// UpdateError (download, signature, cancelled); nothing is left behind then.
+    /// UpdateError (download, signature, cancelled), and then leaves no file behind.
     QCoro::Task<std::shared_ptr<DownloadedUpdate>> package(AppcastItem item, std::string publicKey,
                                                            Progress progress, std::stop_token stop);
 
-    /// Removes what an earlier run left in the folder, those downloads that were kept included.
+    /// Removes the downloads of earlier runs from the folder, including those that were kept.
     void removeLeftovers();
 
 private:
@@ -74,7 +74,7 @@ private:
     Clock& clock_;
     std::filesystem::path folder_;
     std::unique_ptr<QNetworkAccessManager> manager_; // made when first needed
-    SerialExecutor verifier_;                        // a long file would hold up who asks
+    SerialExecutor verifier_;                        // checking a long file would block the main thread
 };
 
 } // namespace fernhollow

@@ -19,7 +19,7 @@ void throwIfStopped(const std::stop_source& stop) {
     }
 }
 
-// The caller that cancels a cycle hears of its end while the cycle's last step is still on the stack.
+// The caller that cancels a cycle is called back about its end before the cycle's last step has returned.
 std::function<void()> makeCancel(std::stop_source stop) {
     return [stop = std::move(stop)]() mutable { stop.request_stop(); };
 }
@@ -59,13 +59,13 @@ void Updater::stop() {
 }
 
 QCoro::Task<> Updater::ask(Self self) {
-    if (self->cycle_) { // a person who is looking for updates now is asked at the next start
+    if (self->cycle_) { // the person is looking for updates now and is asked at the next start
         co_return;
     }
     self->isAsking_ = true;
     const std::optional<bool> isAllowed = co_await self->surroundings_.driver->askPermission();
     self->isAsking_ = false;
-    if (isAllowed && !self->isStopped_) { // without an answer the question comes back at the next start
+    if (isAllowed && !self->isStopped_) { // without an answer the next start asks again
         self->surroundings_.driver->dismiss();
         self->schedule_->permit(*isAllowed);
     }
@@ -85,7 +85,7 @@ void Updater::checkForUpdates() {
     }
 }
 
-// The caller may have announced a check of its own, so it hears again where this one stands.
+// The caller may have announced a check of its own, so the delegate is told again how far this one is.
 void Updater::comeForward(const SharedCycle& cycle) {
     const bool wasScheduled =
         std::exchange(cycle->check, UpdateCheck::userInitiated) == UpdateCheck::scheduled;
@@ -116,8 +116,8 @@ bool Updater::beginScheduled() {
         begin(UpdateCheck::scheduled);
         return true;
     }
-    // An offer that was not opened since the last check may be out of date. It makes room for the next
-    // check, which comes soon.
+    // An offer that the person has not opened since the last check may be out of date. It ends, so
+    // that the next check, which comes soon, can begin.
     if (const SharedCycle cycle = cycle_;
         cycle && cycle->check == UpdateCheck::scheduled && cycle->phase == Phase::offering) {
         cycle->stop.request_stop();
@@ -143,7 +143,7 @@ QCoro::Task<> Updater::run(Self self, SharedCycle cycle) {
         co_await perform(self, cycle);
     } catch (const UpdateError& error) {
         failure = error;
-    } catch (const std::exception& error) { // must not leave a cycle that never ends
+    } catch (const std::exception& error) { // without this the cycle would never end
         debugLog(std::string("[Updater] Unexpected: ") + error.what());
         failure.emplace(UpdateError::Reason::feed, error.what());
     }
@@ -163,7 +163,7 @@ QCoro::Task<> Updater::perform(Self self, SharedCycle cycle) {
     self->delegate_.didFindValidUpdate(*cycle->item);
     if (self->isDownloaded(*cycle->item)) {
         self->delegate_.didDownloadUpdate(*cycle->item);
-        if (cycle->check == UpdateCheck::scheduled) { // they know of it
+        if (cycle->check == UpdateCheck::scheduled) { // the person put this release off before
             co_return;
         }
     } else {
@@ -233,7 +233,7 @@ QCoro::Task<> Updater::install(Self self, SharedCycle cycle) {
     cycle->phase = Phase::installing;
     self->delegate_.willInstallUpdate(item);
     driver.showInstalling(item);
-    // Whatever comes of it, this file is not used twice.
+    // Whether or not the installation succeeds, this file is not used twice.
     auto package = std::exchange(self->downloaded_, nullptr);
     const auto outcome = co_await installer.install(std::move(package));
     throwIfStopped(cycle->stop);
@@ -272,8 +272,8 @@ void Updater::reportFailure(const Cycle& cycle, const UpdateError& failure) {
     report();
     const bool isBeyondOffer = cycle.phase != Phase::checking && cycle.phase != Phase::offering;
     if (isBeyondOffer) {
-        // Who heard of a download takes its end for a step on the way. What ends it is told as the outcome of
-        // a check of its own, or they would wait for ever.
+        // A delegate that was told of a download treats the end of checking as past and would wait for ever.
+        // So the end is reported as the outcome of a new check.
         delegate_.mayPerform(cycle.check);
         report();
     }
@@ -284,7 +284,7 @@ void Updater::reportFailure(const Cycle& cycle, const UpdateError& failure) {
     }
 }
 
-// A person who asks is offered again what they skipped.
+// A person who asks for a check is offered even a release that they skipped.
 bool Updater::isPassedOver(const Cycle& cycle) const {
     return cycle.check == UpdateCheck::scheduled &&
            UpdatePreferences::skippedVersion() == cycle.item->version;

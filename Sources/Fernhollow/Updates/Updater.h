@@ -17,19 +17,19 @@
 
 namespace fernhollow {
 
-/// Takes an installation from one release to the next, one cycle at a time: look, offer, download, install.
+/// Updates the installed program, one cycle at a time: look, offer, download, install.
 ///
-/// It asks no question and shows nothing by itself: releases come from an UpdateSource, go to an
-/// UpdateInstaller, and what a person sees or chooses passes through a UserDriver. Its delegate hears of each
-/// step; the last call of a cycle is didFinishUpdateCycleFor. A download that was put off is kept for this
-/// run. Cycles are coroutines that share in owning it, so it lives in a shared_ptr and ends with stop(). Main
+/// It shows nothing itself: releases come from an UpdateSource and go to an UpdateInstaller, and a UserDriver
+/// shows the windows and returns the person's choices. Its delegate is told of each step; the last call of a
+/// cycle is didFinishUpdateCycleFor. A download that the person puts off is kept for this run. Cycles are
+/// coroutines that share ownership of the updater, so it lives in a shared_ptr and ends with stop(). Main
 /// thread only.
 class Updater : public Observable, public std::enable_shared_from_this<Updater> {
 public:
     struct Surroundings {
         Clock& clock;
         std::shared_ptr<UpdateSource> source;       ///< absent without a configuration
-        std::shared_ptr<UpdateInstaller> installer; ///< likewise
+        std::shared_ptr<UpdateInstaller> installer; ///< absent without a configuration
         std::shared_ptr<UserDriver> driver;
         std::function<void()> quit; ///< ends the program in good order, so that the new one can start
     };
@@ -43,11 +43,11 @@ public:
     /// Begins the schedule. Called once.
     void start();
 
-    /// The check that a person asks for; while a cycle runs, it brings that cycle's window to the front and
-    /// tells the delegate once more how far it is.
+    /// Begins a check for the person. While a cycle runs, it brings that cycle's window to the front
+    /// instead, and reports to the delegate once more how far the cycle is.
     void checkForUpdates();
 
-    /// Ends the cycle under way, closes its window and calls the delegates no more.
+    /// Ends the cycle under way, closes its window and makes no more calls to the delegates.
     void stop();
 
 private:
@@ -56,7 +56,7 @@ private:
     struct Cycle {
         explicit Cycle(UpdateCheck reason) : check(reason) {}
 
-        UpdateCheck check; // a scheduled one becomes the person's when they ask for it
+        UpdateCheck check; // a scheduled check becomes userInitiated when the person asks for one
         Phase phase = Phase::checking;
         std::optional<AppcastItem> item{};
         std::stop_source stop{};
@@ -86,7 +86,7 @@ private:
     UpdaterDelegate& delegate_;
     UserDriverDelegate& userDriverDelegate_;
     std::optional<UpdateSchedule> schedule_; // present with a configuration
-    SharedCycle cycle_;                      // while one runs
+    SharedCycle cycle_;                      // the cycle that runs; null without one
     std::shared_ptr<DownloadedUpdate> downloaded_;
     bool isAsking_ = false;
     bool isStopped_ = false;

@@ -10,16 +10,16 @@ namespace fernhollow {
 class UpdaterDelegate;
 class UserDriverDelegate;
 
-/// What an application holds of its updater: an updater that was started, with the windows that it needs. It
-/// ends, and calls its delegates no more, with this object. Main thread only. An interface, because the model
-/// that holds one has no windows and may not know of those that do.
+/// A running updater with its windows, as the application holds it. Destroying it ends the updater and all
+/// calls to its delegates. Main thread only. It is an interface, because the model that holds one must not
+/// depend on windows.
 class UpdaterController {
 public:
     using Factory = std::function<std::unique_ptr<UpdaterController>(UpdaterDelegate&, UserDriverDelegate&)>;
 
     virtual ~UpdaterController() = default;
 
-    /// Looks for updates now, with windows, or brings the window of what is under way to the front.
+    /// Looks for updates now, with windows. If a check is under way, brings its window to the front.
     virtual void checkForUpdates() = 0;
 
     /// Whether a check could begin now.

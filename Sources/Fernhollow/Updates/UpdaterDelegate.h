@@ -7,14 +7,15 @@
 
 namespace fernhollow {
 
+/// Whether the person asked for a check, or the daily schedule did.
 enum class UpdateCheck { userInitiated, scheduled };
 
-/// Hears how the updater's cycles go. `error` is a sentence for the person.
+/// Is told of the updater's progress. `error` is a sentence for the person.
 class UpdaterDelegate {
 public:
     virtual ~UpdaterDelegate() = default;
 
-    /// A check is about to begin.
+    /// A check is about to begin; a notification, which asks for no permission.
     virtual void mayPerform(UpdateCheck check) = 0;
     virtual void didFindValidUpdate(const AppcastItem& item) = 0;
     virtual void updaterDidNotFindUpdate(const std::string& error) = 0;
@@ -26,7 +27,7 @@ public:
     virtual void didFinishUpdateCycleFor(UpdateCheck check, const std::optional<std::string>& error) = 0;
 };
 
-/// Hears what the updater's windows do.
+/// Is told what the updater's windows do.
 class UserDriverDelegate {
 public:
     virtual ~UserDriverDelegate() = default;

@@ -150,12 +150,12 @@ void placeVerifiedCopy(const fs::path& source, const fs::path& target, mode_t mo
                        const ByteCheck& isGenuine) {
     try {
         replace(source, target, mode, isGenuine);
-    } catch (const std::system_error& error) { // that of the file system library included
+    } catch (const std::system_error& error) { // std::filesystem's errors, too
         throw UpdateError(UpdateError::Reason::install, "The update could not be put into " +
                                                             target.parent_path().native() + ": " +
                                                             error.code().message() + ".");
     }
-    // The rename has happened. A folder that cannot be synchronised does not undo it.
+    // The rename has happened, and failing to sync the folder does not undo it.
     if (const FileDescriptor folder(::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder) {
         ::fsync(folder.get());

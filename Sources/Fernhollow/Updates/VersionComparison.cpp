@@ -13,8 +13,8 @@ bool isLetter(char sign) {
     return (sign >= 'a' && sign <= 'z') || (sign >= 'A' && sign <= 'Z');
 }
 
-/// Takes the next run of digits or of letters off `version`; empty at its end. Zeros before a number are left
-/// out, so that the longer number is the larger one; zero itself is "0".
+/// Takes the next run of digits or of letters off `version`; empty at its end. It drops leading zeros, so
+/// that the longer number is the larger one; zero itself is "0".
 std::string_view takePart(std::string_view& version) {
     version.remove_prefix(static_cast<std::size_t>(
         std::ranges::find_if(version, [](char sign) { return isDigit(sign) || isLetter(sign); }) -
@@ -32,7 +32,7 @@ std::string_view takePart(std::string_view& version) {
     return part;
 }
 
-// What lacks a part has a zero there: "1.0" is "1.0.0", and newer than "1.0b1".
+// A missing part counts as zero: "1.0" is "1.0.0", and newer than "1.0b1".
 std::weak_ordering compareParts(std::string_view left, std::string_view right) {
     left = left.empty() ? "0" : left;
     right = right.empty() ? "0" : right;

@@ -7,7 +7,7 @@ namespace fernhollow {
 /// Whether both addresses have the same scheme, host and port: the same origin (RFC 6454).
 bool isSameOrigin(const QUrl& left, const QUrl& right);
 
-/// Whether what comes from there cannot be changed on its way: over HTTPS, or from this machine itself.
+/// Whether nothing on the way can change what comes from `url`: it uses HTTPS, or is on this machine itself.
 bool isProtectedOnItsWay(const QUrl& url);
 
 } // namespace fernhollow
