@@ -43,7 +43,7 @@ std::string seatOf(const std::string& path) {
     return sd_device_get_property_value(found, "ID_SEAT", &seat) < 0 ? "seat0" : seat;
 }
 
-/// Of the keys that a device has, those that count.
+/// The device's keys that count.
 KeyBits countedKeys(int file) {
     KeyBits bits{};
     if (ioctl(file, EVIOCGBIT(EV_KEY, bits.size()), bits.data()) < 0) {
@@ -57,7 +57,7 @@ KeyBits countedKeys(int file) {
     return bits;
 }
 
-/// Has the kernel deliver nothing to `file` but these keys. False when the kernel cannot.
+/// Asks the kernel to deliver only these keys to `file` (EVIOCSMASK). False when the kernel cannot do that.
 bool restrictTo(KeyBits keys, int file) {
     for (std::uint32_t type = EV_SYN + 1; type < EV_CNT; ++type) {
         input_mask mask{type, 0, 0};
@@ -77,7 +77,7 @@ bool restrictTo(KeyBits keys, int file) {
 
 Devices::Devices(Poller& poller, PressListener& listener)
     : poller_(poller), listener_(listener), changes_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    // A new node appears first; udev's record of it is renamed into place when udev is done with it.
+    // A new node appears first. Later udev renames its record of the node into place.
     if (inotify_add_watch(changes_.number(), nodes, IN_CREATE | IN_ATTRIB | IN_DELETE) < 0) {
         throw std::system_error(errno, std::generic_category(), nodes);
     }
@@ -149,7 +149,7 @@ bool Devices::read(Device& device) {
     const int file = device.file.number();
     auto& keys = keys_[device.seat];
     ssize_t size = sizeof events;
-    // A buffer that was not filled held all there was.
+    // When the buffer was not filled, there is nothing more to read.
     while (size == sizeof events && (size = ::read(file, events.data(), sizeof events)) > 0) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / sizeof(input_event); ++i) {
             const Time at =

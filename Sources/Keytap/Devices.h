@@ -9,28 +9,28 @@
 
 namespace fernhollow::keytap {
 
-/// Learns that a key of a seat was pressed, never which.
+/// Is told that a key at a seat was pressed, never which key.
 class PressListener {
 public:
     virtual ~PressListener() = default;
     virtual void pressed(const std::string& seat, Time at) = 0;
-    /// The key that was pressed last is up, or its device is gone.
+    /// The key that was pressed last came up, or its device was removed.
     virtual void released(const std::string& seat, Time at) = 0;
 };
 
-/// The event devices with keys at the seats that are wanted; all others are closed.
+/// Reads the event devices with keys at the wanted seats, and keeps all others closed.
 ///
-/// The kernel is told to keep back everything but keys that count, so a mouse, a button or Shift does not
-/// even wake the service. A device counts for the seat that udev gave it, and only once udev has given it
-/// one. Owned by the service, in its only thread.
+/// The kernel is asked to hold back everything but keys that count, so a mouse, a button or Shift does
+/// not even wake the service. A device counts for the seat that udev gave it, and is not read before
+/// that. Owned by the service, in its only thread.
 class Devices {
 public:
     Devices(Poller& poller, PressListener& listener);
 
-    /// Reads the devices of these seats from now on, and of no others.
+    /// From now on reads the devices of these seats only.
     void setSeats(std::set<std::string> seats);
 
-    /// Passes on what the kernel holds already.
+    /// Reports the presses that the kernel has already received.
     void readAll();
 
 private:

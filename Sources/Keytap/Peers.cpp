@@ -10,10 +10,10 @@
 namespace fernhollow::keytap {
 namespace {
 
-/// Connections that are accepted in one slot; the rest waits in the listening socket.
+/// How many connections are accepted in one slot; the others wait in the listening socket.
 constexpr int acceptedPerSlot = 16;
 
-/// A peer that does not read fills a few packets of the kernel's memory, not a hundred.
+/// In bytes. Small, so that a peer that does not read fills only a few packets of the kernel's memory.
 constexpr int sendBuffer = 4096;
 
 } // namespace
@@ -114,7 +114,7 @@ std::string Peers::seatOf(uid_t user) const {
 }
 
 void Peers::updateSeats() {
-    // What was pressed until now belongs to those that were in front until now.
+    // Presses until now belong to the sessions that were in front until now.
     surroundings_.readDevices();
     const auto now = surroundings_.now();
     std::set<std::string> seats;
@@ -142,7 +142,8 @@ void Peers::serve(int number) {
         listenTo(peer);
         return;
     }
-    std::array<std::byte, sizeof(RepeatSettings) + 1> packet{}; // a byte more, to see what is too long
+    std::array<std::byte, sizeof(RepeatSettings) + 1>
+        packet{}; // one byte more, to notice a packet that is too long
     const auto size = recv(number, packet.data(), packet.size(), MSG_DONTWAIT);
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
@@ -197,13 +198,13 @@ void Peers::send(Peer& peer) {
 }
 
 void Peers::listenTo(const Peer& peer) {
-    // A peer whose answers find no room is not asked for more.
+    // While a peer's socket is full, we read no more from it.
     std::uint32_t events = peer.packets < packetsPerSlot ? EPOLLIN : 0;
     if (peer.isFull) {
         events = EPOLLOUT;
     }
     surroundings_.poller.change(peer.socket.number(), events);
-    // With a held key time alone fills the tally.
+    // While a key is held, the tally grows with time alone.
     if (peer.tally.isRepeating()) {
         startSlot();
     }
@@ -212,7 +213,7 @@ void Peers::listenTo(const Peer& peer) {
 void Peers::refuse(const Descriptor& socket, Refusal refusal) {
     const int number = socket.number();
     ::send(number, &refusal, sizeof refusal, MSG_DONTWAIT | MSG_NOSIGNAL);
-    // A socket that is closed with something unread gives its peer an error in place of the reason.
+    // If the socket were closed with bytes unread, its peer would get an error instead of the reason.
     shutdown(number, SHUT_RD);
     std::array<std::byte, 1> unread{};
     while (recv(number, unread.data(), unread.size(), MSG_DONTWAIT) > 0) {

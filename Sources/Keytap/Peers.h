@@ -14,19 +14,20 @@
 
 namespace fernhollow::keytap {
 
-/// The programs that are told counts: lets them in, keeps a Tally for each, sends it at the end of a slot.
+/// The programs that receive counts: accepts their connections, keeps a Tally for each and sends it at the
+/// end of a slot.
 ///
 /// A peer's tally grows only while its user's session is in front at a seat and not locked, and nothing is
-/// sent to it at other times. Sending never waits: what a peer does not take stays in its tally, and a peer
-/// that sends too much waits for the next slot. Owned by the service, in its only thread.
+/// sent to it at other times. Sending never waits: presses that a peer does not take stay in its tally. A
+/// peer that sends too much waits for the next slot. Owned by the service, in its only thread.
 class Peers : public PressListener {
 public:
     struct Surroundings {
         Poller& poller;
         std::function<Time()> now;
-        /// Has every press that the kernel holds already reported, before counts are sent.
+        /// Reports every press that the kernel has already received; called before counts are sent.
         std::function<void()> readDevices;
-        /// The seats with a peer to count for have changed.
+        /// Called when the seats that have a peer to count for change.
         std::function<void(const std::set<std::string>&)> seatsChanged;
     };
 
@@ -38,10 +39,10 @@ public:
     void pressed(const std::string& seat, Time at) override;
     void released(const std::string& seat, Time at) override;
 
-    /// When endSlot is due; empty while there is nothing to do.
+    /// When endSlot() is due; empty while there is nothing to send.
     std::optional<Time> slotEnd() const { return slotEnd_; }
 
-    /// Sends what was gathered and listens again to peers that sent too much.
+    /// Sends the gathered presses and listens again to peers that sent too much.
     void endSlot();
 
     bool isEmpty() const { return peers_.empty(); }
@@ -54,7 +55,7 @@ private:
         Tally tally;
         int packets = 0;          // in this slot
         bool wasAnswered = false; // in this slot
-        bool owesAnswer = false;  // the peer waits for a packet, even for a zero
+        bool owesAnswer = false;  // the peer waits for a packet, even of zero presses
         bool isFull = false;      // its socket takes no more
     };
     using Table = std::map<int, Peer>; // by the socket's number
@@ -64,7 +65,7 @@ private:
     std::string seatOf(uid_t user) const;
     void updateSeats();
     void serve(int number);
-    /// False when the packet is neither of those that a peer may send.
+    /// False when the packet is not one that a peer may send.
     bool take(Peer& peer, std::span<const std::byte> packet);
     void answer(Peer& peer);
     void send(Peer& peer);

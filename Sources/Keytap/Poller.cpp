@@ -59,7 +59,8 @@ void Poller::wait(std::optional<Time> limit) {
     const int timeout = limit ? static_cast<int>(std::chrono::ceil<milliseconds>(*limit).count()) : -1;
     const int count = epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()), timeout);
     for (int i = 0; i < count; ++i) {
-        // An earlier callback may have dropped this one. The copy lives on when a callback drops itself.
+        // An earlier callback may have dropped this descriptor. The copy keeps a callback alive that drops
+        // itself.
         const auto found = callbacks_.find(events.at(static_cast<std::size_t>(i)).data.fd);
         if (found != callbacks_.end()) {
             const auto ready = found->second;

@@ -9,7 +9,7 @@
 
 namespace fernhollow::keytap {
 
-/// A file descriptor that is closed when its owner goes.
+/// Owns a file descriptor and closes it.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -24,10 +24,10 @@ private:
     int number_ = -1;
 };
 
-/// Waits for descriptors and calls what is registered for those that are ready (epoll, level-triggered).
+/// Waits for descriptors and calls the callbacks of those that are ready (epoll, level-triggered).
 ///
-/// A callback may drop any descriptor, its own too. The service has one, which outlives whatever is
-/// registered.
+/// A callback may drop any descriptor, including its own. The service has one poller, which
+/// outlives all that register with it.
 class Poller {
 public:
     using Callback = std::function<void()>;
@@ -39,7 +39,7 @@ public:
     void change(int descriptor, std::uint32_t events);
     void drop(int descriptor);
 
-    /// Waits until a descriptor is ready, at most for `limit`, without one for as long as it takes.
+    /// Waits until a descriptor is ready, at most for `limit`; without a limit as long as it takes.
     void wait(std::optional<Time> limit);
 
 private:

@@ -22,7 +22,7 @@ bool isCounted(std::uint16_t code) {
     default:
         break;
     }
-    // Buttons lie in three ranges between the keys.
+    // The codes of buttons are in three ranges among those of keys.
     const bool isButton = (code >= BTN_MISC && code < KEY_OK) ||
                           (code >= BTN_DPAD_UP && code <= BTN_DPAD_RIGHT) ||
                           (code >= BTN_TRIGGER_HAPPY && code <= BTN_TRIGGER_HAPPY40);

@@ -11,16 +11,16 @@ namespace fernhollow::keytap {
 /// True for a key whose going down is a press: not a modifier, and not a button of a mouse, pen or joystick.
 bool isCounted(std::uint16_t code);
 
-/// Turns the kernel's events of one seat into "pressed" and "released", and forgets which key it was.
+/// Turns the kernel's events at one seat into "pressed" and "released", and forgets which key it was.
 ///
-/// It keeps a single code: that of the key that went down last, until this key goes up, because only then
-/// does it stop to repeat. Owned by Devices, one for each seat that is read.
+/// It keeps a single code: that of the key that went down last, until that key comes up and stops
+/// repeating. Owned by Devices, one for each seat that is read.
 class SeatKeys {
 public:
     enum class Change {
         none,
-        pressed,  ///< a counted key went down, and from now on it is this key that repeats
-        released, ///< the key that went down last is up; nothing repeats
+        pressed,  ///< a counted key went down; from now on this key repeats
+        released, ///< the key that went down last came up; no key repeats
     };
 
     SeatKeys() = default;
@@ -28,10 +28,10 @@ public:
     SeatKeys& operator=(const SeatKeys&) = delete;
     ~SeatKeys();
 
-    /// What `event` of `device` means. Overwrites the event with zeros.
+    /// What `event` of `device` means. Overwrites the event with zeros before it returns.
     Change take(int device, input_event& event);
 
-    /// The device is not read any more.
+    /// To be called when `device` is no longer read: a key that it holds counts as released.
     Change forget(int device);
 
 private:

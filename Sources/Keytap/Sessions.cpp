@@ -17,7 +17,7 @@ struct FreeText {
 };
 using Text = std::unique_ptr<char, FreeText>;
 
-/// The entries of a list that sd-login allocated; `read` fills it in.
+/// The entries of a list that `read` has sd-login allocate.
 std::vector<std::string> listed(auto&& read) {
     char** list = nullptr;
     read(&list);
@@ -30,7 +30,7 @@ std::vector<std::string> listed(auto&& read) {
     return entries;
 }
 
-/// True for a person's session: no login screen, no lock screen of its own.
+/// True for a person's local session; false for a remote one, a login screen or a separate lock screen.
 bool isOfPerson(const std::string& session) {
     char* kind = nullptr;
     const Text owner(sd_session_get_class(session.c_str(), &kind) < 0 ? nullptr : kind);
@@ -62,7 +62,7 @@ Sessions::~Sessions() {
 
 void Sessions::refresh() {
     auto sittings = read();
-    // A session that comes to the front again is asked about again.
+    // Locks of sessions that left the front are dropped, so that logind is asked again when they return.
     std::erase_if(locks_, [&](const auto& lock) {
         return std::ranges::none_of(sittings,
                                     [&](const auto& s) { return s.isActive && s.session == lock.first; });
@@ -110,7 +110,7 @@ void Sessions::connect() {
     }
     bus_.reset(bus);
     poller_.watch(sd_bus_get_fd(bus), EPOLLIN, [this] { processBus(); });
-    // Only logind itself may say so: the sender is part of the rule.
+    // The rule names the sender, because only logind itself may report this.
     constexpr auto rule = "type='signal',sender='org.freedesktop.login1',member='PropertiesChanged',"
                           "path_namespace='/org/freedesktop/login1/session'";
     sd_bus_add_match_async(bus, nullptr, rule, propertiesChanged, nullptr, this);
@@ -154,7 +154,7 @@ void Sessions::askWhetherLocked(const std::string& session) {
         locks_[session] = false;
         return;
     }
-    // The slot owns the question, and the bus the slot.
+    // The slot owns the question, and the bus owns the slot.
     sd_bus_slot_set_destroy_callback(slot, [](void* owned) { delete static_cast<Question*>(owned); });
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
@@ -162,7 +162,7 @@ void Sessions::askWhetherLocked(const std::string& session) {
 }
 
 int Sessions::propertiesChanged(sd_bus_message*, void* self, sd_bus_error*) {
-    // Which property it was matters less than that it is rare. Until logind answers the last answer holds.
+    // The signal is rare, so any property asks logind again. Until it answers, the last answer holds.
     auto* sessions = static_cast<Sessions*>(self);
     for (const auto& lock : sessions->locks_) {
         sessions->askWhetherLocked(lock.first);
@@ -173,7 +173,7 @@ int Sessions::propertiesChanged(sd_bus_message*, void* self, sd_bus_error*) {
 int Sessions::lockedHintArrived(sd_bus_message* message, void* question, sd_bus_error*) {
     const auto* about = static_cast<Question*>(question);
     int isLocked = 0;
-    // An error is the answer of a logind that does not know.
+    // logind answers with an error when it does not know.
     const bool isKnown = !sd_bus_message_is_method_error(message, nullptr) &&
                          sd_bus_message_read(message, "v", "b", &isLocked) >= 0;
     about->sessions->locks_[about->session] = isKnown && isLocked;

@@ -13,18 +13,18 @@
 
 namespace fernhollow::keytap {
 
-/// One user's session at a seat, as logind has it.
+/// One user's session at a seat, as logind describes it.
 struct Sitting {
     std::string seat;
     std::string session;
     uid_t user = 0;
     bool isActive = false; ///< this is the session in front
-    bool isLocked = false; ///< its screen is locked, as far as logind was told
+    bool isLocked = false; ///< its screen is locked, if the desktop reports that to logind
 
     bool operator==(const Sitting&) const = default;
 };
 
-/// Who sits where: a copy of what logind knows, read anew only when it changes.
+/// The users' sessions at seats: a copy of logind's knowledge, read again only when that changes.
 ///
 /// Seats and their sessions come from logind's files under /run/systemd, locks from its property `LockedHint`
 /// on the system bus. Without a bus no session counts as locked; with one, a session counts as locked until
@@ -33,7 +33,7 @@ class Sessions {
 public:
     using Changed = std::function<void(const std::vector<Sitting>&)>;
 
-    /// Calls `changed` with what holds now before it returns, and then whenever that changes.
+    /// Calls `changed` with the present sessions before it returns, and again whenever they change.
     Sessions(Poller& poller, Changed changed);
     ~Sessions();
 

@@ -14,7 +14,7 @@ std::uint64_t repeats(Time held, RepeatSettings settings) {
 void Tally::setRepeat(RepeatSettings settings, Time now) {
     settle(now);
     settings_ = settings;
-    // What the new settings would have repeated so far is not made up for.
+    // Repeats that the new settings would already have made are not added.
     repeated_ = heldSince_ ? repeats(now - *heldSince_, settings_) : 0;
 }
 

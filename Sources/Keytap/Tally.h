@@ -8,21 +8,21 @@
 
 namespace fernhollow::keytap {
 
-/// How often a key repeats that is held for `held`.
+/// How often a key that is held for `held` has repeated.
 std::uint64_t repeats(Time held, RepeatSettings settings);
 
-/// The presses that one peer has not been sent yet, repeats included.
+/// The presses, including repeats, that were not yet sent to one peer.
 ///
-/// Repeats are computed from how long the key is held, so a service that was late counts them all the same.
-/// Times never run backwards here. Owned by the peer's connection.
+/// Repeats are computed from how long the key is held, so they are right even when the service runs late.
+/// Each call's time is at or after that of the call before. Owned by the peer's connection.
 class Tally {
 public:
-    /// From now on keys repeat like this, also the one that is held.
+    /// From now on keys repeat with these settings, including a key that is held.
     void setRepeat(RepeatSettings settings, Time now);
 
     void press(Time at);
 
-    /// The key that was pressed last is up, or the peer may not know any more whether it is.
+    /// The key that was pressed last came up, or the peer may no longer learn whether it did.
     void release(Time at);
 
     /// Adds the repeats until `now`.
@@ -31,7 +31,7 @@ public:
     std::uint64_t pending() const { return pending_; }
     void setDelivered() { pending_ = 0; }
 
-    /// True while time alone makes it grow.
+    /// True while a held key repeats, so that the tally grows with time alone.
     bool isRepeating() const { return heldSince_ && settings_.rate > 0; }
 
 private:

@@ -4,7 +4,7 @@
 
 namespace fernhollow::keytap {
 
-/// A point of the monotonic clock (CLOCK_MONOTONIC), which also stamps the kernel's events.
+/// A point in time on the monotonic clock (CLOCK_MONOTONIC), which also stamps the kernel's events.
 using Time = std::chrono::microseconds;
 
 /// Now, on that clock.

@@ -1,6 +1,6 @@
-// The key-blind service: counts the key presses of the seats whose users ask for it, and tells them the
-// number. systemd starts it when a program connects to its socket; it ends when it has had no peer for a
-// while.
+// The key-blind service: counts the key presses at the seats of users whose programs ask for it, and
+// sends them the number. systemd starts it when a program connects to its socket. It ends when it has
+// had no peer for half a minute.
 
 #include "Keytap/Devices.h"
 #include "Keytap/Peers.h"
@@ -18,7 +18,7 @@
 namespace fernhollow::keytap {
 namespace {
 
-constexpr Time patience = std::chrono::seconds(30); // without a peer
+constexpr Time patience = std::chrono::seconds(30); // how long it runs without a peer
 
 Descriptor listeningSocket() {
     constexpr int isListening = 1;
@@ -77,7 +77,7 @@ void run() {
 } // namespace fernhollow::keytap
 
 int main() {
-    // No debugger of the same user, and no image of the memory when it crashes.
+    // Keeps debuggers of the same user out, and prevents an image of the memory after a crash.
     prctl(PR_SET_DUMPABLE, 0);
     try {
         fernhollow::keytap::run();

@@ -11,8 +11,8 @@ namespace fernhollow {
 
 class TextSearch;
 
-/// One row of a list of applications. Its texts are those of the list that it was made from, so that a
-/// list can be made with each press without a copy of them.
+/// One row of a list of applications. Its texts belong to the list that it was made from, so that a
+/// list can be made at each press without copying them.
 struct AppDisplayItem {
     std::string_view bundleId;
     std::string_view appName;
@@ -22,24 +22,25 @@ struct AppDisplayItem {
     bool operator==(const AppDisplayItem&) const = default;
 };
 
-/// What the views list of a day, as functions of values.
+/// Functions of values that make the lists of a day's applications.
 namespace AppList {
 
 std::vector<AppDisplayItem> ofToday(const std::vector<AppTracker::AppStats>& totals);
 
-/// The records of `history` on the day of `date`.
+/// The rows of `history` for the day of `date`.
 std::vector<AppDisplayItem> ofDay(const std::vector<AppTracker::DailyAppStats>& history, Instant date,
                                   const Calendar& calendar);
 
-/// In descending count, those with equal counts as they are; only those whose names hold the searched text.
+/// Removes the items whose names do not contain the searched text. Sorts the others by descending count;
+/// items with equal counts keep their order.
 void arrange(std::vector<AppDisplayItem>& items, const TextSearch& search);
 
-/// Gives each item its share of `total`, 0 when there is none.
+/// Gives each item its share of `total` in percent; 0 when `total` is 0.
 void setPercentages(std::vector<AppDisplayItem>& items, std::int64_t total);
 
 } // namespace AppList
 
-/// What one day comes to. Hours are known of today only.
+/// The figures of one day. Hours are known for today only.
 struct DayFigures {
     std::int64_t dayTotal = 0;
     int activeHours = 0;

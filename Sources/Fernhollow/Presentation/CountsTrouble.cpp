@@ -4,7 +4,7 @@
 
 namespace fernhollow {
 
-// What is not saved could be lost with the program; what is saved only waits.
+// Unsaved counts come first: they could be lost, while saved ones only wait to be sent.
 QString countsTrouble(const AppModel& model) {
     if (!model.areCountsSaved.get()) {
         return QStringLiteral("Your counts are not being saved. Fernhollow keeps trying.");

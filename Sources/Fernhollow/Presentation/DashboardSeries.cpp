@@ -10,7 +10,7 @@ namespace {
 
 using DailyAppStats = AppTracker::DailyAppStats;
 
-/// The starts of days, each looked up once as long as the same instant comes again and again.
+/// Looks up the start of a day. It looks up again only when the instant differs from the last one.
 class StartOfDay {
 public:
     explicit StartOfDay(const Calendar& calendar) : calendar_(calendar.snapshot()) {}
@@ -29,7 +29,7 @@ private:
     Instant start_ = calendar_.startOfDay(last_);
 };
 
-/// For the days up to `today` that are not among those `present`.
+/// Adds a placeholder for each day up to `today` that is not in `present`.
 void addPlaceholders(std::vector<DailyAppStats>& result, const std::set<Instant>& present,
                      const Calendar& steps, StartOfDay& startOfDay, Instant today) {
     for (int age = 0; age < days; ++age) {

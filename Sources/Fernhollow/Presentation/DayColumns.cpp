@@ -32,7 +32,7 @@ std::optional<Instant> dateAtLocation(std::optional<Instant> reading, std::vecto
     const Calendar steps = calendar.snapshot();
     const Instant target = steps.startOfDay(*reading - readingAhead);
     std::ranges::sort(days);
-    // The first of those that are nearest; the day itself is at no distance.
+    // The first of the nearest days; the meant day itself is at distance 0.
     return *std::ranges::min_element(
         days, {}, [&](Instant day) { return std::chrono::abs(steps.startOfDay(day) - target); });
 }

@@ -37,7 +37,7 @@ Instant inUtc(Instant instant, const Calendar& calendar) {
 
 } // namespace
 
-/// Created when first needed, because creating and keeping them is expensive.
+/// Created when first needed, because they are expensive to create and to keep.
 struct DayText::Formatters {
     explicit Formatters(std::string_view name)
         : locale(std::string(name).c_str()), relative(name, RelativeTime::Units::full) {}
@@ -64,7 +64,7 @@ struct DayText::Formatters {
     std::string text(Form form, Instant day, const Calendar& calendar) {
         const icu::DateFormat* format = get(form);
         if (format == nullptr) {
-            return DayKey(day, calendar).rawValue; // still the right day
+            return DayKey(day, calendar).rawValue; // without a formatter, at least the right day
         }
         icu::UnicodeString text;
         std::string result;

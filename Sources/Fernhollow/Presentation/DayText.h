@@ -10,7 +10,7 @@
 namespace fernhollow {
 
 /// Days as texts of a locale, in its digits and its calendar. The day is the one on which an instant falls
-/// in the system's time zone, which is followed as it changes. One thread only.
+/// in the system's present time zone. One thread only.
 class DayText {
 public:
     explicit DayText(std::string_view locale = userLocale("LC_TIME"));
@@ -18,9 +18,9 @@ public:
 
     std::string fullDate(Instant day) const;    ///< "Thursday, March 5, 2026"
     std::string mediumDate(Instant day) const;  ///< "Mar 5, 2026"
-    std::string dayAndMonth(Instant day) const; ///< "05/03" everywhere
+    std::string dayAndMonth(Instant day) const; ///< "05/03", in every locale
 
-    /// How far the day lies from the one of `now`, by the calendar: "3 days ago", "1 week ago".
+    /// How far the day is from that of `now`, in calendar days: "3 days ago", "1 week ago".
     std::string fromNow(Instant day, Instant now) const;
 
 private:

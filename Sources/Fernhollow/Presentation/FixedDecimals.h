@@ -6,8 +6,8 @@
 
 namespace fernhollow {
 
-/// A number with so many decimals after a point, whatever the locale. Halves go to the even digit, as C's
-/// "%.1f" has it.
+/// A number with `decimals` digits after a point, whatever the locale. Halves are rounded to the even
+/// digit, as by C's "%.1f".
 inline std::string fixedDecimals(double number, int decimals) {
     std::array<char, 400> text; // the largest double has 309 digits
     const auto end =

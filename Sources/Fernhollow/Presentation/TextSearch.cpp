@@ -21,7 +21,7 @@ bool TextSearch::isIn(std::string_view name) const {
     return text_.isEmpty() || folded(name).indexOf(text_) >= 0;
 }
 
-// Composed, so that a letter is not found in the same letter with an accent.
+// Composed (NFC), so that a letter is not found inside the same letter with an accent.
 icu::UnicodeString TextSearch::folded(std::string_view text) const {
     auto result = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())})
                       .foldCase(folding_);

@@ -9,7 +9,7 @@
 
 namespace fernhollow {
 
-/// Looks for a text in names, ignoring case as the locale's people do: in Turkish "I" is not "i".
+/// Looks for a text in names. It ignores case by the locale's rules: in Turkish "I" is not "i".
 /// Accents make a difference. An empty text is in every name.
 class TextSearch {
 public:
@@ -17,6 +17,7 @@ public:
 
     /// The text to look for, in UTF-8.
     void setText(std::string_view text) { text_ = folded(text); }
+    /// True when `name` contains the text.
     bool isIn(std::string_view name) const;
 
 private:
