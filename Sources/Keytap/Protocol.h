@@ -12,8 +12,7 @@
 /// The socket is SOCK_SEQPACKET, so each packet arrives whole, and its length says what it is. Numbers have
 /// the machine's own byte order, because both ends are on it.
 ///
-///   to the service      8 bytes   RepeatSettings: delay and rate of the session, each an unsigned 32-bit
-///   number
+///   to the service 8 bytes RepeatSettings: the session's delay and rate, two unsigned 32-bit numbers
 ///                       1 byte    `deliverNow`: send the gathered presses at once, even if there are none
 ///   from the service    8 bytes   presses since the last packet, an unsigned 64-bit number
 ///                       1 byte    a Refusal; the connection ends after it

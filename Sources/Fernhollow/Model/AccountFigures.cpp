@@ -29,7 +29,7 @@ ProductivityMetrics AccountFigures::metrics(const std::vector<RecentDays::Day>& 
         month.push_back({each.key, each.key == day ? today : remoteCount(history, each.key)});
     }
     const auto end = month.end();
-    const auto size = std::ssize(month); // shorter where the calendar cannot tell a day
+    const auto size = std::ssize(month); // less than 30 if the calendar failed for a day
     const std::vector<DailyCountRow> thisWeek(end - std::min(size, week), end);
     const std::vector<DailyCountRow> lastWeek(end - std::min(size, 2 * week), end - std::min(size, week));
     return ProductivityMetrics::calculate(today, todayHours, thisWeek, lastWeek, month, calendar, now);

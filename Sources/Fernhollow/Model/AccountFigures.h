@@ -14,7 +14,7 @@ namespace fernhollow {
 
 class Calendar;
 
-/// What is known of the account's hours of today and days of the month, from which its figures are made.
+/// The account's known counts of today's hours and of the month's days, from which its figures are made.
 struct AccountFigures {
     DayKey day;                                  ///< today
     Instant noon;                                ///< of today; it also changes with the time zone
@@ -23,7 +23,7 @@ struct AccountFigures {
     std::shared_ptr<const HourlyCache> hourly;
     std::vector<HourlyCountRow> rows;
 
-    /// `days` are the last 30 up to `now`.
+    /// `days` are the last 30 days up to `now`.
     ProductivityMetrics metrics(const std::vector<RecentDays::Day>& days, const Calendar& calendar,
                                 Instant now) const;
 

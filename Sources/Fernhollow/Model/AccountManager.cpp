@@ -24,7 +24,7 @@ constexpr const char* onboardingKeyPrefix = "hasSeenOnboarding_";
 /// The stored date counts seconds from 2001-01-01 00:00:00 UTC.
 constexpr Instant sessionEpoch{std::chrono::sys_days{std::chrono::year{2001} / 1 / 1}};
 
-/// Seconds from there that an Instant holds: it ends in the year 2262.
+/// The longest accepted time from there; an Instant ends in the year 2262.
 constexpr std::chrono::duration<double> farthestDate = std::chrono::years{200};
 
 std::string onboardingAccount(const std::string& email) {

@@ -17,11 +17,11 @@
 
 namespace fernhollow {
 
-/// The user's account: an e-mail address, and the session that remembers it from start to start.
+/// The user's account: an e-mail address, and the session that keeps it from start to start.
 ///
-/// The address is the identity; there is no password and nothing is asked of a server. Lives for the
-/// whole run, main thread only. The address is kept trimmed and in lower case and is the account's
-/// key everywhere.
+/// The address is the identity; there is no password, and no server is asked. The address is stored
+/// trimmed and in lower case and is the account's key everywhere. Lives for the whole run, main
+/// thread only.
 class AccountManager : public Observable {
 public:
     struct Session {
@@ -61,14 +61,14 @@ public:
     Published<std::vector<DeviceInfo>> connectedDevices{*this};
     Published<bool> hasSeenOnboarding{*this}; ///< of the signed-in account, on this machine
 
-    /// Called after the account changed, with the new address or, on signing out, with nothing.
+    /// Called after the account has changed: with the new address, or with nothing after signing out.
     std::function<void(const std::optional<std::string>&)> onAccountChange;
 
-    /// The signed-in address.
+    /// The signed-in address; nothing when signed out.
     std::optional<std::string> email() const;
 
-    /// The session of the last run, without a manager and without a line in the log; absent when there is
-    /// none that can be read.
+    /// The saved session, for use without an AccountManager; absent when there is none or it cannot be
+    /// read. Logs nothing.
     static std::optional<Session> persistedSession();
 
     /// Signs in; replaces the session of another address. Throws AccountError, having changed nothing,

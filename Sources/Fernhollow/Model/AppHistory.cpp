@@ -39,7 +39,7 @@ AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, co
             const auto known = result.find(day);
             const bool isKnown = known != result.end() && known->second.contains(bundleId);
             const std::int64_t there = isKnown ? known->second.at(bundleId).count : 0;
-            if (accountWide(here.count, there) != there) { // else the backend's name stays with its count
+            if (accountWide(here.count, there) != there) { // otherwise the backend's count and name stay
                 result[day][bundleId] = here;
             }
         }

@@ -10,28 +10,28 @@
 
 namespace fernhollow {
 
-/// The history per application as functions of values: `now` tells which day is today in `calendar`.
+/// Functions of values that make the history per application. `now` decides which day is today in `calendar`.
 namespace AppHistory {
 
-/// 12:00 of the day that the text begins with.
+/// 12:00 of the day at the beginning of `text`; nothing when there is none.
 std::optional<Instant> normalizedDayDate(std::string_view text, const Calendar& calendar);
 
-/// What the backend and what this machine know of the past days: of each application the larger count,
-/// with its name; the backend's when they are equal. Today is left out.
+/// Merges the past days of the backend and of this machine: for each application the larger count with
+/// its name, or the backend's when both are equal. Today is left out.
 AppDailyCache merged(const AppDailyCache& remote, const AppDailyCache& local, const Calendar& calendar,
                      Instant now);
 
-/// The past days' records from `minValidDate` on; a day whose text is none is left out, and logged if
+/// The past days' records from `minValidDate` on. A text that is not a day is left out, and logged if
 /// `logsInvalidDays`.
 std::vector<AppTracker::DailyAppStats> pastDays(const AppDailyCache& days, Instant minValidDate,
                                                 const Calendar& calendar, Instant now, bool logsInvalidDays);
 
-/// For the log: how many days, entries and applications the backend knows.
+/// For the log: the number of days, entries and applications that the backend knows.
 std::string describe(const AppDailyCache& remote);
-/// For the log: the first and the last of its days; empty without any.
+/// For the log: the first and the last day that the backend knows; empty when it knows none.
 std::string describeRange(const AppDailyCache& remote);
 
-/// Whether both hold the same counts of the same applications on the same days, in whatever order.
+/// Whether both have the same counts for the same applications and days, in any order.
 bool showsTheSame(const std::vector<AppTracker::DailyAppStats>& a,
                   const std::vector<AppTracker::DailyAppStats>& b, const Calendar& calendar);
 

@@ -20,8 +20,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A program that is killed loses what is in the buffer. The refresh of each second empties it too, but comes
-// late where the machine is busy.
+// A program that is killed loses the presses in the buffer. The refresh of each second empties it too, but
+// comes late on a busy machine.
 constexpr auto bufferedAtMost = 500ms;
 
 } // namespace
@@ -89,7 +89,7 @@ void AppTracker::giveBack(const CountBatch& counts) {
     pending_.add({.days = {}, .hours = {}, .applications = counts.applications, .names = counts.names});
 }
 
-// Asked of the store before the first wait, so that a program about to end loses nothing.
+// The store is asked before the first wait, so that a program that is ending loses nothing.
 QCoro::Task<> AppTracker::write(std::shared_ptr<AppTracker> self, std::shared_ptr<DailyCountsStore> store,
                                 CountBatch counts) {
     self->written_.add(counts);
@@ -103,7 +103,7 @@ QCoro::Task<> AppTracker::write(std::shared_ptr<AppTracker> self, std::shared_pt
                          error.what());
             }
         }
-        if (store == self->store_) { // else they are another account's, or went along with that store's
+        if (store == self->store_) { // otherwise they belong to another account, or moved to the next store
             self->written_.subtract(counts);
             self->giveBack(counts);
         }
@@ -127,7 +127,7 @@ QCoro::Task<> AppTracker::loadRegistry() {
     }
     try {
         auto registry = co_await store->fetchAppRegistry();
-        if (store == store_) { // else it is another account's
+        if (store == store_) { // otherwise it belongs to another account
             appRegistry.set(std::move(registry));
         }
     } catch (const DailyCountsStoreError& error) {
@@ -135,7 +135,7 @@ QCoro::Task<> AppTracker::loadRegistry() {
     }
 }
 
-// What the buffer holds of the old day stays the old day's.
+// Presses of the old day that are in the buffer keep their day.
 void AppTracker::rolloverIfNeeded(Instant now) {
     DayKey today(now, calendar_);
     if (today == currentDay_) {
@@ -146,7 +146,7 @@ void AppTracker::rolloverIfNeeded(Instant now) {
     todayHourlyByApp.set({});
     todayAppTotals.set({});
     shownRows_.reset();
-    // Asked for here, so that a later reader of the old day finds its last presses there.
+    // Written here, so that a later read of the old day finds its last presses.
     const auto writing = std::make_shared<QCoro::Task<>>(flushPending());
     tasks_.start([writing] { return std::move(*writing); });
 }
@@ -166,7 +166,8 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
         TodayRows rows;
         rows.counts = co_await fetchingRows;
         rows.registry = co_await fetchingRegistry;
-        // Else the rows are another account's or day's, or lack what a flush took from the buffer meanwhile.
+        // Otherwise the rows belong to another account or day, or lack presses that a flush took from the
+        // buffer meanwhile.
         if (store == store_ && day == currentDay_ && flushes == flushes_) {
             publish(std::move(rows));
         }
@@ -180,7 +181,7 @@ QCoro::Task<> AppTracker::refreshFromDisk() {
 
 void AppTracker::publish(TodayRows rows) {
     if (pending_.isEmpty() && rows == shownRows_) {
-        return; // each second, most of the time
+        return; // this is so in most seconds
     }
     auto [hours, totals] =
         TodayByApp::lists(rows.counts, rows.registry, pending_, currentDay_, todayAppTotals.get());
@@ -197,7 +198,7 @@ void AppTracker::publish(TodayRows rows) {
 
 std::string AppTracker::DailyAppStats::id() const {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(day.time_since_epoch()).count();
-    return std::to_string(seconds) + ".0-" + bundleId; // a day is a whole second
+    return std::to_string(seconds) + ".0-" + bundleId; // 12:00 is a whole second
 }
 
 QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDailyCache> remote) {
@@ -238,7 +239,8 @@ QCoro::Task<> AppTracker::updateLast30DaysAppDaily(std::shared_ptr<const AppDail
     last30DaysAppDaily.set(std::move(records));
 }
 
-/// False when only today's counts differ from what was logged minutes ago: they do with every press.
+/// Logs what was received. False when it did not, because only today's counts, which change with every
+/// press, differ from what was logged less than ten minutes ago.
 bool AppTracker::logReceived(const AppDailyCache& remote, const DayKey& todayKey, Instant now) {
     const std::string received = AppHistory::describe(remote);
     const std::string range = AppHistory::describeRange(remote);
@@ -274,7 +276,7 @@ QCoro::Task<AppDailyCache> AppTracker::buildLocalDailyAppTotals(std::shared_ptr<
             names.try_emplace(std::move(app.bundleId), std::move(app.appName));
         }
     } catch (const DailyCountsStoreError&) {
-        names.clear(); // the identifiers stand for them
+        names.clear(); // the identifiers are shown instead
     }
     for (const auto& [day, counts] : pastDays_.counts) {
         RemoteAppCounts& apps = totals[day];
@@ -286,7 +288,8 @@ QCoro::Task<AppDailyCache> AppTracker::buildLocalDailyAppTotals(std::shared_ptr<
     co_return totals;
 }
 
-// Presses go to today's rows and, when a day ends, to that day's: those of the past are read once a day.
+// New presses change only today's rows and, when a day ends, that day's. So the past days are read once a
+// day.
 QCoro::Task<> AppTracker::readPastDays(std::shared_ptr<DailyCountsStore> store, Instant now) {
     const auto& days = recentDays_.upTo(now, calendar_);
     if (pastDays_.store.lock() == store && pastDays_.lastNoon == days.back().noon) {
@@ -305,7 +308,7 @@ QCoro::Task<> AppTracker::readPastDays(std::shared_ptr<DailyCountsStore> store, 
                 read.counts.emplace(day, std::move(apps));
             }
         } catch (const DailyCountsStoreError&) {
-            read.store.reset(); // the day is left out for now and read again next time
+            read.store.reset(); // the day is left out now; the next call reads it again
         }
     }
     if (store == store_) {
@@ -347,7 +350,7 @@ void AppTracker::continueWith(std::shared_ptr<DailyCountsStore> store) {
     store_ = std::move(store);
     shownRows_.reset();
     pastDays_ = {};
-    for (const AppRegistryRow& app : appRegistry.get()) { // the other store may not know them
+    for (const AppRegistryRow& app : appRegistry.get()) { // the new store may not know them
         pending_.names.try_emplace(app.bundleId, app.appName);
     }
     appRegistry.set({});

@@ -27,8 +27,8 @@ class TaskScope;
 
 /// Attributes each press to the application in front and keeps today's totals per hour and application.
 ///
-/// Presses change the published lists at once and wait in a buffer until a flush hands them to the
-/// store; a refresh rebuilds the lists from the store and the buffer. What the store did not take comes back
+/// Presses change the published lists at once and wait in a buffer until a flush hands them to the store. A
+/// refresh rebuilds the lists from the store and the buffer. Counts that the store could not write go back
 /// into the buffer. Presses in this program's own windows are left out. Owned by AppModel; main thread only.
 class AppTracker : public Observable, public std::enable_shared_from_this<AppTracker> {
 public:
@@ -74,7 +74,8 @@ public:
         bool operator==(const Color&) const = default;
     };
 
-    /// Starts loading what the store has of today. `store` is null while no account is signed in.
+    /// Makes a tracker and starts loading today's counts from `store`, which is null while no account is
+    /// signed in.
     static std::shared_ptr<AppTracker> create(const Clock& clock, TaskScope& tasks,
                                               std::shared_ptr<DailyCountsStore> store);
 
@@ -84,24 +85,25 @@ public:
     Published<std::vector<AppRegistryRow>> appRegistry{*this};
     Published<bool> ignoreSelf{*this, true};
 
-    /// The start of the first day of which any history is shown.
+    /// The start of the first day for which history is shown.
     static Instant minValidDate(const Clock& clock);
 
     /// The application's colour, the same on every machine and in every run.
     static Color color(std::string_view bundleId);
 
-    /// One press at `now`.
+    /// Counts one press at `now`.
     void recordKeystroke(const std::string& bundleId, const std::string& appName, Instant now);
 
-    /// Writes the buffer to the store, not durably. The write is on its way when this returns or first waits.
+    /// Writes the buffer to the store, but not durably. The store has the request when this returns or first
+    /// waits.
     QCoro::Task<> flushPending();
 
-    /// The buffer, for a flush that writes it together with the days.
+    /// Takes the buffer, for a flush that writes it together with the days.
     CountBatch takePending();
-    /// What a flush could not write after all.
+    /// Puts counts back into the buffer that a flush could not write.
     void giveBack(const CountBatch& counts);
     bool hasPending() const { return !pending_.isEmpty(); }
-    /// What went to the store since the last flush. It is lost with a file that goes away.
+    /// The counts that were written since the last flush. They are lost if the database's file is lost.
     const CountBatch& written() const { return written_; }
     CountBatch takeWritten() { return std::exchange(written_, {}); }
     void noteDurable(const CountBatch& counts) { written_.subtract(counts); }
@@ -109,18 +111,18 @@ public:
     QCoro::Task<> loadRegistry();
     QCoro::Task<> refreshFromDisk();
 
-    /// Publishes the last 30 days per application: of past days the larger one of what the backend and what
-    /// this machine's store know, of today what is counted here. `remote` is never null.
+    /// Publishes the last 30 days per application: for past days the larger count of the backend and this
+    /// machine's store, for today the count here. `remote` is never null.
     QCoro::Task<> updateLast30DaysAppDaily(std::shared_ptr<const AppDailyCache> remote);
 
-    /// What the charts show of the 30 days, in the order of the days, and of today, in the order of hours,
-    /// then identifiers.
+    /// What the charts show: the 30 days in the order of days, and today in the order of hours, then
+    /// identifiers.
     std::vector<DailyAppStats> getFilteredDailyData() const;
     std::vector<HourlyAppStats> getFilteredHourlyData() const;
 
-    /// Switches to another store, or to none, and forgets everything of the one before.
+    /// Switches to another account's store, or to none, and forgets all counts of the old one.
     void updateStore(std::shared_ptr<DailyCountsStore> store);
-    /// Goes on with another store of the same account, or without one for a while, and forgets nothing.
+    /// Continues with another store of the same account, or without one for a while, and forgets nothing.
     void continueWith(std::shared_ptr<DailyCountsStore> store);
 
 private:
@@ -131,7 +133,7 @@ private:
                                CountBatch counts);
     static QCoro::Task<> load(std::shared_ptr<AppTracker> self);
 
-    /// This machine's totals of the last 29 past days; nothing of a day that cannot be read.
+    /// This machine's totals of the last 29 past days. A day that cannot be read is left out.
     QCoro::Task<AppDailyCache> buildLocalDailyAppTotals(std::shared_ptr<DailyCountsStore> store, Instant now);
     QCoro::Task<> readPastDays(std::shared_ptr<DailyCountsStore> store, Instant now);
 
@@ -145,7 +147,8 @@ private:
         bool operator==(const TodayRows&) const = default;
     };
     struct PastDays {
-        std::weak_ptr<DailyCountsStore> store; // expired when they have to be read again
+        std::weak_ptr<DailyCountsStore>
+            store; // where they were read; expired when they have to be read again
         Instant lastNoon;                      // today's, when they were read
         std::unordered_map<std::string, CountsByApp> counts;
     };
@@ -156,13 +159,13 @@ private:
     TaskScope& tasks_;
     std::shared_ptr<DailyCountsStore> store_;
     Calendar calendar_ = Calendar::autoupdatingCurrent();
-    CountBatch pending_;       // applications and their names alone
-    CountBatch written_;       // likewise
+    CountBatch pending_;       // only applications and their names
+    CountBatch written_;       // the same, since the last flush
     Instant pendingSince_;     // of the first press in `pending_`
     bool writesFail_ = false;  // keeps a full disk from filling the log
-    std::int64_t flushes_ = 0; // since the start, to tell whether one began meanwhile
+    std::int64_t flushes_ = 0; // number since the start, to notice one that begins during a wait
     DayKey currentDay_;
-    std::optional<TodayRows> shownRows_; // absent once a press or another day changed what is shown
+    std::optional<TodayRows> shownRows_; // absent once a press or a new day has changed the lists
     RecentDays recentDays_;
     PastDays pastDays_;
     RepeatedLog historyLog_;

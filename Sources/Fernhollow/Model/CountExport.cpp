@@ -26,13 +26,13 @@ std::int64_t sum(const Rows& rows) {
 /// Null when the account has no database here.
 std::unique_ptr<DailyCountsDatabase> open(const std::string& email) {
     const DatabaseOpening opening{.owner = DailyCountsStore::ownerMark(email)};
-    // Opening a database creates it.
+    // Only if it exists, because opening a database creates it.
     const auto openExisting = [&opening](const std::filesystem::path& url) {
         return std::filesystem::exists(url) ? std::make_unique<DailyCountsDatabase>(url, opening) : nullptr;
     };
     try {
         return openExisting(DailyCountsStore::urlForAccount(email));
-    } catch (const ForeignDatabaseError&) { // the account's own has the longer name
+    } catch (const ForeignDatabaseError&) { // this account's database has the longer name
         return openExisting(DailyCountsStore::longUrlForAccount(email));
     }
 }
@@ -74,7 +74,7 @@ Json toJson(const ExportedDay& day, const std::map<std::string, std::string>& na
             {"applications", std::move(applications)}};
 }
 
-// Names come from desktop entries, whose text need not be UTF-8.
+// Names come from desktop entries, which may contain text that is not UTF-8.
 std::string dump(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
@@ -122,7 +122,7 @@ CountExport CountExport::ofAccount(const std::string& email, const DayKey& today
         for (const DailyCountRow& row : database->fetchCounts(DayKey("0000-00-00"), DayKey("9999-99-99"))) {
             result.days.push_back(read(*database, row.day, row.count));
         }
-        if (result.days.empty() || result.days.back().day < today) { // before the first flush of the day
+        if (result.days.empty() || result.days.back().day < today) { // no flush has written the day yet
             if (ExportedDay begun = read(*database, today, 0); begun.count > 0) {
                 result.days.push_back(std::move(begun));
             }

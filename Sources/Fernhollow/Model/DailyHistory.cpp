@@ -14,7 +14,8 @@ std::vector<DailyCountPoint> DailyHistory::points(const std::vector<RecentDays::
     std::vector<DailyCountPoint> points;
     for (const RecentDays::Day& each : days) {
         if (each.noon >= first) {
-            // A day that neither knows, or that the backend has below zero, has no presses.
+            // A day that neither this machine nor the backend knows, or whose count at the backend is
+            // negative, has no presses.
             const std::int64_t past = accountWide(here[each.key], remoteCount(remote, each.key));
             points.push_back({each.noon, each.key == day ? today : accountWide(past, 0)});
         }

@@ -12,12 +12,12 @@
 
 namespace fernhollow {
 
-/// What is known of the account's last 30 days, from which the history is made.
+/// The account's known counts of the last 30 days, from which the history is made.
 struct DailyHistory {
     DayKey day;             ///< today
     Instant noon;           ///< of today; it also changes with the time zone
-    Instant first;          ///< no earlier day is shown
-    std::int64_t today = 0; ///< shown for today, whatever else is known of it
+    Instant first;          ///< days whose 12:00 is earlier are not shown
+    std::int64_t today = 0; ///< the count to show for today, in place of today's rows
     std::vector<DailyCountRow> rows;
     std::shared_ptr<const HistoryCache> remote; ///< null without a sync engine
 
@@ -27,7 +27,7 @@ struct DailyHistory {
     bool operator==(const DailyHistory&) const = default;
 };
 
-/// The backend's count of a day; 0 where it knows none, or without a sync engine.
+/// The backend's count of a day; 0 when it has none, or without a sync engine.
 std::int64_t remoteCount(const std::shared_ptr<const HistoryCache>& counts, const DayKey& day);
 
 } // namespace fernhollow

@@ -30,14 +30,14 @@ namespace {
 
 constexpr const char* idAccount = "deviceId";
 constexpr const char* machineAccount = "deviceMachine";
-constexpr const char* asideReason = "machine-"; // before the identity whose databases they are
+constexpr const char* asideReason = "machine-"; // followed by the identity that owns the databases
 
-// Fixed for good: another key would make another machine of each.
+// Never to be changed: with another key every machine would look like another one.
 constexpr const char* markKey = "a3f0c6d2-5b8e-4f1d-9c47-7e2a91d0b6f4";
 
 bool isIdentity(const std::string& text) {
     const QUuid uuid(QString::fromStdString(text));
-    constexpr std::size_t length = 36; // the class reads other forms too, which the backend may not
+    constexpr std::size_t length = 36; // QUuid also reads other forms, which the backend may refuse
     return text.size() == length && !uuid.isNull();
 }
 
@@ -70,7 +70,7 @@ std::string DeviceIdentity::machineMark() {
     for (const char* place : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
         std::ifstream stream(place);
         const std::string id = trimmed(std::string(std::istreambuf_iterator<char>(stream), {}));
-        constexpr std::size_t length = 32; // "uninitialized" is shorter
+        constexpr std::size_t length = 32; // the file may also contain "uninitialized", which is shorter
         if (id.size() == length) {
             return QMessageAuthenticationCode::hash(QByteArray::fromStdString(id), markKey,
                                                     QCryptographicHash::Sha256)
@@ -86,8 +86,9 @@ DeviceIdentity::DeviceIdentity(std::string machine) : machine_(std::move(machine
     keepInSettings();
 }
 
-// The identity beside the counts is theirs, whatever the settings say: settings are synced between machines
-// and restored on their own. Settings without a machine are of the time before machines were told apart.
+// The identity beside the counts belongs to them, whatever the settings say, because settings are synced
+// between machines and restored separately. Settings without a machine were written before machines were
+// distinguished.
 std::string DeviceIdentity::decide(const std::optional<Record>& record) {
     const auto kept = identityIn(KeychainStore::readString(idAccount), "the settings");
     const auto keptFor = KeychainStore::readString(machineAccount);
@@ -115,7 +116,7 @@ std::string DeviceIdentity::decide(const std::optional<Record>& record) {
     }
     const std::string made = newIdentity();
     if (kept) {
-        areDatabasesOfAnyMachine_ = false; // of an identity that the settings no longer tell
+        areDatabasesOfAnyMachine_ = false; // they belong to an identity that the settings no longer contain
         debugLog("[DeviceIdentity] The settings were copied from another machine; this one has a new "
                  "identity: " +
                  made);
@@ -140,19 +141,18 @@ void DeviceIdentity::renew() {
     keepInSettings();
 }
 
-// What becomes of the databases that came along from another machine, or that are an old identity's: they are
-// put away, whole, and counting begins with empty ones. Their days are on the backend under the identity that
-// counted them, which goes on to send them from where it is. Sent from here as well, under the new identity,
-// they would double the account's total. They cannot be used and only not sent, either: today's row would
-// hold both machines' presses, and no later sum could tell them apart. So the account's total neither doubles
-// nor loses anything that the backend has; what the other machine has not sent yet stays its own to send.
-// Days of before are shown as the backend knows them. The files are kept under the identity's name, and are
-// put back should the home return to its machine.
+// Databases that came from another machine, or that belong to an old identity, are put away as a whole, and
+// counting begins with empty ones. The identity that counted their days sends them from its own machine. If
+// this machine also sent them, under its new identity, the account's total would double. Nor can this machine
+// keep using them without sending them: today's row would contain both machines' presses, and nothing could
+// separate them later. This way the account's total neither doubles nor loses anything that the backend has.
+// Earlier days are shown as the backend knows them. The files are kept under the identity's name and are put
+// back if the home returns to its machine.
 void DeviceIdentity::claimDatabases() {
     createPrivateDirectories(DailyCountsStore::databaseDirectory());
     auto record = read();
     if (!isRenewed_) {
-        id_ = decide(record); // the counts may have come into reach only now
+        id_ = decide(record); // the folder may have become readable only now
         keepInSettings();
     }
     const bool isOwner = record ? record->owner == id_ : areDatabasesOfAnyMachine_;
@@ -174,7 +174,7 @@ void DeviceIdentity::claimDatabases() {
         write(*record);
     } catch (const fs::filesystem_error& error) {
         if (!isOwner) {
-            throw; // the next start would put this identity's own databases away
+            throw; // without the record the next start would put this identity's own databases away
         }
         debugLog(std::string("[DeviceIdentity] ") + error.what());
     }
@@ -214,7 +214,7 @@ auto DeviceIdentity::read() -> std::optional<Record> {
         }
         debugLog("[DeviceIdentity] What is kept beside the counts is not a UUID and is not used");
     } catch (const nlohmann::json::exception&) {
-        return std::nullopt; // missing, mostly; the settings are left
+        return std::nullopt; // usually the file is missing; then the settings decide
     } catch (const fs::filesystem_error&) {
         return std::nullopt;
     }

@@ -7,34 +7,36 @@
 
 namespace fernhollow {
 
-/// Under which identifier this machine's counts are known to the backend.
+/// The identifier under which the backend stores this machine's counts.
 ///
-/// A random UUID, kept in the settings and in a file beside the counts, so that the loss of either does not
-/// send all counts a second time under another one. Both places say to which machine it belongs, by a keyed
-/// hash of the machine's id: on another machine, where they came to with a copied home, there is another
-/// identity. The databases in the folder belong to one identity at a time; those of others have names of
-/// their own there. Owned by AppModel; main thread only.
+/// It is a random UUID, kept in the settings and in a file beside the counts. If it were lost with one of
+/// them, all counts would be sent a second time under a new one. Both places also keep a keyed hash of the
+/// machine's id (machine-id(5)), so that another machine, which got them with a copied home, takes a new
+/// identity. The databases in the folder belong to one identity at a time; those of other identities have
+/// other names there. Owned by AppModel; main thread only.
 class DeviceIdentity {
 public:
-    /// `machine` is what machineMark() says; where it is empty, every identity passes for this machine's.
+    /// `machine` is the result of machineMark(). If it is empty, every identity counts as this machine's.
     explicit DeviceIdentity(std::string machine = machineMark());
 
     const std::string& id() const { return id_; }
 
-    /// Makes the databases in the folder this identity's, before any of them is opened, and keeps the
-    /// identity beside them. Throws std::filesystem::filesystem_error when they may not be used yet.
+    /// Puts away databases that belong to another identity, takes back this one's, and stores the
+    /// identity beside them. Call it before a database is opened. Throws
+    /// std::filesystem::filesystem_error when the databases may not be used yet.
     void claimDatabases();
 
     /// Takes a new identity. The databases stay with the old one: claimDatabases() puts them away.
     void renew();
 
-    /// A mark of this machine that tells no one its id; empty when the system has none.
+    /// A keyed hash of this machine's id, from which the id cannot be recovered; empty when the system has no
+    /// id.
     static std::string machineMark();
 
 private:
-    /// What is kept beside the counts.
+    /// The contents of the file beside the counts.
     struct Record {
-        std::string owner;                           // identity whose databases have the plain names
+        std::string owner;                           // the identity whose databases have the plain names
         std::map<std::string, std::string> machines; // identities by machine
     };
 
@@ -48,8 +50,8 @@ private:
 
     std::string machine_;
     std::string id_;
-    bool isRenewed_ = false;               // in this run, whatever is kept elsewhere
-    bool areDatabasesOfAnyMachine_ = true; // those without a record are taken for this identity's
+    bool isRenewed_ = false;               // in this run, so the stored identity does not count
+    bool areDatabasesOfAnyMachine_ = true; // databases without a record count as this identity's
 };
 
 } // namespace fernhollow

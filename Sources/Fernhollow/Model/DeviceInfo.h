@@ -6,7 +6,7 @@
 
 namespace fernhollow {
 
-/// One of the account's machines, in the words of the wire.
+/// One of the account's machines, with the names of the wire.
 struct DeviceInfo {
     std::string device_id;
     std::string device_name;
@@ -14,7 +14,7 @@ struct DeviceInfo {
 
     const std::string& id() const { return device_id; }
 
-    /// When the machine was last seen; the present moment when that is unknown.
+    /// When the machine was last seen; the clock's now when that is unknown.
     Instant lastSeenDate(const Clock& clock) const {
         const auto seen = parseInternetTime(last_seen_at);
         return seen ? *seen : clock.now();

@@ -18,7 +18,7 @@ public:
 
     virtual ~KeyPressMonitor() = default;
 
-    /// True when presses are reported after the call. May be called again and again.
+    /// True when presses are reported from now on. May be called while it runs.
     virtual bool start() = 0;
     virtual void stop() = 0;
 };

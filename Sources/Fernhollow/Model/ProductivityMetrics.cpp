@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t hoursOfADay = 24;
 constexpr std::size_t week = 7;
 
-/// A day's row with the instant of its day and the count that holds for it.
+/// One day with its 12:00 and the count to use for it.
 struct Day {
     std::optional<Instant> date;
     std::int64_t count = 0;

@@ -11,7 +11,7 @@ namespace fernhollow {
 
 class Calendar;
 
-/// What the dashboard says about the account's presses: today by hour, the last weeks, the month.
+/// The dashboard's figures of the account's presses: today by hour, the last weeks, the month.
 struct ProductivityMetrics {
     struct HourlyMetric {
         int hour = 0; ///< 0 to 23
@@ -36,15 +36,15 @@ struct ProductivityMetrics {
     std::int64_t monthTotal = 0;           ///< the last 30 days, today included
     std::vector<DailyMetric> monthDaily;   ///< those 30 days
     double avgPerHour = 0;                 ///< over today's active hours; 0 without one
-    double avgPerDay = 0;                  ///< over the month's days, those without a press included
+    double avgPerDay = 0;                  ///< over all days of the month, even without a press
     std::optional<int> peakHour;           ///< the first of today's hours with the highest count
     int activeHours = 0;                   ///< today's hours with a press
 
     bool operator==(const ProductivityMetrics&) const = default;
 
-    /// `todayHourly` in the order of the hours, `monthDaily` in any order; today's row of it counts as
-    /// `todayTotal`. The week totals come from `monthDaily`; the other two lists are not read. `now` tells
-    /// which day is today in `calendar`.
+    /// `todayHourly` is in the order of hours, `monthDaily` in any order; for today `todayTotal` replaces
+    /// its row there. The week totals come from `monthDaily`; the two lists of weeks are not read. `now`
+    /// decides which day is today in `calendar`.
     static ProductivityMetrics calculate(std::int64_t todayTotal,
                                          const std::vector<HourlyCountRow>& todayHourly,
                                          const std::vector<DailyCountRow>& thisWeekDaily,

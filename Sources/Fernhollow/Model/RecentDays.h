@@ -7,8 +7,8 @@
 
 namespace fernhollow {
 
-/// The last 30 days, looked up once for as long as the day and the time zone stay: they are asked for each
-/// second.
+/// The last 30 days. They are needed each second, so they are computed again only when the day or the time
+/// zone changes.
 class RecentDays {
 public:
     static constexpr int count = 30;
@@ -18,11 +18,11 @@ public:
         Instant noon;
     };
 
-    /// Up to the day of `now`, oldest first.
+    /// The 30 days up to the day of `now`, oldest first.
     const std::vector<Day>& upTo(Instant now, const Calendar& calendar);
 
 private:
-    Instant lastNoon_; // of the last one
+    Instant lastNoon_; // 12:00 of the last day
     std::vector<Day> days_;
 };
 

@@ -19,7 +19,7 @@ void moveUp(Totals& totals, Totals::iterator grown) {
     std::rotate(place, grown, grown + 1);
 }
 
-/// Descending; applications with equal counts stay in the order in which they are shown.
+/// Sorts by descending count; applications with equal counts keep the order of `shown`.
 void sortDescending(Totals& totals, const Totals& shown) {
     std::unordered_map<std::string, std::size_t> positions;
     for (const auto* list : {&shown, static_cast<const Totals*>(&totals)}) {

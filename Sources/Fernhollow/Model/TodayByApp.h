@@ -8,13 +8,13 @@
 
 namespace fernhollow {
 
-/// Today's presses by hour and application as functions of values.
+/// Functions of values for today's presses by hour and application.
 namespace TodayByApp {
 
 using Hours = std::vector<AppTracker::HourlyAppStats>; ///< in no order
 using Totals = std::vector<AppTracker::AppStats>;      ///< in descending count
 
-/// Adds presses of one application, under its newest name.
+/// Adds `delta` presses of one application and updates its name.
 void add(Hours& hours, int hour, const std::string& bundleId, const std::string& appName, std::int64_t delta);
 void add(Totals& totals, const std::string& bundleId, const std::string& appName, std::int64_t delta);
 
@@ -23,12 +23,12 @@ struct Lists {
     Totals totals;
 };
 
-/// What the store has of `day` together with what is not written yet. Applications with equal counts stay in
-/// the order of `shown`.
+/// Today's lists: the store's `rows` of `day` and the presses that are not written yet. Applications with
+/// equal counts keep the order of `shown`.
 Lists lists(const std::vector<AppHourlyCountRow>& rows, const std::vector<AppRegistryRow>& registry,
             const CountBatch& pending, const DayKey& day, const Totals& shown);
 
-/// Whether a view of both shows the same applications and counts; hours in whatever order.
+/// Whether both show the same applications and counts; the order of hours does not matter.
 bool showsTheSame(const Hours& a, const Hours& b);
 bool showsTheSame(const Totals& a, const Totals& b);
 

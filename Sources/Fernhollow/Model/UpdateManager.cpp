@@ -22,7 +22,7 @@ UpdateManager::UpdateManager(const UpdaterController::Factory& makeController) {
 }
 
 UpdateManager::~UpdateManager() {
-    updaterController_.reset(); // calls no delegate from here on
+    updaterController_.reset(); // it makes no more calls to this delegate
 }
 
 std::string UpdateManager::currentVersion() {
@@ -41,7 +41,7 @@ void UpdateManager::later(std::function<void()> work) {
     });
 }
 
-// Observers hear of a change before it happens.
+// Done later, because observers are called before the change.
 void UpdateManager::followCanCheck() {
     later([this] { canCheckForUpdates.set(updaterController_->canCheckForUpdates()); });
 }

@@ -13,11 +13,11 @@
 
 namespace fernhollow {
 
-/// What the program shows of its updates: one state, from the updater's many callbacks.
+/// Turns the updater's many callbacks into the one state of updates that the program shows.
 ///
-/// It starts the updater and is told by it. Each callback returns at once; what it changes, it changes in a
-/// task of its own, in the order of the callbacks. An outcome stays until the next check: errors and ends of
-/// cycles count only while the state is still "checking". Main thread only.
+/// It starts the updater and is its delegate. Each callback returns at once; a task of its own makes the
+/// change, in the order of the callbacks. An outcome stays until the next check: errors and ends of cycles
+/// count only while the state is still "checking". Main thread only.
 class UpdateManager : public Observable, private UpdaterDelegate, private UserDriverDelegate {
 public:
     explicit UpdateManager(const UpdaterController::Factory& makeController);
@@ -28,10 +28,10 @@ public:
     Published<UpdateState> state{*this};
     Published<bool> canCheckForUpdates{*this};
 
-    /// The version of this build as people read it, "0.0.0" when it is not told.
+    /// The version of this build as people read it; "0.0.0" when it is not known.
     static std::string currentVersion();
 
-    /// The check that the person asks for, in the updater's own windows.
+    /// Begins a check for the person, in the updater's own windows.
     void checkForUpdates();
 
 private:
@@ -53,7 +53,7 @@ private:
     void finish();
 
     TaskScope tasks_;
-    std::unique_ptr<UpdaterController> updaterController_; // absent only while it is being made
+    std::unique_ptr<UpdaterController> updaterController_; // null only while it is being made
     Observation canCheck_;
 };
 

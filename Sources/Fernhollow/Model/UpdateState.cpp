@@ -7,7 +7,7 @@
 namespace fernhollow {
 namespace {
 
-// The shortest digits that mean this number, as a fraction even where it is whole.
+// The shortest digits that stand for this number, with a decimal point even when it is whole.
 std::string decimal(double number) {
     std::array<char, 32> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;

@@ -30,7 +30,7 @@ struct UpdateFailed {
     bool operator==(const UpdateFailed&) const = default;
 };
 
-/// How far looking for, or getting, a newer release has come.
+/// How far the search for a newer release, or its download, has come.
 using UpdateState = std::variant<UpdateIdle, UpdateChecking, UpdateAvailable, UpdateDownloading,
                                  UpdateReadyToInstall, UpdateUpToDate, UpdateFailed>;
 
