@@ -69,7 +69,7 @@ TEST_F(Identity, RefusesWhatIsNoUuid) {
     }
     EXPECT_EQ(storedCount(today), 10);
     EXPECT_THAT(home_.log(),
-                HasSubstr("[DeviceIdentity] What is kept in the settings is not a UUID and is not used"));
+                HasSubstr("[DeviceIdentity] The identity in the settings is not a UUID and is not used"));
 }
 
 TEST_F(Identity, OfACopiedHomeIsLeftToItsMachineWithAllItCounted) {

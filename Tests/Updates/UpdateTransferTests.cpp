@@ -107,7 +107,7 @@ TEST_F(UpdateTransferTest, DeletesWhatIsNotTheMakersPackage) {
 }
 
 TEST_F(UpdateTransferTest, TakesExactlyTheLengthThatTheFeedTells) {
-    const std::string wrong = "error: The update is not as long as the feed tells.";
+    const std::string wrong = "error: The update is not as long as the feed says.";
     answers_["/p"] = {.body = bytes_ + "x"};
     EXPECT_EQ(package(release()), wrong);
     answers_["/p"] = {.body = bytes_.substr(1)};
@@ -120,7 +120,7 @@ TEST_F(UpdateTransferTest, TakesExactlyTheLengthThatTheFeedTells) {
     answers_["/p"] = {.raw = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(bytes_.size()) +
                              "\r\n\r\n" + bytes_.substr(0, 5000),
                       .closes = true};
-    EXPECT_THAT(package(release()), StartsWith("error: The server of the updates cannot be reached"));
+    EXPECT_THAT(package(release()), StartsWith("error: The update server cannot be reached"));
     AppcastItem item = release();
     item.length = UpdateTransfer::maximumPackage + 1;
     EXPECT_THAT(package(item), HasSubstr("length"));
@@ -135,8 +135,8 @@ TEST_F(UpdateTransferTest, FollowsNobodyElsewhere) {
           std::string("//evil.example/a")}) {
         answers_["/appcast.xml"] = redirection(location);
         answers_["/p"] = redirection(location);
-        EXPECT_THAT(feed(), HasSubstr("sends us elsewhere")) << location;
-        EXPECT_THAT(package(release()), HasSubstr("sends us elsewhere")) << location;
+        EXPECT_THAT(feed(), HasSubstr("redirects to another place")) << location;
+        EXPECT_THAT(package(release()), HasSubstr("redirects to another place")) << location;
     }
     EXPECT_THAT(elsewhere.requests, IsEmpty());
     answers_["/appcast.xml"] = redirection("/appcast.xml");
@@ -159,10 +159,10 @@ TEST_F(UpdateTransferTest, BreaksLongFeedsOff) {
     // Nor is a refusal read, however long it is.
     answers_["/appcast.xml"] = {.raw = "HTTP/1.1 500 No\r\nConnection: close\r\n\r\n" +
                                        std::string(3'000'000, 'x')};
-    EXPECT_EQ(feed(), "error: The server of the updates answers with 500.");
+    EXPECT_EQ(feed(), "error: The update server answers with 500.");
     answers_.clear();
-    EXPECT_EQ(feed(), "error: The server of the updates answers with 404.");
-    EXPECT_EQ(package(release()), "error: The server of the updates answers with 404.");
+    EXPECT_EQ(feed(), "error: The update server answers with 404.");
+    EXPECT_EQ(package(release()), "error: The update server answers with 404.");
 }
 
 TEST_F(UpdateTransferTest, EndsWhenNothingComesOrNobodyWants) {
@@ -171,7 +171,7 @@ TEST_F(UpdateTransferTest, EndsWhenNothingComesOrNobodyWants) {
     ASSERT_TRUE(waitUntil([this] { return server_.unanswered() == 1; }));
     clock_.advance(60s);
     EXPECT_EQ(outcome([&] { return awaitAs<std::string>(std::move(silent)); }),
-              "error: The server of the updates stopped answering.");
+              "error: The update server stopped answering.");
 
     answers_["/p"] = {.raw = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(bytes_.size()) +
                              "\r\n\r\n" + bytes_.substr(0, 5000)};

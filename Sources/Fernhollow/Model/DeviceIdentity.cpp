@@ -47,7 +47,7 @@ std::string newIdentity() {
 
 std::optional<std::string> identityIn(const std::optional<std::string>& text, const char* place) {
     if (text && !isIdentity(*text)) {
-        debugLog(std::string("[DeviceIdentity] What is kept in ") + place + " is not a UUID and is not used");
+        debugLog(std::string("[DeviceIdentity] The identity in ") + place + " is not a UUID and is not used");
         return std::nullopt;
     }
     return text;
@@ -212,7 +212,7 @@ auto DeviceIdentity::read() -> std::optional<Record> {
         if (isIdentity(record.owner) && std::ranges::none_of(record.machines, isBad)) {
             return record;
         }
-        debugLog("[DeviceIdentity] What is kept beside the counts is not a UUID and is not used");
+        debugLog("[DeviceIdentity] The identity beside the counts is not a UUID and is not used");
     } catch (const nlohmann::json::exception&) {
         return std::nullopt; // usually the file is missing; then the settings decide
     } catch (const fs::filesystem_error&) {

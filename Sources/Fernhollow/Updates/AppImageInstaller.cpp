@@ -70,8 +70,7 @@ void AppImageInstaller::relaunch() {
     try {
         startAfterThisProcess(image_.file, outsideAppImage(currentEnvironment(), image_.appDir));
     } catch (const std::system_error& error) {
-        debugLog(std::string("[AppImageInstaller] The new program does not start by itself: ") +
-                 error.what());
+        debugLog(std::string("[AppImageInstaller] The new program cannot be started: ") + error.what());
     }
 }
 

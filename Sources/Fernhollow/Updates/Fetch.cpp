@@ -121,7 +121,7 @@ private:
     void watch() {
         timer_ = clock_.startTimer(patience, [this] {
             if (!std::exchange(isAlive_, false)) {
-                breakOff(UpdateError(failure_, "The server of the updates stopped answering."));
+                breakOff(UpdateError(failure_, "The update server stopped answering."));
             } else {
                 watch();
             }
@@ -157,7 +157,7 @@ std::optional<QUrl> redirection(const QNetworkReply& reply, const QUrl& from, Up
     }
     QUrl next = from.resolved(target);
     if (!isSameOrigin(next, from)) {
-        throw UpdateError(failure, "The server of the updates sends us elsewhere: " +
+        throw UpdateError(failure, "The update server redirects to another place: " +
                                        next.toString(QUrl::FullyEncoded).toStdString());
     }
     return next;
@@ -166,11 +166,11 @@ std::optional<QUrl> redirection(const QNetworkReply& reply, const QUrl& from, Up
 void checkAnswer(const QNetworkReply& reply, UpdateError::Reason failure) {
     const int status = statusOf(reply);
     if (status != 0 && status != statusOk) {
-        throw UpdateError(failure, "The server of the updates answers with " + std::to_string(status) + ".");
+        throw UpdateError(failure, "The update server answers with " + std::to_string(status) + ".");
     }
     if (status == 0 || reply.error() != QNetworkReply::NoError) {
-        throw UpdateError(failure, "The server of the updates cannot be reached: " +
-                                       reply.errorString().toStdString() + ".");
+        throw UpdateError(failure,
+                          "The update server cannot be reached: " + reply.errorString().toStdString() + ".");
     }
 }
 
@@ -179,8 +179,8 @@ void checkAnswer(const QNetworkReply& reply, UpdateError::Reason failure) {
 QCoro::Task<> fetch(QNetworkAccessManager& manager, Clock& clock, QUrl url, UpdateError::Reason failure,
                     BodyReceiver& receiver, std::stop_token stop) {
     if (!isProtectedOnItsWay(url)) {
-        throw UpdateError(failure,
-                          "Updates do not come from " + url.toString(QUrl::FullyEncoded).toStdString() + ".");
+        throw UpdateError(failure, "Updates are not downloaded from " +
+                                       url.toString(QUrl::FullyEncoded).toStdString() + ".");
     }
     if (stop.stop_requested()) {
         throw UpdateError(UpdateError::Reason::cancelled, "Cancelled.");
@@ -196,7 +196,7 @@ QCoro::Task<> fetch(QNetworkAccessManager& manager, Clock& clock, QUrl url, Upda
         }
         url = *next;
     }
-    throw UpdateError(failure, "The server of the updates sends us in circles.");
+    throw UpdateError(failure, "The update server redirects in circles.");
 }
 
 } // namespace fernhollow

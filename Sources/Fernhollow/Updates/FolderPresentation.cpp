@@ -29,7 +29,7 @@ QDBusMessage showItems(const std::filesystem::path& file) {
 void openFolder(const std::filesystem::path& folder) {
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (opener.isEmpty()) {
-        debugLog("[FolderPresentation] Nothing here shows folders");
+        debugLog("[FolderPresentation] No program here shows folders");
         return;
     }
     try {

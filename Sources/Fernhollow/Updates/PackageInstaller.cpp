@@ -136,7 +136,7 @@ void PackageInstaller::relaunch() {
     try {
         startAfterThisProcess(state_->around.executable, currentEnvironment());
     } catch (const std::system_error& error) {
-        debugLog(std::string("[PackageInstaller] The new program does not start by itself: ") + error.what());
+        debugLog(std::string("[PackageInstaller] The new program cannot be started: ") + error.what());
     }
 }
 

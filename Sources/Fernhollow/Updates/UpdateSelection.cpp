@@ -26,13 +26,13 @@ void check(const AppcastItem& item, const UpdateHost& host) {
     const QUrl url(QString::fromStdString(item.url), QUrl::StrictMode);
     const QUrl feed(QString::fromStdString(host.feedUrl), QUrl::StrictMode);
     if (!isProtectedOnItsWay(url) || !isSameOrigin(url, feed)) {
-        refuse("The update would come from another place than the feed: " + item.url);
+        refuse("The update is not on the feed's server: " + item.url);
     }
     if (item.edSignature.size() != signatureLength) {
         refuse("The update is not signed.");
     }
     if (item.length == 0 || item.length > UpdateTransfer::maximumPackage) {
-        refuse("The update's length is not told, or cannot be right.");
+        refuse("The update's length is missing or impossible.");
     }
 }
 

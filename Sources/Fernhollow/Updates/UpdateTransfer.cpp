@@ -128,7 +128,7 @@ public:
 
 private:
     [[noreturn]] static void failLength() {
-        throw UpdateError(UpdateError::Reason::download, "The update is not as long as the feed tells.");
+        throw UpdateError(UpdateError::Reason::download, "The update is not as long as the feed says.");
     }
 
     fs::path path_;
@@ -180,8 +180,7 @@ QCoro::Task<std::string> UpdateTransfer::feed(std::string url, std::stop_token s
 QCoro::Task<std::shared_ptr<DownloadedUpdate>>
 UpdateTransfer::package(AppcastItem item, std::string publicKey, Progress progress, std::stop_token stop) {
     if (item.length == 0 || item.length > maximumPackage) {
-        throw UpdateError(UpdateError::Reason::download,
-                          "The update's length is not told, or cannot be right.");
+        throw UpdateError(UpdateError::Reason::download, "The update's length is missing or impossible.");
     }
     ensureFolder(folder_);
     ensureSpace(folder_, item.length);

@@ -38,7 +38,7 @@ std::unique_ptr<EventTap> X11EventTapProvider::createTap(Callback callback) {
     }
     auto tap = RecordTap::create(std::move(connection_), std::move(callback));
     if (!tap && !tapFailureLogged_) {
-        debugLog("[EventTap] The X server did not let us record key presses");
+        debugLog("[EventTap] The X server refused to record key presses");
     }
     tapFailureLogged_ = !tap;
     return tap;

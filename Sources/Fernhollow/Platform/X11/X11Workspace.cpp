@@ -129,7 +129,7 @@ void X11Workspace::followActiveWindow() {
     }
     if (!now.announced && !std::exchange(silenceLogged_, true)) {
         debugLog(
-            "[Workspace] The window manager does not tell which window is active; applications are unknown");
+            "[Workspace] The window manager does not announce the active window; applications are unknown");
     }
     if (now.window == active_) {
         return;
