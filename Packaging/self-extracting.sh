@@ -1,5 +1,5 @@
 #!/bin/sh
-# Fernhollow in one file. The folder that it is unpacked into goes when the program ends.
+# Fernhollow in one file. The folder that it is unpacked into is deleted when the program ends.
 set -eu
 APPIMAGE=$(readlink -f "$0")
 APPDIR=$(mktemp -d "${TMPDIR:-/tmp}/fernhollow.XXXXXX")

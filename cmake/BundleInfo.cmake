@@ -1,4 +1,4 @@
-# fernhollow.json beside the programs: what is told about this build instead of compiled into it.
+# Writes fernhollow.json beside the programs: the facts about this build that are not compiled in.
 set(bundle_info "{}")
 
 function(fernhollow_bundle_fact key value)

@@ -1,5 +1,5 @@
-# Compiles nothing twice where ccache is installed. The settings let a second checkout and precompiled headers
-# profit, too: paths and times of the headers are left out of what is compared.
+# Where ccache is installed, nothing is compiled twice. These settings leave the headers' paths and times out
+# of the comparison, so that a second checkout and precompiled headers profit, too.
 find_program(FERNHOLLOW_CCACHE ccache)
 if(FERNHOLLOW_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER

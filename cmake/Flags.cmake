@@ -1,6 +1,6 @@
-# The one target that carries what every translation unit is compiled with. Warnings are errors only where
-# CMAKE_COMPILE_WARNING_AS_ERROR says so, as continuous integration does: a compiler or a library that is
-# newer than ours may warn of more, and that must not keep a packager from building.
+# The target with the flags of every translation unit. Warnings are errors only where
+# CMAKE_COMPILE_WARNING_AS_ERROR says so, as in continuous integration: a newer compiler or library may
+# warn of more, and that must not keep a packager from building.
 add_library(fernhollow_flags INTERFACE)
 target_compile_features(fernhollow_flags INTERFACE cxx_std_20)
 target_compile_options(
@@ -34,7 +34,7 @@ endif()
 
 option(FERNHOLLOW_FUZZ "Build the fuzzers (scripts/fuzz); needs clang" OFF)
 if(FERNHOLLOW_FUZZ)
-  # All code of ours reports which of its branches were taken, and a conversion that does not fit is a finding.
+  # All of our code reports which branches it takes, and a conversion that overflows is a finding.
   set(fuzzing -fsanitize=fuzzer-no-link,float-cast-overflow -fno-sanitize-recover=all)
   target_compile_options(fernhollow_flags INTERFACE ${fuzzing})
   target_compile_definitions(fernhollow_flags INTERFACE _GLIBCXX_ASSERTIONS)

@@ -1,5 +1,5 @@
-# Headers that most files read, parsed once. Every file still includes what it uses: scripts/lint reads the
-# files without these (CMAKE_DISABLE_PRECOMPILE_HEADERS builds without them, too).
+# Headers that most files include are parsed once. Every file still includes what it uses, because
+# scripts/lint reads the files without these (CMAKE_DISABLE_PRECOMPILE_HEADERS=ON).
 #
 # Three sets, each compiled once and shared: `core` for libraries without a window, `windows` for those with
 # one, and `tests`.
@@ -46,7 +46,7 @@ fernhollow_define_headers(
   Qt6::Widgets
   QCoro6::Core)
 
-# fernhollow_precompile(SET TARGET...): the targets' files find the set parsed.
+# fernhollow_precompile(SET TARGET...): compiles the targets with the set's headers.
 function(fernhollow_precompile set)
   foreach(target ${ARGN})
     target_precompile_headers(${target} REUSE_FROM fernhollow_headers_${set})

@@ -1,16 +1,16 @@
 # shellcheck shell=bash
 # The local backend of ./run: a private PostgreSQL and fernhollow-backend in front of it. Sourced after
-# common.sh. The backend lives as long as the shell that started it.
+# common.sh. The backend ends with the shell that started it.
 backend_folder=build/run/backend
 backend_log=build/run/backend.log
 backend_process=
 
-# What the release build was configured with: built_for FERNHOLLOW_SUPABASE_URL
+# built_for NAME: the value of a setting of the release build, such as FERNHOLLOW_SUPABASE_URL.
 built_for() {
     sed -n "s/^$1:[A-Z]*=//p" build/release/CMakeCache.txt
 }
 
-# The port of this machine that the program talks to; nothing when it was built for another machine.
+# The port on this machine of the program's backend; nothing when it was built for a backend elsewhere.
 local_port() {
     built_for FERNHOLLOW_SUPABASE_URL | sed -nE 's|^http://(127\.0\.0\.1\|localhost):([0-9]+)/?$|\2|p'
 }
@@ -24,7 +24,7 @@ without_backend() {
     end_backend
 }
 
-# start_backend PORT: says in one line why there is none, if there is none.
+# start_backend PORT: starts the backend. If it cannot, one line says why.
 start_backend() {
     local port=$1 database
     if answers_at "$port"; then
@@ -38,7 +38,7 @@ start_backend() {
         without_backend "$(tail -n 1 "$backend_log")"
         return
     fi
-    # In a session of its own: a Ctrl-C is for the program, which may still have something to send.
+    # It runs in a session of its own, because Ctrl-C is for the program, which may still have counts to send.
     exec 3< <(exec setsid Backend/local/fernhollow-backend --database "${database##*$'\n'}" --port "$port" \
         2>>"$backend_log")
     backend_process=$!
@@ -51,7 +51,7 @@ end_backend() {
     Backend/local/postgres stop "$backend_folder" 2>>"$backend_log" || true
 }
 
-# Runs a program to its end and hands signals on to it, so that the backend ends after it.
+# Runs a program to its end and passes signals on to it, so that the backend ends after the program.
 run_with_backend() {
     local status=0
     "$@" 3<&- &
@@ -59,7 +59,7 @@ run_with_backend() {
     # shellcheck disable=SC2064
     trap "kill -TERM $program 2>/dev/null || true" INT TERM HUP
     wait "$program" || status=$?
-    while kill -0 "$program" 2>/dev/null; do # a signal ended the wait, not the program
+    while kill -0 "$program" 2>/dev/null; do # a signal ended the wait, but not the program
         status=0
         wait "$program" || status=$?
     done

@@ -22,7 +22,7 @@ make_system() {
 
 home_of() { [ "$1" = root ] && printf '/root\n' || printf '/home/%s\n' "$1"; }
 
-# put_checkout SYSTEM USER: the last commit, in the user's folder "fernhollow".
+# put_checkout SYSTEM USER: puts the last commit into the user's folder "fernhollow".
 put_checkout() {
     local home
     home=$(home_of "$2")
@@ -31,7 +31,8 @@ put_checkout() {
     chroot "$1" chown -R --reference="$home" "$home/fernhollow"
 }
 
-# inside SYSTEM USER COMMAND: in the user's folder "fernhollow", in a world whose mounts and processes end with it.
+# inside SYSTEM USER COMMAND: runs the command in the user's folder "fernhollow". Its mounts and processes end with
+# it.
 inside() {
     # shellcheck disable=SC2016
     unshare --mount --pid --fork --kill-child bash -ec '

@@ -1,8 +1,8 @@
 """Checks that every file includes only what its folder may, and that no headers include each other in a circle.
 
-The folders are static libraries, and a static library links although it includes what it does not link. So
-the direction of the dependencies is checked here, include by include. Prints what is wrong and exits with 1
-if anything is.
+The folders are static libraries, and a static library can include what it does not link. So this script checks
+the direction of the dependencies, include by include. It prints each wrong include and exits with 1 if there is
+one.
 """
 
 import pathlib
@@ -12,8 +12,8 @@ import sys
 SOURCES = pathlib.Path(__file__).resolve().parent.parent / "Sources"
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.MULTILINE)
 
-# What the files of a folder may include besides their own folder's, as patterns of the path. The longest
-# folder that fits is a file's own; one that is not listed may include only itself.
+# What the files of a folder may include besides those of their own folder, as patterns of the path. A
+# file belongs to the longest folder that fits. A folder that is not listed may include only itself.
 MAY_INCLUDE = {
     "Support": [],
     "KeypressCore": ["Support/"],
@@ -35,7 +35,7 @@ MAY_INCLUDE = {
     "Updates": ["Support/", r"Platform/UserDefaults\.h"],
     "Model": ["Support/", "KeypressCore/", "Updates/", r"Platform/(HostName|UserDefaults)\.h"],
     "Presentation": ["Support/", "KeypressCore/", "Model/"],
-    # Of the platform its face: which desktop it is, App never sees.
+    # Only the platform's public headers: App never sees which desktop it is.
     "App": [
         "Support/",
         "KeypressCore/",
@@ -48,12 +48,12 @@ MAY_INCLUDE = {
     "main.cpp": ["App/"],
 }
 
-# Libraries that only one folder may know.
+# Libraries that only one folder may include.
 BELONGS_TO = {"xcb/": "Platform/X11", "wayland-": "Platform/Wayland", "sqlite3": "KeypressCore", "sodium": "Updates"}
 
 
 def name_of(file):
-    """How an include names the file."""
+    """The file's name as includes write it."""
     return file.relative_to(SOURCES).as_posix().removeprefix("Fernhollow/")
 
 

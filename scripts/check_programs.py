@@ -1,9 +1,9 @@
 """Checks that scripts/packages.txt lists what our scripts and tests call.
 
-Every program that a script, the harness or a test starts, and every Python module that they import, has to
-come from a package of the groups which that command installs, from one that such a package brings along (at
-one or two removes), or from the smallest Debian there is. A machine that has run the tests has them all
-anyway, so only this check, and scripts/prove_front_door, would see one that is missing elsewhere.
+Every program that a script, the harness or a test starts, and every Python module that they import, has to come
+from a package in the groups that the command installs, from a dependency of such a package (or a dependency's
+dependency), or from a minimal Debian. A machine that has run the tests has them all, so only this check and
+scripts/prove_front_door notice a package that is missing elsewhere.
 """
 
 import ast
@@ -19,15 +19,15 @@ PROGRAM_FOLDERS = ("/usr/bin/", "/usr/sbin/", "/bin/", "/sbin/")
 NAME = re.compile(r"[A-Za-z][\w.+-]*")
 STARTED_IN_CPP = re.compile(r'\b(?:start|startDetached|execute|popen|setProgram)\(\s*(?:QStringLiteral\()?"([\w.+-]+)')
 QUOTED = re.compile(r"'[^']*'|\"[^\"$]*\"")
-# After these the shell, or the program that they are, expects a command.
+# After these words a command follows.
 STARTERS = {"if", "then", "elif", "else", "while", "do", "exec", "setsid", "xargs", "--"}
 
-# pg_config is asked only where Debian's own folders are missing, node by one test that is skipped without it,
-# haproxy by a test that only .ci/run runs.
+# These need not be installed: pg_config is called only where Debian's own folders are missing, node by one
+# test that is skipped without it, haproxy by a test that only .ci/run runs.
 ELSEWHERE = {"pg_config", "node", "haproxy"}
 
 RUN = ("build", "run", "backend")
-# What each command installs, and the files that it runs. Patterns are relative to the top folder.
+# The groups that each command installs, and the files that it runs. Patterns are relative to the top folder.
 CALLERS = {
     RUN: ["run", "scripts/common.sh", "scripts/packages.sh", "scripts/backend.sh", "Backend/local/*", "Backend/migrate"],
     (*RUN, "demo"): ["scripts/demonstrate.py"],
@@ -41,7 +41,7 @@ CALLERS = {
 
 
 def installed():
-    """The packages here: their dependencies, and whether the smallest Debian has them."""
+    """The installed packages: whether a minimal Debian has them, and their dependencies."""
     fields = "${Package}\t${Essential}\t${Priority}\t${Pre-Depends}, ${Depends}\n"
     listing = subprocess.run(["dpkg-query", "-W", "-f", fields], capture_output=True, text=True, check=True)
     packages = {}
@@ -116,7 +116,7 @@ def own_modules(file, imports):
 
 
 def files_of(patterns):
-    """What the patterns name, and what those files import, directly or not."""
+    """The files that match the patterns, and those that they import, directly or indirectly."""
     waiting = [path for pattern in patterns for path in sorted(TOP.glob(pattern)) if path.is_file()]
     seen = set()
     while waiting:

@@ -13,7 +13,7 @@ fail() {
     exit 1
 }
 
-# Shows the "WORDS PERCENT" lines of stdin: on a terminal as one line that moves, elsewhere one a minute.
+# Shows the "WORDS PERCENT" lines of stdin: on a terminal in one line that changes, elsewhere one line a minute.
 show_progress() {
     local line shown=$SECONDS
     while read -r line; do
@@ -27,8 +27,8 @@ show_progress() {
     [ ! -t 2 ] || printf '\r\033[K' >&2
 }
 
-# configure PRESET FOLDER [-DNAME=VALUE...]: when that is due, because there is no build, the presets changed
-# or a setting is another one.
+# configure PRESET FOLDER [-DNAME=VALUE...]: configures the build if there is none, the presets have changed
+# or a setting differs.
 configure() {
     local preset=$1 folder=$2 setting due=
     shift 2
@@ -57,7 +57,7 @@ compile() {
         "${command[@]}" >&2 || fail "the build in $folder failed; the compiler's messages are above"
         return
     fi
-    # Elsewhere a line for every file would bury what matters: warnings and errors.
+    # Without a terminal, a line for every file would bury the warnings and errors.
     if ! NINJA_STATUS='%p ' "${command[@]}" 2>&1 | tee "$log" |
         sed -nEu 's/^ *([0-9]+)% .*/Building: \1/p' | show_progress; then
         sed -n '/^FAILED/,$p' "$log" >&2
@@ -66,7 +66,7 @@ compile() {
     grep -E ' (warning|error): ' "$log" >&2 || true
 }
 
-# What ./run needs: the program alone. Tests that ./test has configured stay configured.
+# Builds the program alone, for ./run. If ./test has configured the tests, they stay configured.
 build_program() {
     local settings=()
     [ -e build/release/build.ninja ] || settings+=(-DBUILD_TESTING=OFF)
@@ -74,7 +74,7 @@ build_program() {
     compile build/release fernhollow
 }
 
-# build PRESET: the program and its tests.
+# build PRESET: builds the program and its tests.
 build() {
     configure "$1" "build/$1" -DBUILD_TESTING=ON
     compile "build/$1"
@@ -95,8 +95,8 @@ build_and_test() {
     ctest --preset "$preset" --no-tests=error --parallel "$(nproc)" "$@"
 }
 
-# announce GROUP...: says at once what a first start is going to do, and about how long that takes. The seconds
-# are those of one core; a package's are the time for it and for what it brings along.
+# announce GROUP...: says what a first start is going to do and about how long that takes. The seconds are for
+# one core; a package's include those for its dependencies.
 announce() {
     local missing=() things=() seconds=0
     ! is_debian || mapfile -t missing < <(missing_packages "$@")

@@ -1,7 +1,7 @@
 """Shows Fernhollow at work where there is no display: on a virtual desktop with a home of its own.
 
-Arguments: the program, where the picture of the screen goes and, if there is a backend, its address and
-its key. Prints what was counted, what the backend has of it and where the picture lies, one line each.
+Arguments: the program, the file for a picture of the screen and, if there is a backend, its address and its key.
+Prints what was counted, what the backend has of it and where the picture is, one line each.
 """
 
 import datetime
@@ -21,13 +21,13 @@ from harness.desktop import Desktop  # noqa: E402
 from harness.program import Program  # noqa: E402
 from harness.waiting import wait_until  # noqa: E402
 
-# Another account each time: a backend remembers what earlier demonstrations sent.
+# A new account each time, because the backend keeps what earlier demonstrations sent.
 ADDRESS = f"you+{time.strftime('%H%M%S')}@example.org"
 TEXT = "how many keys does one press in a day? more than one thinks. " * 20
 
 
 class Server:
-    """The backend, asked in the way of its clients."""
+    """The backend, asked as its clients ask."""
 
     def __init__(self, url, key):
         self._url = url
@@ -35,7 +35,7 @@ class Server:
         self._seen = None
 
     def total(self):
-        """What the account has today on all its devices."""
+        """The account's total of today over all its devices."""
         arguments = {"p_email": ADDRESS, "p_day": datetime.date.today().isoformat()}
         request = urllib.request.Request(
             f"{self._url}/rest/v1/rpc/get_account_today_total",
@@ -50,7 +50,7 @@ class Server:
             return json.load(answer)
 
     def wait_for(self, count, seconds=15):
-        """One sentence: what it has, as soon as that is `count`, or after some patience."""
+        """One sentence on what the backend has, once that is `count` or `seconds` have passed."""
         try:
             wait_until(lambda: self._look() >= count, "the account's total", seconds, 0.2)
         except AssertionError:
@@ -74,7 +74,7 @@ def demonstrate(executable, picture, server):
         terminal.focus()
         desktop.type(TEXT)
         accessible = program.accessible()
-        # The Return that ended the sign-in may have been counted for the account, too.
+        # The Return key that ended the sign-in may count for the account, too.
         counts = {f"{len(TEXT) + more:,}": len(TEXT) + more for more in (0, 1)}
         shown = wait_until(lambda: counts.keys() & accessible.texts(), "the count in the window")
         uploaded = server and server.wait_for(counts[shown.pop()])

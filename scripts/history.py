@@ -1,4 +1,4 @@
-"""Somebody's past: a month of counts that looks like a month of somebody's work, the same each time."""
+"""A generated month of counts that looks like a person's work, the same each time."""
 
 import contextlib
 import datetime

@@ -21,7 +21,7 @@ def qemu(kernel, image, monitor):
 
 
 def type_keys(monitor, count):
-    """Keys of the first row, each between two that do not count."""
+    """Presses keys of the top letter row; before each one Shift, which does not count."""
     with open(f"{monitor}.in", "w") as keys:
         for i in range(count):
             for key in ("shift", "qwertyuiop"[i % 10]):

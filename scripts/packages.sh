@@ -7,7 +7,8 @@ suite() {
     sed -nE 's/^VERSION_CODENAME="?([a-z]+)"?$/\1/p' /etc/os-release 2>/dev/null
 }
 
-# The packages of the given groups on this suite, one a line. `test@trixie` is the group test on trixie alone.
+# Prints the packages of the given groups on this suite, one a line. `test@trixie` is the group test on trixie
+# alone.
 packages_of() {
     local groups=() group
     for group in "$@"; do
@@ -17,11 +18,11 @@ packages_of() {
         scripts/packages.txt | sort -u
 }
 
-# Those of the given groups that are not installed.
+# Prints the packages of the given groups that are not installed.
 missing_packages() {
     local wanted
     mapfile -t wanted < <(packages_of "$@")
-    # dpkg-query complains about a package that it never heard of; for us that is simply one more to install.
+    # dpkg-query complains about a package that it does not know; that package is simply missing, too.
     comm -23 <(printf '%s\n' "${wanted[@]}") <(
         { dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || true; } |
             awk '$1 == "installed" { print $2 }' | sort -u
@@ -32,7 +33,7 @@ is_debian() {
     command -v dpkg-query >/dev/null && command -v apt-get >/dev/null
 }
 
-# apt's own report of where it is, as show_progress reads it; all the rest goes to the log.
+# Turns apt's progress reports into lines for show_progress; the rest goes to the log.
 apt_progress() {
     awk -v log_file="$packages_log" -F: '
         /^dlstatus:/ { printf "Downloading packages: %d\n", $3; fflush(); next }
@@ -40,7 +41,7 @@ apt_progress() {
         { print >>log_file; fflush(log_file) }'
 }
 
-# Installs what the given groups lack. Asks the network nothing when nothing is missing.
+# Installs the missing packages of the given groups. Does not use the network when none is missing.
 ensure_packages() {
     if ! is_debian; then
         say "Not a Debian system, nothing is installed; scripts/packages.txt lists what is needed."

@@ -18,7 +18,7 @@ from history import AccountServer, History  # noqa: E402
 
 ADDRESS = "ana@example.org"
 NOW = "2026-03-10 16:20:00"
-SETTLING = 0.7  # for animations and the last refresh
+SETTLING = 0.7 # seconds, for animations and the last refresh
 DEVICES = [
     {"device_id": "1", "device_name": "ana-laptop", "last_seen_at": "2026-03-10T15:19:40Z"},
     {"device_id": "2", "device_name": "Workstation in the office", "last_seen_at": "2026-03-10T11:20:00Z"},
@@ -65,7 +65,7 @@ class Scene:
         return window
 
     def rest(self):
-        """Takes the pointer where it points at nothing."""
+        """Moves the pointer to where it points at nothing."""
         self.desktop.run("xdotool", "mousemove", 2, 2)
 
     def shoot(self, title="Fernhollow", rest=True):
@@ -76,13 +76,13 @@ class Scene:
         self._studio.picture(self.desktop.window_area(window))
 
     def day(self, column):
-        """The middle of the column of a day, 0 the oldest, on the screen."""
+        """The middle, on the screen, of a day's column; 0 is the oldest day."""
         accessible = self.program.accessible()
         days = [node for node in accessible.shown("push button") if node.name.endswith("key presses")]
         return accessible.centre(days[column])
 
     def open_day(self, column):
-        """With the keyboard, whatever the scale: accessible places are told before scaling."""
+        """Opens a day with the keyboard, because accessible positions are those before scaling."""
         self.desktop.press("Tab", *["Left"] * (14 - column), "Return")
         return "Day Details - .*"
 
@@ -211,7 +211,7 @@ def day_detail_search(scene):
 
 
 PORTUGUESE = {"LANG": "pt_BR.UTF-8"}
-# Without the second one it would be the scale that grows.
+# Without the second variable Qt would scale everything, not only the fonts.
 LARGE_FONTS = {"QT_FONT_DPI": "144", "QT_ENABLE_HIGHDPI_SCALING": "0"}
 PICTURES = {
     "sign-in": (sign_in, {}),

@@ -3,8 +3,8 @@
 Arguments: the folder of a configured build without precompiled headers, then patterns of files; without a
 pattern all files are read. A file is read again only when something changed that its result depends on:
 the file, a header of ours that it includes, its compiler flags, the checks, or the installed packages. What
-passed is remembered outside the checkout ($XDG_CACHE_HOME/fernhollow/lint), so that a second checkout
-profits. Prints what clang-tidy found and exits with 1 if it found anything.
+passed is remembered outside the checkout ($XDG_CACHE_HOME/fernhollow/lint), so that a second checkout profits.
+Prints what clang-tidy found and exits with 1 if it found anything.
 """
 
 import concurrent.futures
@@ -26,7 +26,7 @@ STAMPS = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / 
 
 
 def with_headers(source, folders):
-    """The file and every header of ours that it includes, directly or not."""
+    """The file and every header of ours that it includes, directly or indirectly."""
     found, waiting = {source}, [source]
     while waiting:
         file = waiting.pop()
@@ -40,7 +40,7 @@ def with_headers(source, folders):
 
 
 def surroundings():
-    """What the result depends on besides the code."""
+    """What the result depends on besides the code, as one text."""
     packages = subprocess.run(
         ["bash", "-c", ". scripts/common.sh; dpkg-query -W $(packages_of build test check) 2>/dev/null"],
         cwd=TOP,
@@ -63,7 +63,7 @@ def stamp_of(entry, common):
 
 
 def read(build, entry, stamp):
-    """What clang-tidy has to say about a file; nothing if it passed."""
+    """What clang-tidy reports about a file; empty if the file passed."""
     done = subprocess.run(
         [CLANG_TIDY, "-p", build, "--quiet", entry["file"]], capture_output=True, text=True
     )

@@ -51,7 +51,7 @@ std::shared_ptr<DailyCountsStore> openOwnFile(const std::string& email, const Da
         return openFile(DailyCountsStore::urlForAccount(email), opening, today);
     } catch (const ForeignDatabaseError&) {
         const auto url = DailyCountsStore::longUrlForAccount(email);
-        debugLog("[AppModel] Another account has that place; the counts of " + email + " go to " +
+        debugLog("[AppModel] Another account has the usual file name; the counts of " + email + " go to " +
                  url.native());
         return openFile(url, opening, today);
     }
