@@ -3,15 +3,15 @@
 -- `rows` is about the number of rows of device_app_hour_counts. Nearly half of them belong to one account
 -- (heavy1) that uses 25 applications in every hour of every day on two devices, a tenth to two others
 -- (heavy2, heavy3) with ten hours and twelve applications; the years of all three are rows / 1,000,000. The
--- rest is people (person0 and on) with one device, a month, four hours a day and three applications, a
--- third of them this month. Days are written one after the other, all accounts mixed, as they would arrive:
--- the rows of an account lie scattered over the table. The last day is 2026-03-05.
+-- rest are people (person0 and on) with one device, a month, four hours a day and three applications, a
+-- third of them this month. Days are written one after the other with all accounts mixed, as they would
+-- arrive, so an account's rows are scattered over the table. The last day is 2026-03-05.
 \set ON_ERROR_STOP 1
 SELECT set_config('fill.rows', :'rows', false) \gset fill_
 SET synchronous_commit = off;
 -- Compiling each day's statement takes longer than running it.
 SET jit = off;
--- The bounds of accounts are not counted: these accounts are within them.
+-- Triggers are off, because these accounts stay within their bounds.
 SET session_replication_role = replica;
 SET search_path = public;
 

@@ -1,4 +1,4 @@
--- Lets a request wait while its slot is on the way to another shard.
+-- Lets a request wait, at most ten seconds, while its slot moves to another shard.
 local slots = Map.new(os.getenv("SLOTS"), Map._str)
 
 core.register_action("wait_for_slot", { "http-req" }, function(transaction)

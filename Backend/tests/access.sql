@@ -1,9 +1,9 @@
--- What a request may do, and above all what it may not.
+-- What a request may do, and above all what it may not do.
 BEGIN;
 \ir helpers.sql
 SELECT no_plan();
 
--- The time-out that a request gets, or why it is refused.
+-- The time-out of a request, or the SQLSTATE of its refusal.
 CREATE FUNCTION pg_temp.checked(request text, prefer text) RETURNS text LANGUAGE plpgsql AS $$
 DECLARE
     timeout text;
@@ -51,8 +51,8 @@ WHERE rolname IN ('anon', 'fernhollow_reader') AND (rolcanlogin OR rolbypassrls 
 SELECT is(count(*) FILTER (WHERE relrowsecurity), count(*), 'row-level security is on everywhere')
 FROM pg_class WHERE relnamespace = 'public'::regnamespace AND relkind IN ('r', 'p');
 
--- Requests that a client never sends. A statement that a test runs is never one of PostgREST's.
--- Whole tables and indexes are out of reach too: what finds no row is refused like the rest.
+-- Requests that a client never sends. These statements differ from PostgREST's. Whole tables and
+-- indexes cannot be scanned either: a request that finds no row is refused, too.
 SELECT throws_ok(format('SELECT set_config(''enable_seqscan'', %L, true), pg_temp.request(%L, %L, %L)',
                         scan, method, statement, path), '42501', NULL, concat_ws(' ', method, path, statement, scan))
 FROM unnest(ARRAY['off', 'on']) AS scan, (VALUES
@@ -71,7 +71,8 @@ FROM unnest(ARRAY['off', 'on']) AS scan, (VALUES
     ('DELETE', '/device_day_counts', $$DELETE FROM device_day_counts WHERE customer_email = 'ada@example.org' RETURNING 1$$),
     ('PUT', '/devices', $$INSERT INTO devices VALUES (now(), 'eve@example.org', 'd', 'n') RETURNING 1$$),
     ('', '', 'SELECT count FROM device_day_counts')) AS t (method, path, statement);
--- A POST may touch the table that it names. Hosted projects have functions that run any query, under many names.
+-- A POST may change only the table that it names. Hosted projects have functions that run any query, under
+-- many names.
 SELECT throws_ok(format('SELECT pg_temp.request(%L, %L, %L)', 'POST', statement, path), '42501', NULL,
                  path || ' ' || statement)
 FROM unnest(ARRAY['/rpc/any', '/%72pc/any', '/rpc', '/graphql/v1', '/', '', '/rpc/devices', '/devices/', '/devicesx',
@@ -104,7 +105,7 @@ FROM word AS w, word AS l, word AS r, (VALUES
     (false, '')) AS t (expected, statement)
 WHERE w.short = '#' AND l.short = '<' AND r.short = '>';
 
--- What PostgREST asks before each request, where it is told to.
+-- The function that PostgREST calls before each request, where db-pre-request is set.
 SELECT is(pg_temp.checked(request, prefer), expected, concat_ws(' ', request, prefer))
 FROM (VALUES
     ('GET /rest/v1/device_day_counts', NULL, '2s'), ('POST /devices', 'resolution=merge-duplicates', '2s'),
@@ -119,7 +120,8 @@ DO $$ BEGIN TRUNCATE public.devices; EXCEPTION WHEN insufficient_privilege THEN 
 RESET ROLE;
 SELECT is((SELECT count(*) FROM devices), 2::bigint, 'nor emptied');
 
--- What an operator adds later is closed until he opens it. He is the tables' owner here.
+-- What an operator adds later is closed to requests until the operator opens it. Here the operator owns the
+-- tables.
 SELECT set_config('role', tableowner, true) FROM pg_tables WHERE tablename = 'devices';
 CREATE TABLE public.later (id serial);
 CREATE FUNCTION public.later() RETURNS integer LANGUAGE sql AS 'SELECT 1';

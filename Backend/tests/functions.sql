@@ -30,7 +30,7 @@ SELECT pg_temp.registry_row('ada@example.org', 'blank', '', false);
 SELECT pg_temp.registry_row('bob@example.org', 'org.editor', 'Bob''s', false);
 SELECT pg_temp.registry_row('bob@example.org', 'unnamed', 'Bob''s too', false);
 
--- Sorted here: orders come below.
+-- Sorted here; tests of the order are below.
 CREATE FUNCTION pg_temp.sorted(answer jsonb) RETURNS jsonb LANGUAGE sql AS $$
     SELECT coalesce(jsonb_agg(row ORDER BY row), '[]') FROM jsonb_array_elements($1) AS row
 $$;
@@ -62,7 +62,7 @@ FROM (VALUES
        {"day": "2026-03-05", "bundle_id": "blank", "app_name": "blank", "total_count": 1}]'),
     ($$get_account_app_daily_totals('ada@example.org', 0, '2026-03-05')$$, '[]')) AS t (call, answer);
 
--- However many days are asked for, a year and a day is what is read.
+-- However many days are asked for, at most a year and a day is read.
 SELECT pg_temp.day_row('cleo@example.org', 'desk', (DATE '2026-03-05' - back)::text, 10000000)
 FROM generate_series(0, 400) AS back;
 SELECT is(jsonb_array_length(pg_temp.rpc(format('get_account_daily_totals(''cleo@example.org'', %s, ''2026-03-05'')', days))),
@@ -71,7 +71,7 @@ FROM unnest(ARRAY[366, 367, 100000, 2147483647]) AS days;
 SELECT is(jsonb_typeof(pg_temp.rpc($$get_account_today_total('cleo@example.org', '2026-03-05')$$) -> 0 -> 'get_account_today_total'),
           'number', 'a total is a JSON number');
 
--- The latest first, whatever zone and date style the connection was given.
+-- The latest first, whatever the connection's time zone and date style.
 SET LOCAL timezone = 'Asia/Kathmandu';
 SET LOCAL datestyle = 'SQL, DMY';
 SELECT pg_temp.device('ada@example.org', device, name, seen)
@@ -89,7 +89,7 @@ SELECT is(pg_temp.rpc($$get_account_devices('ada@example.org')$$),
 SELECT is(pg_temp.sorted(pg_temp.rpc($$get_account_daily_totals('ada@example.org', 1, '2026-03-05')$$)),
           '[{"day": "2026-03-05", "total_count": 120}]'::jsonb, 'days keep their form in any date style');
 
--- What a limit cuts off matters least: the oldest days, and of a day the least pressed applications.
+-- A limit cuts off what matters least: the oldest days, and of a day the least used applications.
 SELECT is((SELECT string_agg(concat_ws(' ', row ->> 'day', row ->> 'bundle_id', row ->> 'total_count'), ', ')
            FROM jsonb_array_elements(pg_temp.rpc(call)) AS row), expected, call || ' in order')
 FROM (VALUES

@@ -1,4 +1,4 @@
--- What the tests share: requests as they reach the database through PostgREST. Included by each of them
+-- Shared by the tests: requests as they reach the database through PostgREST. Each test includes this
 -- inside its transaction, which is rolled back.
 \set ON_ERROR_STOP 1
 SET client_min_messages = warning;

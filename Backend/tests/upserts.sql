@@ -1,4 +1,5 @@
--- The five writes: whole rows replaced, addresses kept as typed, nonsense and too much refused.
+-- The five writes: they replace whole rows and keep addresses as typed. Invalid values and too many rows are
+-- refused.
 BEGIN;
 \ir helpers.sql
 SELECT no_plan();
@@ -68,7 +69,8 @@ FROM (VALUES
     ($$device('ada@example.org', 'desk', 'name', 'infinity')$$, '23514'),
     ($$device('ada@example.org', 'desk', 'name', '10000-01-01T00:00:00Z')$$, '23514')) AS t (statement, state);
 
--- An account holds more than a person ever needs, and no more; what is there can still be replaced.
+-- An account may have more rows than a person ever needs, but not more than that. Existing rows can still be
+-- replaced.
 SELECT pg_temp.day_row('eve@example.org', 'd' || n, '2026-03-05', n),
     pg_temp.device('eve@example.org', 'd' || n, 'n', '2026-03-05')
 FROM generate_series(1, 100) AS n;

@@ -24,7 +24,7 @@ void sign(Release& release, const SigningKey& key) {
     release.item.itemSignature = key.sign(signedText(release.item));
 }
 
-/// A machine that the release fits and that has a program older than every release.
+/// A machine that the release fits, with a program that is older than every release.
 UpdateHost olderHost(const Release& release) {
     return {.version = "0",
             .systemVersion = release.item.minimumSystemVersion,
@@ -39,11 +39,10 @@ void checkAsProgramsDo(const Release& release, const std::string& feed,
     if (read != items) {
         throw std::runtime_error("the feed would not be read back as it was written");
     }
-    // Whoever is on a channel asks for it by name, which no program does yet: its signature is looked at
-    // alone.
+    // No program asks for a channel yet, so for an entry on a channel only the signature is checked.
     AppcastItem entry = read.front();
     if (!isSignedBy(release.publicKey, entry.itemSignature, signedText(entry))) {
-        throw std::runtime_error("the programs were built with another public key than this key's");
+        throw std::runtime_error("the programs were built with another public key");
     }
     if (!entry.channel.empty()) {
         return;

@@ -15,7 +15,7 @@ namespace {
 
 void initialise() {
     if (::sodium_init() < 0) {
-        throw std::runtime_error("libsodium does not start");
+        throw std::runtime_error("libsodium cannot be initialised");
     }
 }
 
@@ -23,7 +23,7 @@ template<class Bytes>
 std::string base64(const Bytes& bytes) {
     std::string text(sodium_base64_encoded_len(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
     ::sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(), sodium_base64_VARIANT_ORIGINAL);
-    text.pop_back(); // the terminator, which libsodium counts
+    text.pop_back(); // libsodium's size includes the terminator
     return text;
 }
 

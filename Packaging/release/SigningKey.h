@@ -7,24 +7,24 @@
 
 namespace fernhollow {
 
-/// The maker's Ed25519 key pair (RFC 8032). On disk it is the seed of 32 bytes, base64, in a file that its
-/// owner alone can read.
+/// The maker's Ed25519 key pair (RFC 8032). On disk it is the seed of 32 bytes, in base64, in a file that
+/// only its owner can read.
 class SigningKey {
 public:
-    /// Makes a key and a new `file` for it; throws std::runtime_error when there is one already.
+    /// Makes a key and saves it in a new `file`. Throws std::runtime_error, also when the file exists.
     static SigningKey create(const std::filesystem::path& file);
 
-    /// Throws std::runtime_error, also when others could have read the file.
+    /// Reads the key in `file`. Throws std::runtime_error, also when other users could have read the file.
     static SigningKey read(const std::filesystem::path& file);
 
     ~SigningKey();
     SigningKey(const SigningKey&) = default;
     SigningKey& operator=(const SigningKey&) = default;
 
-    /// 32 bytes, base64.
+    /// The public key: 32 bytes, in base64.
     std::string publicKey() const;
 
-    /// Of `message`: 64 bytes, base64.
+    /// The signature of `message`: 64 bytes, in base64.
     std::string sign(std::string_view message) const;
 
 private:

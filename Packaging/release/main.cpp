@@ -23,8 +23,8 @@ constexpr const char* usage =
   fernhollow-release feed --key KEYFILE --program FERNHOLLOW.JSON --package-type appimage|deb --url URL
                           [--notes FILE] [--title TEXT] [--link URL] [--version V] [--short-version V]
                           [--minimum-system-version V] [--channel NAME] PACKAGE APPCAST.XML
-      Adds the release to the feed, or replaces its entry. The file FERNHOLLOW.JSON beside the released
-      program tells the versions, unless they are given, and what programs check the feed with.
+      Adds the release to the feed, or replaces its entry. The versions, unless they are given, and the
+      feed's address and public key are read from FERNHOLLOW.JSON, the file beside the released program.
 )";
 
 class CommandLine {
@@ -39,7 +39,7 @@ public:
         }
     }
 
-    /// The nth word that is no option, the command itself being the first.
+    /// The word at `index` among those that are not options; 0 is the command.
     std::string word(qsizetype index) const {
         const QStringList words = parser_.positionalArguments();
         return index < words.size() ? words[index].toStdString() : std::string();
@@ -107,7 +107,7 @@ void enterIntoFeed(const CommandLine& line) {
         throw std::runtime_error("--package-type is appimage or deb");
     }
     if (const std::string notes = line.option("notes"); !notes.empty()) {
-        // As XML has its lines.
+        // XML ends each line with a line feed.
         item.releaseNotes = QString::fromStdString(readWhole(notes))
                                 .replace(QStringLiteral("\r\n"), QStringLiteral("\n"))
                                 .trimmed()

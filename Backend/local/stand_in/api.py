@@ -13,7 +13,7 @@ FUNCTIONS = "/rest/v1/rpc/"
 
 
 def _expect_servable(headers):
-    """Refuses what asks for another answer than all rows as JSON."""
+    """Refuses a request for anything but all rows as JSON."""
     wanted = (headers.get(name, "").split(",")[0].split(";")[0] for name in ("Accept", "Content-Type"))
     accepted, content = (media_type.strip().lower() for media_type in wanted)
     if accepted not in ("", "*/*", "application/*", "application/json"):
@@ -27,7 +27,7 @@ def _expect_servable(headers):
 
 
 def _resolution(headers):
-    """What to do with rows that are there already; refuses all preferences that would change an answer."""
+    """What to do with rows that exist already. Refuses all preferences that would change an answer."""
     found = None
     for preference in ",".join(headers.get_all("Prefer", [])).split(","):
         name, _, value = preference.strip().partition("=")
@@ -46,7 +46,7 @@ class Api:
         self._secret = secret
 
     def answer(self, method, target, headers, body):
-        """The status, the JSON and what was preferred; ApiErrors say why there is no answer."""
+        """The status, the JSON and the applied preference. Raises ApiError when there is no answer."""
         path, _, query = target.partition("?")
         path = unquote(path)
         if not path.startswith(TABLES):
@@ -75,7 +75,7 @@ class Api:
             return 200, statements.read(connection, name, query), None
 
     def _identity(self, headers):
-        """The gateway asks for a key; a token decides if there is one, otherwise the key does."""
+        """The role and claims of the request. The key is required; a token, if there is one, decides instead of it."""
         if not headers.get("apikey"):
             raise ApiError(401, "No API key found in request")
         identity = tokens.verify(headers["apikey"], self._secret, time.time())

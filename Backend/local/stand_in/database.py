@@ -17,16 +17,16 @@ SETTINGS = """
 
 
 def _is_alive(connection):
-    """An idle server is silent until it closes the connection, so anything that can be read means its end."""
+    """An idle server sends nothing until it closes the connection, so anything to read means that it is closed."""
     poll = select.poll()
     poll.register(connection.fileno(), select.POLLIN)
     return not poll.poll(0)
 
 
 class Database:
-    """One transaction a request, for any thread, over at most `connections` connections.
+    """One transaction for each request, on any thread, over at most `connections` connections.
 
-    A connection is opened when all others are in use, and again after the database was away. `pre_request` is
+    A connection is opened when all others are in use, and again after the database was unreachable. `pre_request` is
     PostgREST's db-pre-request, as Backend/migrate sets it: a function that each transaction calls first.
     """
 
@@ -36,7 +36,7 @@ class Database:
         self._timeout = f"{statement_timeout * 1000:.0f}"
         self._connections = connections
         self._free = threading.Semaphore(connections)
-        self._idle = collections.deque()  # the last one used is the next one used: it has prepared statements
+        self._idle = collections.deque()  # used last in, first out: that connection has prepared statements
 
     def connect(self):
         return psycopg.connect(self._conninfo, autocommit=True, client_encoding="UTF8")

@@ -1,6 +1,6 @@
 """Errors as PostgREST reports them."""
 
-# HTTP statuses by SQLSTATE: a code counts before its class, which is its first two characters.
+# HTTP statuses by SQLSTATE. A whole code comes before its class, which is its first two characters.
 STATUSES = {
     "25006": 405, "42725": 300, "42883": 404, "42P01": 404, "42P17": 500, "53400": 500, "P0001": 400,
     **dict.fromkeys(["23503", "23505"], 409),
@@ -11,7 +11,7 @@ STATUSES = {
 
 
 class ApiError(Exception):
-    """A request that ends with an error. Without a code it is the gateway's, which sends a message alone."""
+    """A request that ends with an error. Without a code it is an error of the gateway, which sends only a message."""
 
     def __init__(self, status, message, code=None, details=None, hint=None):
         super().__init__(f"{status} {message}")
@@ -22,10 +22,10 @@ class ApiError(Exception):
 
 
 def of_database(error, role):
-    """What psycopg reports. An anonymous client is unauthorized where a known one is forbidden."""
+    """The ApiError for psycopg's error. A missing right is 401 for an anonymous client, 403 for a known one."""
     diag = error.diag
     if not diag.message_primary:
-        # No statement was answered. What libpq says about that names this machine's folders and users.
+        # No statement was answered. libpq's own text would reveal this machine's folders and users.
         return ApiError(503, "Could not connect with the database. Retrying the connection.", "PGRST000")
     status = STATUSES.get(error.sqlstate) or STATUSES.get(error.sqlstate[:2], 400)
     if error.sqlstate == "42501":
@@ -42,5 +42,5 @@ def bad_body(message="Empty or invalid json"):
 
 
 def not_served(what, text):
-    """For what PostgREST would act on and this server does not, so that it is never ignored."""
+    """The error for a request that PostgREST would serve and this server does not, so that it is never ignored."""
     return ApiError(400, f'"failed to parse {what} ({text})" (line 1, column 1)', "PGRST100")

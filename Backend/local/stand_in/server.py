@@ -12,13 +12,13 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from .errors import ApiError
 
 LARGEST_BODY = 1 << 20
-# A body that is too large is read and dropped up to here, so that its sender gets to read why.
+# A body that is too large is read up to here and dropped, so that its sender can read the refusal.
 LARGEST_SKIPPED = 8 << 20
 MOST_THREADS = 400
 
 
 class Handler(BaseHTTPRequestHandler):
-    """One client, on a thread of its own, until it leaves or is silent for longer than the time-out."""
+    """One client, on a thread of its own, until it disconnects or sends nothing for longer than the time-out."""
 
     protocol_version = "HTTP/1.1"
     server_version, sys_version = "fernhollow-backend", ""
@@ -31,13 +31,13 @@ class Handler(BaseHTTPRequestHandler):
             answer = self.server.api.answer(self.command, self.path, self.headers, self._read_body())
         except ApiError as error:
             answer = error.status, json.dumps(error.content), None
-        except OSError:  # the client has left, or is silent
+        except OSError: # the client has disconnected or sends nothing
             raise
-        except Exception as error:  # its text may hold what a client sent
+        except Exception as error: # its text is not printed, because it may contain what a client sent
             print(type(error).__name__, *traceback.format_tb(error.__traceback__), file=sys.stderr)
             answer = 500, '{"message":"Internal error"}', None
         if self.server.is_verbose:
-            # What a client typed in the place of a name is not shown.
+            # A path that is not a plain name may contain anything, so it is not shown.
             path = self.path.partition("?")[0]
             shown = path if re.fullmatch("[a-z0-9_/]{1,100}", path) else "(another path)"
             took = (time.monotonic() - started) * 1000
@@ -47,9 +47,9 @@ class Handler(BaseHTTPRequestHandler):
     do_GET = do_HEAD = do_PUT = do_PATCH = do_DELETE = do_OPTIONS = do_POST
 
     def _read_body(self):
-        """A length that is not clear leaves the next request without a beginning, so the connection ends."""
+        """The body. When its length is unclear, the next request's beginning is unknown, so the connection ends."""
         headers, lengths = self.headers, self.headers.get_all("Content-Length", ["0"])
-        has_rest = headers.defects or headers.get_payload()  # a line without a colon ends them early
+        has_rest = headers.defects or headers.get_payload()  # a line without a colon ends the headers early
         if has_rest or "Transfer-Encoding" in headers or not re.fullmatch("[0-9]{1,18}", ",".join(lengths)):
             self.close_connection = True
             raise ApiError(400, "The length of the request is not clear")
@@ -79,12 +79,12 @@ class Handler(BaseHTTPRequestHandler):
             self.wfile.write(body.encode())
 
     def send_error(self, code, message=None, explain=None):
-        """Answers what the library itself refuses."""
+        """Answers a request that the library itself refuses."""
         self.close_connection = True
         self._send(code, json.dumps({"message": message or "The request cannot be read"}))
 
     def log_message(self, *_):
-        """Logs nothing, because the library's lines hold what clients sent."""
+        """Logs nothing, because the library's lines contain what clients sent."""
 
 
 class Server(ThreadingHTTPServer):
@@ -99,7 +99,7 @@ class Server(ThreadingHTTPServer):
         self.is_verbose = is_verbose
 
     def server_bind(self):
-        # The library would also ask for the name of 127.0.0.1, and that question may leave this machine.
+        # The library would also look up the name of 127.0.0.1, and that request may leave this machine.
         socketserver.TCPServer.server_bind(self)
         self.server_port = self.server_address[1]
 
@@ -107,4 +107,4 @@ class Server(ThreadingHTTPServer):
         return threading.active_count() < MOST_THREADS
 
     def handle_error(self, request, client_address):
-        """Logs nothing: it was a client that left, and the library would show its address."""
+        """Logs nothing: a client has disconnected, and the library would show its address."""

@@ -1,6 +1,6 @@
-"""Requests as SQL. The database makes the JSON and reads it, so that the values are PostgreSQL's own.
+"""Requests as SQL. The database writes and reads the JSON, so that the values are PostgreSQL's own.
 
-Each function takes a connection in its transaction and returns the JSON of the answer, empty for none.
+Each function takes a connection in its transaction and returns the answer's JSON; empty for no answer.
 """
 
 import json
@@ -11,7 +11,7 @@ from psycopg import sql
 
 from .errors import ApiError, bad_body, not_served
 
-# What the functions of a name return: nothing, a set, rows rather than plain values.
+# For the functions of a name: whether they return nothing, a set, and rows instead of plain values.
 RETURNS = """
     select distinct p.prorettype = 'void'::regtype, p.proretset,
         t.typtype = 'c' or p.prorettype = 'record'::regtype or coalesce(p.proargmodes && '{o,b,t}', false)
@@ -20,7 +20,7 @@ RETURNS = """
 
 
 class _Name(sql.Identifier):
-    """An identifier in a statement whose parameters begin with a per cent sign."""
+    """An identifier in a statement that marks its parameters with a per cent sign."""
 
     def as_bytes(self, context=None):
         return super().as_bytes(context).replace(b"%", b"%%")
@@ -45,7 +45,7 @@ def _items(query):
 
 
 def _columns(what, text, of_table=None):
-    """Columns alone: relations, casts, aliases, aggregates and JSON paths are not served."""
+    """A list of plain columns; relations, casts, aliases, aggregates and JSON paths are not served."""
     names = [name.strip() for name in text.split(",")]
     if any(not name or re.search(r'[()*:.>"]', name) for name in names):
         raise not_served(what, text)
@@ -70,7 +70,7 @@ def _window(limits):
 
 
 def read(connection, table, query):
-    """A GET of a table, in PostgREST's words: the policies read the statement, because no setting has the query."""
+    """A GET of a table, as PostgREST writes it: policies read the statement, because no setting has the query."""
     source = _name("public", table)
     columns, order, conditions, values, limits = source + sql.SQL(".*"), sql.SQL(""), [], [], {}
     for name, text in _items(query):
@@ -136,7 +136,7 @@ def write(connection, table, query, text, resolution):
 
 
 def _argument(value):
-    """A text without a type, which PostgreSQL reads as what the function takes."""
+    """A text without a type, which PostgreSQL converts to the type of the parameter."""
     if isinstance(value, (dict, list)):
         raise not_served("argument", "only texts, numbers, booleans and null")
     return value if value is None or isinstance(value, str) else json.dumps(value)
@@ -156,7 +156,7 @@ def call(connection, function, query, text):
         raise ApiError(wrong[0], f"Could not {wrong[1]} the function public.{function}", wrong[2])
     ((is_void, is_set, is_row),) = found
     arguments = _list(sql.SQL("{} => %s").format(_name(name)) for name in given)
-    # Rows as a table: a function of rows with one column would otherwise give bare values.
+    # Rows are selected as a table, because rows with one column would otherwise become bare values.
     source = "(select _called.* from {}({}) as _called)" if is_row else "{}({})"
     answer = "coalesce(json_agg(_row), '[]')::text" if is_set else "coalesce(to_json(_row), 'null')::text"
     statement = sql.SQL("select " + ("''" if is_void else answer) + f" from {source} as _row")

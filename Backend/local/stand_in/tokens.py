@@ -12,7 +12,7 @@ TOLERATED = 30
 
 
 def sign(text, secret):
-    """The signature of a token's first two parts, as its third part has it."""
+    """The signature of a token's first two parts, in the form of its third part."""
     return base64.urlsafe_b64encode(hmac.digest(secret.encode(), text.encode(), "sha256")).rstrip(b"=")
 
 
@@ -29,11 +29,11 @@ def _object_in(segment):
 
 
 def verify(token, secret, now):
-    """The role that a token gives at `now`, in seconds, and its claims as JSON. No role is anonymous."""
+    """The role that a token gives at `now`, in seconds, and its claims as JSON. A token without a role is anonymous."""
     parts = token.split(".")
     if len(parts) != 3:
         raise bad_token("JWT must have three parts")
-    # The algorithm is ours to choose: a token that brings its own, "none" above all, is refused.
+    # This server chooses the algorithm: a token with another one, above all "none", is refused.
     if _object_in(parts[0])[0].get("alg") != "HS256":
         raise bad_token("JWT must be signed with HS256")
     if not hmac.compare_digest(sign(f"{parts[0]}.{parts[1]}", secret), parts[2].encode()):
