@@ -57,10 +57,10 @@ def main():
     options = parse()
     changes = dict(change.split("=", 1) for change in options.changes)
     figures = []
-    measured = machine()  # before somebody commits meanwhile
+    measured = machine() # now, because the commit may change during the run
     for part in options.only:
         print(f"measuring: {part}", file=sys.stderr)
-        # A start is timed by a tray of its own.
+        # TimeStart, which measures a start, is a tray itself.
         with Stage(options.build.absolute(), changes, tray=part != "start") as stage:
             figures += PARTS[part](stage, options)
     print(measured)

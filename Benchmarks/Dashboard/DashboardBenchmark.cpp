@@ -1,6 +1,6 @@
-// What it costs the main thread to bring the dashboard up to the model and to paint it, with 25 applications
-// and 30 days: after a press, and after a change of the whole history. Arguments: those of the benchmark
-// library.
+// Measures the main thread's time to update the dashboard from the model and to paint it, with 25
+// applications and 30 days: after a press, and after a change of the whole history. Arguments: those of the
+// benchmark library.
 
 #include "App/Dashboard/ProductivityDashboard.h"
 #include "App/Widgets/Theme.h"
@@ -34,14 +34,14 @@ std::string identifier(int application) {
     return "org.example.application" + std::to_string(application);
 }
 
-/// A keyboard that is pressed by hand.
+/// A keyboard whose presses the benchmark makes.
 struct Keyboard final : KeyPressMonitor {
     bool start() override { return true; }
     void stop() override {}
     Handlers handlers;
 };
 
-/// A month of counts; another one for another `seed`.
+/// A month of counts; each `seed` gives a different one.
 std::shared_ptr<const AppDailyCache> history(int seed) {
     const auto calendar = Calendar::autoupdatingCurrent();
     auto month = std::make_shared<AppDailyCache>();
@@ -106,7 +106,7 @@ protected:
     }
 
 private:
-    /// Until whatever is due in the next frames is over.
+    /// Runs the event loop until the work that is due in the next frames is done.
     static void rest() {
         bool isOver = false;
         QTimer::singleShot(std::chrono::milliseconds(50), qApp, [&isOver] { isOver = true; });

@@ -1,6 +1,6 @@
 // The least that counting presses can cost: a RECORD client of libxcb that writes each press to a table.
-// Arguments: the database, with our tables, and the day. Prints a line once it records; on SIGTERM the
-// number of presses that it has written.
+// Arguments: the database, with our tables, and the day. Prints a line once it records, and on SIGTERM
+// the number of presses that it has written.
 
 #include "BareStatement.h"
 

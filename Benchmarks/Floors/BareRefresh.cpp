@@ -1,6 +1,6 @@
-// The least that reading the figures again each second can cost: the statements and the request of one
-// refresh each second and the requests of one cycle each minute, bare.
-// Arguments: the database, the first and the last of its days, the backend's port.
+// The least that reading the figures again each second can cost: only the statements and the request
+// of one refresh each second, and the requests of one cycle each minute. Arguments: the database, the
+// first and the last of its days, the backend's port.
 
 #include "BareRequest.h"
 #include "BareStatement.h"

@@ -26,7 +26,7 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Returns when the answer has come.
+    /// Sends one request and returns when its answer has come.
     void post(std::string_view path, std::string_view body) {
         const std::string request = "POST /rest/v1/" + std::string(path) +
                                     " HTTP/1.1\r\nHost: 127.0.0.1\r\n" +

@@ -10,7 +10,7 @@
 
 namespace fernhollow::bare {
 
-/// Nothing that is measured may go on after a failure.
+/// Ends the program after a failure, because later figures would mean nothing.
 inline void expect(bool condition, sqlite3* db, const char* what) {
     if (!condition) {
         std::fprintf(stderr, "%s: %s\n", what, sqlite3_errmsg(db));
@@ -33,8 +33,8 @@ inline Database open(const char* file) {
     return db;
 }
 
-/// A statement prepared anew, with as little around SQLite's own calls as there can be. Texts that are
-/// bound must outlive it.
+/// A newly prepared statement, with as little as possible around SQLite's own calls. Bound texts must
+/// outlive it.
 class Statement {
 public:
     Statement(sqlite3* db, const char* sql) : db_(db) {
@@ -53,7 +53,7 @@ public:
         return *this;
     }
 
-    /// Reads every column of every row; the sum keeps the compiler from leaving it out.
+    /// Reads every column of every row. The sum keeps the compiler from optimising the reads away.
     std::int64_t run() {
         std::int64_t sum = 0;
         int code = SQLITE_DONE;

@@ -1,6 +1,6 @@
-// Each operation of the store on one file: itself and asked of the actor and awaited; beside them the bare
-// statement, and the bare statement asked of another thread. Arguments: the database, its first and its last
-// day, and then those of the benchmark library.
+// Measures each operation of the store on one file, called directly and awaited from the actor. Beside them
+// it measures the bare statement, run directly and on another thread. Arguments: the database, its first and
+// its last day, and then those of the benchmark library.
 
 #include "../Floors/BareStatement.h"
 #include "KeypressCore/DailyCountsDatabase.h"
@@ -22,8 +22,8 @@ namespace {
 
 using namespace fernhollow;
 
-// Few, and often repeated in random order: so the noise of a shared machine falls on all alike. And
-// fewer writes than after which SQLite moves its log into the file.
+// Few iterations, repeated often in random order, so that the noise of a shared machine affects all
+// alike. There are fewer writes than it takes for SQLite to move its log into the file.
 constexpr int iterations = 200;
 
 constexpr std::int64_t now = 1'767'225'600;
@@ -52,7 +52,7 @@ benchmark::internal::Benchmark* measure(const std::string& name, auto function) 
         ->Unit(benchmark::kMicrosecond);
 }
 
-/// Takes as long as a statement: who asks has gone to sleep when it is done.
+/// Takes as long as a statement, so that the asking thread is asleep when it is done.
 void workForAWhile() {
     using std::chrono::steady_clock;
     const auto end = steady_clock::now() + std::chrono::microseconds(30);
@@ -60,7 +60,7 @@ void workForAWhile() {
     }
 }
 
-/// A thread that is asked and answers over the cheapest thing that two threads can both wait for.
+/// A thread that is asked, and answers, over eventfds: the cheapest object that two threads can wait for.
 template<class Work>
 void runBareHops(benchmark::State& state, Work work) {
     const int asked = ::eventfd(0, 0);

@@ -1,4 +1,4 @@
-// Fills a database with the figures of somebody who types a lot: 30 days up to today, 25 applications,
+// Fills a database with the counts of a person who types a lot: 30 days up to today, 25 applications,
 // ten hours a day. Argument: the database. Prints the first and the last day.
 
 #include "KeypressCore/Calendar.h"

@@ -1,6 +1,6 @@
-// Presses a key at an exact rate. Shows a window of its own that has the keyboard, since the server
-// records nothing while nobody has. Prints a line once it has; then, for each line "COUNT PER_SECOND" on
-// the standard input, presses and prints a line when the last is done.
+// Presses a key at an exact rate. It shows a window that has the keyboard, because the server records
+// nothing while no window has it, and prints a line once it has. Then, for each line "COUNT PER_SECOND"
+// on the standard input, it makes the presses and prints a line after the last one.
 
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>

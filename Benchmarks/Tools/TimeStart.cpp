@@ -1,5 +1,5 @@
-// Prints how many milliseconds a program takes from its start to asking for a place in the tray. This
-// program is the tray. Arguments: the program and its arguments; it is ended afterwards.
+// Prints how many milliseconds a program takes from its start to its request for a place in the tray.
+// TimeStart is the tray. Arguments: the program and its arguments. It ends the program afterwards.
 
 #include <xcb/xcb.h>
 

@@ -1,4 +1,4 @@
-"""What was measured, what it may be, and the table of it."""
+"""Measured figures, their budgets, and the table of both."""
 
 import dataclasses
 import statistics
@@ -21,7 +21,7 @@ class Samples:
 
 @dataclasses.dataclass
 class Budget:
-    """So many times the floor, or an amount."""
+    """The most that a figure may be: a multiple of the floor, or an amount."""
 
     name: str
     factor: float = 0

@@ -7,7 +7,7 @@ from .figures import Figure, Samples, times
 from .meter import memory
 from .stage import SETTLING
 
-# Before it shows a status item the program waits so long, by design.
+# Seconds that the program waits, by design, before it shows a status item.
 START_DELAY = 100
 STARTS = 11
 
@@ -75,7 +75,7 @@ def measure_start(stage):
     for _ in range(STARTS + 1):
         floors.append(milliseconds("bare_tray", stage.desktop.environment))
         programs.append(milliseconds("fernhollow", person.environment) - START_DELAY)
-    # The first of each warmed the machine's caches.
+    # The first of each is left out, because it warmed the machine's caches.
     return [
         Figure("start to status item", Samples("ms", programs[1:]), Samples("ms", floors[1:]), times(2))
     ]

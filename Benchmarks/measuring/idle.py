@@ -1,4 +1,4 @@
-"""A minute in which nobody does anything, a quarter of an hour after the last press."""
+"""An idle minute, a quarter of an hour after the last press."""
 
 import contextlib
 import datetime
@@ -13,7 +13,7 @@ from .stage import SETTLING, make_history, uploaded
 
 
 def measure(stage, seconds):
-    """All four side by side: they sleep nearly always, and so they share the machine's noise."""
+    """Measures all four at once: they sleep nearly always, and this way the machine's noise affects all alike."""
     database = stage.desktop.folder / "refreshed.sqlite"
     first, last = make_history(stage, database)
     clock = FakedClock(stage.desktop.folder / "clock")

@@ -1,4 +1,4 @@
-"""What a running process has used, as the kernel counts it."""
+"""The CPU time, wake-ups and memory of a running process, as the kernel counts them."""
 
 import dataclasses
 import pathlib
@@ -9,14 +9,15 @@ import time
 @dataclasses.dataclass
 class Usage:
     cpu: float  # seconds, user and system, of all its threads
-    wake_ups: int  # times that one of its threads had waited and went on
+    wake_ups: int # how often one of its threads continued after a wait
 
     def __sub__(self, earlier):
         return Usage(self.cpu - earlier.cpu, self.wake_ups - earlier.wake_ups)
 
 
 def usage(pid):
-    # The kernel's number for "CPU time of that process": exact, where /proc/PID/stat counts in 10 ms.
+    # The kernel's clock for the CPU time of that process. It is exact; /proc/PID/stat counts in steps of 10
+    # ms.
     cpu = time.clock_gettime((~pid << 3) | 2)
     wake_ups = 0
     for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
@@ -27,9 +28,9 @@ def usage(pid):
 
 @dataclasses.dataclass
 class Memory:
-    resident: float  # MB; with the pages of files and of libraries that others use as well
-    proportional: float  # MB; those divided by the number of their users
-    private: float  # MB; written to, nobody else's
+    resident: float # MB; including pages of files and libraries that other processes use as well
+    proportional: float # MB; the same with shared pages divided by the number of their users
+    private: float # MB; pages that only this process uses and has written to
 
 
 def memory(pid):

@@ -9,15 +9,15 @@ from .stage import make_history
 
 PER_SECOND = 200
 PRESSES = 2000
-# The last press has reached the table by then.
+# Seconds after which the last press has reached the table.
 DRAINING = 0.3
 
 
 class Typist:
-    """A window with the keyboard, and the hand that presses."""
+    """PressKeys: a window with the keyboard, which presses keys."""
 
     def __init__(self, stage):
-        # It ends when its input does, at the latest with us.
+        # It ends when its input ends, at the latest with this process.
         self._process = subprocess.Popen(
             [stage.tool("press_keys")],
             env=stage.desktop.environment,

@@ -1,4 +1,4 @@
-"""The desktop of the measurements and whom it belongs to."""
+"""The desktop of the measurements and the person who uses it."""
 
 import base64
 import contextlib
@@ -19,7 +19,7 @@ from harness.waiting import wait_until  # noqa: E402
 
 IDENTIFIER = "app.fernhollow.Fernhollow"
 ADDRESS = "you@example.org"
-# Whatever a start brings with it is over after that time.
+# Seconds after which all work of a start is done.
 SETTLING = 4
 
 
@@ -28,9 +28,9 @@ class Stage:
 
     def __init__(self, build, changes, tray=True):
         self.build = build
-        self.changes = changes  # of the program's environment
+        self.changes = changes  # changes of the program's environment
         self.desktop = Desktop(host="tray" if tray else None, time_zone="Europe/Berlin")
-        # It is for tests that read windows and costs each toolkit program some memory.
+        # The accessibility bus is for tests that read windows, and costs each Qt program some memory.
         self.desktop.environment.pop("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", None)
         os.environ["FERNHOLLOW_FAKED_CLOCK"] = str(build / "Tests/EndToEnd/libfaked_clock.so")
         self.redirection = str(build / "Tests/EndToEnd/libredirected_backend.so")
@@ -46,7 +46,7 @@ class Stage:
         return str(self.build / name)
 
     def person(self, signed_in, backend_port=0, clock=None):
-        """Somebody whose backend is at a port of this machine or, with port 0, out of reach."""
+        """A person whose backend is at a port of this machine or, with port 0, cannot be reached."""
         self._people += 1
         person = Person(self, f"person{self._people}", signed_in)
         preloaded = [self.redirection]
@@ -64,14 +64,14 @@ class Stage:
         child = processes.start(command, self.desktop.environment, log, **options)
         try:
             yield child
-            if child.poll():  # one that was asked to end, and gives its figures then, ends with 0
+            if child.poll():  # a program that was asked to end, and then prints its figures, ends with 0
                 raise AssertionError(f"{name} failed: {log.read_text()}")
         finally:
             processes.end(child)
 
 
 class Person:
-    """Somebody with a home and the program; signed in, they have a history."""
+    """A person with a home and the program, and with a history if signed in."""
 
     def __init__(self, stage, name, signed_in):
         self.stage = stage
@@ -98,7 +98,7 @@ class Person:
 
     @contextlib.contextmanager
     def program(self):
-        """The program at work, all of its start behind it and no window open."""
+        """The running program, after all work of its start and without an open window."""
         log = self.home / "fernhollow_debug.log"
         log.unlink(missing_ok=True)
         child = processes.start([self.stage.tool("fernhollow")], self.environment, self.home / "output")
@@ -107,7 +107,7 @@ class Person:
             wait_until(lambda: log.exists() and started in log.read_text(), "the program counting")
             time.sleep(SETTLING)
             if self.last_day is None:
-                self.toggle_window()  # it comes up by itself for who has not signed in
+                self.toggle_window()  # without an account the window opens by itself
                 time.sleep(1)
             yield child
             if child.poll() is not None:

@@ -1,4 +1,4 @@
-"""Each operation of the store beside its bare statement."""
+"""Measures each operation of the store and its bare statement."""
 
 import collections
 import json
@@ -29,7 +29,7 @@ def measure(stage, repetitions):
         timeout=300,
         text=True,
     )
-    # CPU time of all threads: what passes on the clock says more of the machine's other users.
+    # CPU time of all threads, because wall time says more about the machine's other users.
     measured = collections.defaultdict(list)
     for run in json.loads(done.stdout)["benchmarks"]:
         if run["run_type"] == "iteration":

@@ -1,4 +1,4 @@
-"""What goes over the wire: requests and bytes, idle and while somebody types."""
+"""Requests and bytes over the wire, when idle and during typing."""
 
 import contextlib
 import datetime
@@ -20,7 +20,7 @@ PER_SECOND = 5
 
 
 class CountingProxy:
-    """Stands before the backend and counts what passes, with the headers and without what TCP adds."""
+    """A proxy in front of the backend that counts the bytes that pass, with headers and without TCP's overhead."""
 
     def __init__(self, backend_port):
         self._backend_port = backend_port

@@ -19,7 +19,7 @@ APPLICATIONS = 40
 
 
 def _share(person, backend, shows_window, seconds):
-    """Percent of a core."""
+    """The program's CPU time in percent of a core."""
     with person.program() as process:
         if backend:
             uploaded(person)
@@ -53,7 +53,7 @@ def measure(stage, seconds):
 
 
 def _redraws(stage):
-    """Of the dashboard, with 25 applications: the main thread's CPU time."""
+    """The main thread's CPU time for a redraw of the dashboard with 25 applications."""
     done = subprocess.run(
         [stage.tool("dashboard_benchmark"), "--benchmark_format=json", "--benchmark_repetitions=5"],
         env=stage.desktop.environment,

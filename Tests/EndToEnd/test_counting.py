@@ -1,4 +1,4 @@
-"""Every press counted once, on its day, in its hour, for its application, and shown."""
+"""Every press is counted once, on its day, in its hour, for its application, and shown."""
 
 import time
 import unittest
@@ -30,7 +30,7 @@ class Counting(DesktopTest):
         self.ledger.add(self.program.first_count(), TUESDAY, 13)
 
     def type_in(self, application, count, day, hour):
-        """Types, and has the application itself confirm how much it was."""
+        """Types, and checks with the application how many keys it received."""
         application.focus()
         before = application.received()
         self.desktop.type(letters(count))
@@ -54,7 +54,7 @@ class Counting(DesktopTest):
     def test_a_thousand_presses_over_an_hour_and_midnight_and_a_restart(self):
         self.program.start()
         self.program.type_address(TYPED)
-        self.program.expect_count(len(TYPED))  # signed out, presses are shown but belong to no account
+        self.program.expect_count(len(TYPED))  # presses before the sign-in are shown but belong to no account
         self.program.submit_address()
         self.program.skip_introduction()
         self.ledger.add(self.program.first_count(), TUESDAY, 13)
@@ -111,7 +111,7 @@ class Counting(DesktopTest):
         self.expect_stored()
 
     def settled(self):
-        """The count once it has rested for a second."""
+        """The count once it has not changed for a second."""
         before = self.program.count()
         time.sleep(1)
         return before if before == self.program.count() else None

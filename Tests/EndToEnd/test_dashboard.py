@@ -1,4 +1,4 @@
-"""The windows with a month of work behind them: every day opened by its bar, typing, searching."""
+"""The windows with a month of counts: opening every day by its bar, typing, searching."""
 
 import contextlib
 import datetime
@@ -14,7 +14,7 @@ LAST = "2026-03-10"
 
 
 class History:
-    """Counts of the last 20 days, each of another size, by one application."""
+    """Counts of the last 20 days, all different, in one application."""
 
     def __init__(self):
         last = datetime.date.fromisoformat(LAST)
@@ -48,7 +48,7 @@ class Dashboard(DesktopTest):
         return [node for node in buttons if node.name.endswith("key presses")]
 
     def expect_days(self):
-        """Waits until each bar says the count of its day."""
+        """Waits until each bar's name has the count of its day."""
         totals = self.history.days
         last = datetime.date.fromisoformat(LAST)
         expected = []

@@ -1,4 +1,4 @@
-"""Killed at any moment and started again, it keeps what it counted."""
+"""When the program is killed at any moment and started again, it keeps its counts."""
 
 import contextlib
 import os
@@ -16,7 +16,7 @@ ADDRESS = "kathleen@example.org"
 
 KILLS = int(os.environ.get("FERNHOLLOW_KILLS", "12"))
 PER_SECOND = 300
-# The program writes the day's presses every 15 seconds. One life in so many lasts until that very moment.
+# The program writes the day's presses every 15 seconds. One run in so many lasts until just that moment.
 FLUSH = 15
 LIVES_PER_FLUSH = 12
 LIVES_PER_DEATH_AT_THE_START = 4
@@ -36,7 +36,7 @@ class Kills(DesktopTest):
         self.typist = self.desktop.start_typist()
 
     def type_for(self, seconds):
-        """Types at the rate, on whatever has the keyboard, and ends at no particular moment between two presses."""
+        """Types at the rate, in the window that has the keyboard, and ends at a random moment between two presses."""
         now = time.monotonic()
         end, due = now + seconds, now
         while due < end:
@@ -47,7 +47,7 @@ class Kills(DesktopTest):
         time.sleep(max(0, end - time.monotonic()))
 
     def live(self, number):
-        """One life of the program, up to its violent end."""
+        """One run of the program, until it is killed."""
         if number % LIVES_PER_DEATH_AT_THE_START == 1:
             self.program.launch()
             time.sleep(random.uniform(0, 0.5))
@@ -61,7 +61,7 @@ class Kills(DesktopTest):
         wait_for_value(self.terminal.received, self.typed, "presses that the terminal received")
 
     def sums(self):
-        """The presses of the day as each table has them."""
+        """The presses of the day in each table."""
         tables = self.program.tables(ADDRESS)
         return {name: sum(tables[name].values()) for name in ("daily", "hourly", "applications")}
 
@@ -77,7 +77,7 @@ class Kills(DesktopTest):
             file=sys.stderr,
         )
 
-        # One press a kill may be in flight, in addition to those that had not reached the terminal.
+        # With each kill one press may be lost in handling, besides those that had not reached the terminal.
         self.assertGreaterEqual(hours, self.typed - self.unseen - KILLS)
         self.assertLessEqual(hours, self.typed)
         self.assertEqual(self.sums()["daily"], hours)

@@ -1,4 +1,4 @@
-"""One program at a time, and nothing pending is lost however it ends."""
+"""Only one program runs at a time, and it loses no pending count, however it ends."""
 
 import signal
 import time
@@ -124,7 +124,7 @@ class Lifecycle(TerminalTest):
                     wait_until(lambda: not self.program.window(), "the window hidden")
                 self.type(60)
                 desktop.freeze_display()
-                time.sleep(2)  # for the window to wait for it
+                time.sleep(2) # so that the window waits for the stopped server
                 self.program.signal(signal.SIGTERM)
                 self.assertEqual(self.stored_today(), self.began_with + 60)
 
@@ -152,7 +152,7 @@ class Lifecycle(TerminalTest):
         self.assertEqual(self.stored_today(), self.began_with + 25)
 
     def use(self, desktop, name=None):
-        """Continues on a desktop that the test may break."""
+        """Continues the test on another desktop, which it may break."""
         self.desktop = desktop
         self.terminal = Terminal(desktop)
         self.program = Program(desktop, name or "home-of-" + self._testMethodName, self.clock)

@@ -1,4 +1,4 @@
-"""Reachable on every desktop: with a status item host, with a tray, with neither, and when that changes."""
+"""The program can be reached on every desktop: with a status item host, a tray or neither, and when that changes."""
 
 import time
 import unittest
@@ -9,7 +9,7 @@ from harness.case import DesktopTest, letters
 from harness.program import PATIENCE
 from harness.waiting import wait_until
 
-# Clicks that follow each other faster are one double click.
+# Seconds. Clicks that follow each other faster are one double click.
 DOUBLE_CLICK = 0.5
 
 

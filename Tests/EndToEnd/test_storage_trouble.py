@@ -1,4 +1,4 @@
-"""A database that cannot be used: the program says so in its log, goes on counting and breaks nothing."""
+"""When a database cannot be used, the program says so in its log, goes on counting and damages nothing."""
 
 import contextlib
 import os
@@ -16,7 +16,7 @@ from harness.waiting import wait_until
 ADDRESS = "hedy@example.org"
 DAY = "2026-03-10"
 
-# The program writes the day's presses every 15 seconds; in that time it meets a lock for certain.
+# The program writes the day's presses every 15 seconds, so in this time it is sure to meet a lock.
 FLUSH = 16
 
 
@@ -35,7 +35,7 @@ class StorageTrouble(DesktopTest):
         self.type(10)
         self.program.quit()
         self.database = self.program.database(ADDRESS)
-        # Nothing may hide in the write-ahead log: the file alone has to carry the counts.
+        # No count may be in the write-ahead log: the file alone has to contain them.
         with contextlib.closing(sqlite3.connect(self.database)) as database:
             self.assertEqual(database.execute("PRAGMA wal_checkpoint(TRUNCATE)").fetchone(), (0, 0, 0))
 
@@ -68,7 +68,7 @@ class StorageTrouble(DesktopTest):
 
     def test_a_data_folder_without_permission_to_write(self):
         if os.geteuid() == 0:
-            # Permissions mean nothing to an almighty user; one without that capability obeys them.
+            # Root ignores permissions, so the program runs without that capability.
             self.program.prefix = [
                 "setpriv",
                 "--inh-caps=-dac_override,-dac_read_search",
@@ -123,7 +123,7 @@ class StorageTrouble(DesktopTest):
                 self.assertIn("not being saved", self.program.note())
                 processes.end(holder)
                 wait_until(lambda: not self.program.note(), "counts being saved again", 2 * FLUSH)
-                self.program.expect_count(expected + 20)  # with what was stored before the start
+                self.program.expect_count(expected + 20)  # including the counts stored before the start
                 self.type(5)
                 self.program.quit()
                 expected += 25

@@ -1,4 +1,4 @@
-"""Two machines of one person, each with its own clock and time zone, and one backend between them."""
+"""Two machines of one person, each with its own clock and time zone, share one backend."""
 
 import sys
 import unittest
@@ -13,12 +13,13 @@ from harness.waiting import wait_for_value, wait_until
 
 ADDRESS = "ada+keys@example.org"
 TUESDAY, WEDNESDAY = "2026-03-10", "2026-03-11"
-# A flush every 15 seconds, a cycle a second later; up to 15 seconds between two cycles while the person is idle.
+# Seconds: a flush every 15 seconds, a cycle one second later, and up to 15 seconds between cycles of an idle
+# machine.
 SYNCED = PATIENCE + 40
 
 
 class Machine:
-    """A desktop, a person who types on it, and what they would have written down."""
+    """A desktop, a person who types on it, and the expected counts."""
 
     def __init__(self, name, zone, backend):
         self.desktop = Desktop(time_zone=zone)
@@ -41,7 +42,7 @@ class Machine:
         self.ledger.add(count, day, hour, self.terminal)
 
     def counted(self):
-        """The three tables of counts as they have to be, here and on the server."""
+        """The three expected tables of counts, on the machine and on the server."""
         return {name: rows for name, rows in self.ledger.tables().items() if name != "registry"}
 
     def end(self):
@@ -81,7 +82,7 @@ class Synchronisation(unittest.TestCase):
 
     def test_two_machines_add_up_to_the_last_press(self):
         berlin, new_york = self.berlin, self.new_york
-        # The same moment: tomorrow has begun in one of the two places.
+        # The same moment on both machines: in one place the next day has begun.
         berlin.clock.set("2026-03-11 00:30:00")
         new_york.clock.set("2026-03-10 19:30:00")
         berlin.sign_in(WEDNESDAY, 0)
@@ -92,7 +93,7 @@ class Synchronisation(unittest.TestCase):
         self.expect_on_server(new_york)
         berlin.program.expect_count(berlin.ledger.on(WEDNESDAY))
 
-        # The day begins in the other place too, where no key is pressed: the account's total is shown.
+        # The day begins in the other place, too. No key is pressed there, so it shows the account's total.
         new_york.clock.set("2026-03-11 00:00:00")
         wait_for_value(
             new_york.program.count, berlin.ledger.on(WEDNESDAY), "the account's count of the day", SYNCED

@@ -1,4 +1,4 @@
-"""A release in one file finds, fetches and becomes the next one, and is not to be talked into anything else."""
+"""A release in one file finds, downloads and becomes the next one, and accepts no other file."""
 
 import os
 import pathlib
@@ -25,7 +25,7 @@ class Updates(TerminalTest):
         cls.site = Site(cls.desktop.folder / "site")
         cls.addClassCleanup(cls.site.end)
         cls.maker = Maker(cls.desktop.folder / "maker", cls.site)
-        # Large enough to be caught in the middle of things.
+        # Large enough to be interrupted in the middle of a download.
         cls.old, cls.new = cls.maker.package("0.1.0"), cls.maker.package("0.2.0", 24_000_000)
         cls.maker.publish("0.2.0", cls.new, NOTES)
 
@@ -42,7 +42,7 @@ class Updates(TerminalTest):
         )
         self.addCleanup(self.end_successors)
         self.addCleanup(self.program.end)
-        # Where the files unpack themselves.
+        # The folder into which the files unpack themselves.
         unpacked = self.program.home / "tmp"
         unpacked.mkdir()
         self.program.changes["TMPDIR"] = str(unpacked)
@@ -62,7 +62,7 @@ class Updates(TerminalTest):
         wait_until(lambda: self.accessible.shown("push button", name), f"a button {name!r}", seconds)
 
     def install(self):
-        """Up to the verified download."""
+        """Goes up to the verified download."""
         self.check()
         self.expect_button("Install Update")
         self.program.click("push button", "Install Update")
@@ -71,7 +71,7 @@ class Updates(TerminalTest):
     # What is to be seen afterwards
 
     def expect_successor(self, starts):
-        """Waits for the new program, which none of our calls started."""
+        """Waits for the new program, which the old one started, not the test."""
         self.assertEqual(self.program.wait(), 0)
         wait_until(lambda: self.program.log().count(STARTED) == starts, "the new program counting", PATIENCE)
         item = wait_until(self.program._item, "its status item", PATIENCE)
@@ -90,7 +90,7 @@ class Updates(TerminalTest):
         self.expect_no_download()
 
     def expect_no_download(self):
-        """No part of a package anywhere in the home; the programs that are unpacked there do not count."""
+        """No part of a package is in the home, apart from the programs that are unpacked there."""
         unpacked = self.program.home / "tmp"
         found = [
             file
@@ -100,7 +100,7 @@ class Updates(TerminalTest):
         self.assertEqual(found, [])
 
     def end_successors(self):
-        """Ends what the program started when it ended, and waits until that has cleared up behind itself."""
+        """Ends the programs that the program started at its end, and waits until they have deleted their files."""
         wait_until(self.no_successor, "the end of all programs and of what they unpacked", PATIENCE)
 
     def no_successor(self):
@@ -113,7 +113,7 @@ class Updates(TerminalTest):
                     os.kill(int(line.parent.name), signal.SIGKILL)
             except (FileNotFoundError, ProcessLookupError):
                 continue  # it ended by itself
-            # The file itself clears up, or is about to start.
+            # A script that still deletes its files or is about to start.
             quiet = quiet and not command.startswith(unpacked) and os.fsencode(self.installed) not in command
         return quiet
 
@@ -166,7 +166,7 @@ class Updates(TerminalTest):
         self.begin()
         self.install()
         self.program.click("push button", "Install and Relaunch")
-        # Whenever this kill comes, the file is the one or the other.
+        # Whenever this kill comes, the file is the old or the new one.
         folder = self.installed.parent
         wait_until(lambda: len(os.listdir(folder)) > 1 or self.is_new(), "a new file", pause=0.0005)
         os.kill(self.program.process.pid, signal.SIGKILL)

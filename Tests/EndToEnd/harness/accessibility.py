@@ -1,4 +1,4 @@
-"""What a screen reader would find in a program's windows, read from the accessibility bus."""
+"""Reads a program's windows from the accessibility bus, as a screen reader does."""
 
 import dataclasses
 
@@ -15,7 +15,7 @@ SCREEN = 0
 
 @dataclasses.dataclass
 class Node:
-    """One widget as accessibility describes it."""
+    """One widget as the accessibility bus describes it."""
 
     role: str
     name: str
@@ -26,7 +26,7 @@ class Node:
 
 
 class AccessibleProgram:
-    """The windows of one process. Every call asks the program anew."""
+    """The windows of one process. Every call asks the program again."""
 
     def __init__(self, desktop, process_id):
         self._process_id = process_id
@@ -36,12 +36,12 @@ class AccessibleProgram:
         self._service = None
 
     def nodes(self):
-        """All widgets, depth first, or none while the program is not on the bus."""
+        """All widgets, depth first; none while the program is not on the bus."""
         try:
             self._service = self._service or self._find_service()
             return list(self._walk(self._service, ROOT, 0)) if self._service else []
         except GLib.Error:
-            return []  # the tree changed under us; the caller looks again
+            return [] # the tree changed during the read; the caller reads again
 
     def shown(self, role=None, name=None):
         """The visible widgets of a role, a name, or both."""
@@ -52,7 +52,7 @@ class AccessibleProgram:
         ]
 
     def texts(self):
-        """Names of all visible widgets, in their order, and the contents of those that hold text."""
+        """The names of all visible widgets, in their order, and the contents of text fields."""
         found = []
         for node in self.nodes():
             if node.showing:

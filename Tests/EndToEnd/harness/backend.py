@@ -18,7 +18,7 @@ INTERFACE = TOP / "Backend/local/fernhollow-backend"
 
 
 class Backend:
-    """A database of its own with nothing in it; start() and stop() are the interface's, not its."""
+    """An empty database of its own. start() and stop() concern the interface in front of it, not the database."""
 
     def __init__(self):
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="fernhollow-backend-"))
@@ -30,7 +30,7 @@ class Backend:
         self._owner, self._authenticator = started.stdout.splitlines()[:2]
 
     def start(self):
-        """Starts the interface, on the port that it had before."""
+        """Starts the interface, on its earlier port if it had one."""
         command = [INTERFACE, "--database", self._authenticator, "--port", self.port]
         log = self._folder / "interface.log"
         self._process = processes.start(command, dict(os.environ), log, stdout=subprocess.PIPE, text=True)
@@ -64,7 +64,7 @@ class Backend:
         return row[0]
 
     def tables(self, address, device):
-        """What one device has sent, in the form of the tables of its own database."""
+        """The counts that one device has sent, in the form of the tables of its own database."""
         where = f"WHERE customer_email = '{address}' AND device_id = '{device}'"
         hours = self.rows(f"SELECT day, hour, count FROM device_hour_counts {where}")
         applications = self.rows(f"SELECT day, hour, bundle_id, count FROM device_app_hour_counts {where}")
@@ -76,7 +76,7 @@ class Backend:
 
 
 class SilentServer:
-    """Accepts every connection and never says a word."""
+    """Accepts every connection and never answers."""
 
     def __init__(self):
         self._socket = socket.create_server(("127.0.0.1", 0), backlog=64)

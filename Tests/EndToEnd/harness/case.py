@@ -1,4 +1,4 @@
-"""The frame of every test: a desktop a class, a home and a clock a test, and what was counted by hand."""
+"""Base classes of the tests: a desktop for each class, a home and a clock for each test, and a tally by hand."""
 
 import collections
 import sys
@@ -11,7 +11,7 @@ from .terminal import Terminal
 
 
 class DesktopTest(unittest.TestCase):
-    """Gives each test a program of its own on the class's desktop; says what happened when it fails."""
+    """Gives each test a program of its own on the class's desktop, and prints a report when the test fails."""
 
     host = "watcher"
     desktop: Desktop
@@ -28,7 +28,7 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(self.program.end)
 
     def doCleanups(self):
-        # Before the folders go that hold the log.
+        # Printed before the folders with the log are deleted.
         if self._outcome and not self._outcome.success and hasattr(self, "program"):
             print(f"\n=== {self.id()}\n{self.program.report()}", file=sys.stderr)
         return super().doCleanups()
@@ -51,14 +51,14 @@ class TerminalTest(DesktopTest):
 
 
 class Ledger:
-    """What a patient observer with pencil and paper would have written down."""
+    """The counts as an observer would have written them down."""
 
     def __init__(self):
         self._presses = collections.Counter()
         self._names = {}
 
     def add(self, count, day, hour, application=None):
-        """`count` presses; in no application where our own window had the keyboard."""
+        """Adds `count` presses; without an application where Fernhollow's own window had the keyboard."""
         self._presses[day, hour, application and application.identifier] += count
         if application and count:
             self._names[application.identifier] = application.name
@@ -67,7 +67,7 @@ class Ledger:
         return sum(count for (other, _, _), count in self._presses.items() if other == day)
 
     def tables(self):
-        """The tables as they have to be."""
+        """The expected tables."""
         daily, hourly, applications = collections.Counter(), collections.Counter(), {}
         for (day, hour, application), count in self._presses.items():
             if count:
@@ -84,5 +84,5 @@ class Ledger:
 
 
 def letters(count):
-    """`count` keys as a person would press them."""
+    """`count` letters, for typing."""
     return ("packmyboxwithfivedozenliquorjugs" * (count // 32 + 1))[:count]

@@ -1,4 +1,4 @@
-"""A wall clock that stands where a test puts it; timers are not touched."""
+"""A wall clock that shows the time that a test sets; timers are not affected."""
 
 import datetime
 import os
@@ -7,7 +7,7 @@ import zoneinfo
 
 
 class FakedClock:
-    """Shown to the programs that are started with environment(); stands still between two set()."""
+    """The clock of programs that are started with environment(); it stands still between two calls of set()."""
 
     def __init__(self, path, time_zone="Europe/Berlin"):
         self._path = path
@@ -19,14 +19,14 @@ class FakedClock:
     def set(self, local_time):
         """`local_time` as "2026-03-10 13:59:40"."""
         moment = datetime.datetime.fromisoformat(local_time).replace(tzinfo=self._zone)
-        # One write of eight bytes: nobody reads half of it.
+        # One write of eight bytes, so that no program reads half of it.
         file = os.open(self._path, os.O_WRONLY | os.O_CREAT | os.O_CLOEXEC, 0o600)
         os.pwrite(file, struct.pack("=q", int(moment.timestamp())), 0)
         os.close(file)
 
     @property
     def library(self):
-        """What the program that shall see this clock preloads."""
+        """The library that a program has to preload to see this clock."""
         return self._library
 
     def environment(self):

@@ -13,15 +13,15 @@ import time
 from . import processes
 from .waiting import wait_until
 
-# A hand needs that long to reach another window; presses do not straddle a change of focus.
+# Seconds that a hand needs to reach another window, so that no press falls into a change of focus.
 HAND_MOVES = 0.2
 
 
 class Desktop:
-    """Everything of one desktop session, in a temporary folder that is its home.
+    """All of one desktop session, in a temporary folder that is its home.
 
     `host` is what shows status items: "watcher" (a StatusNotifierItem host), "tray" (a panel with an
-    XEmbed tray) or None. A `time_zone` of None is the one of this process. All processes end with end(),
+    XEmbed tray) or None. A `time_zone` of None is that of this process. All processes end with end(),
     or when this process dies.
     """
 
@@ -73,16 +73,16 @@ class Desktop:
         self._bus.wait()
 
     def lose_display(self):
-        """What a crash of the X server, or a hard end of the session, looks like to programs."""
+        """Kills the X server. To programs it looks like its crash, or a hard end of the session."""
         self._display.kill()
         self._display.wait()
 
     def freeze_display(self):
-        """An X server that takes requests and never answers."""
+        """Stops the X server, which then takes requests and never answers."""
         self._display.send_signal(signal.SIGSTOP)
 
     def silence_bus(self):
-        """From now on programs are sent to a session bus that takes connections and never answers."""
+        """Gives programs that start from now on a session bus that takes connections and never answers."""
         path = self.folder / "silent-bus"
         script = (
             "import socket, sys\n"
@@ -126,7 +126,7 @@ class Desktop:
         self.run("scrot", "--overwrite", path)
 
     def tray_icon(self):
-        """Where the only icon in the panel's tray is: x, y, width, height; None while there is none."""
+        """The place of the only icon in the panel's tray: x, y, width, height; None while there is none."""
         for panel in self.windows("tint2"):
             tree = self.run("xwininfo", "-id", panel, "-tree", check=False)
             children = re.findall(r"^ +0x.* (\d+)x(\d+)\+\d+\+\d+ +\+(\d+)\+(\d+)$", tree, re.MULTILINE)
@@ -136,13 +136,13 @@ class Desktop:
         return None
 
     def window_area(self, window):
-        """Where a window's content lies on the screen: x, y, width, height."""
+        """The place of a window's content on the screen: x, y, width, height."""
         answer = self.run("xwininfo", "-id", window)
         fields = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
         return tuple(int(re.search(rf"{field}: +(-?\d+)", answer)[1]) for field in fields)
 
     def picture(self, area, path=None):
-        """What an area of the screen shows, to be compared with itself or, in a file, looked at."""
+        """A picture of an area of the screen, for comparison or, in a file, for people."""
         path = path or self.folder / "picture.png"
         self.run("scrot", "--overwrite", "--autoselect", ",".join(map(str, area)), path)
         return path.read_bytes()
@@ -150,14 +150,14 @@ class Desktop:
     # Keyboard
 
     def type(self, text, milliseconds=8):
-        """Types on whatever has the keyboard, one key every `milliseconds`."""
+        """Types in the window that has the keyboard, one key every `milliseconds`."""
         self.run("xdotool", "type", "--delay", milliseconds, text)
 
     def start_typing(self, text, milliseconds=8):
         return self.spawn(["xdotool", "type", "--delay", milliseconds, text])
 
     def start_typist(self):
-        """A program that presses a letter with each line "key a" that it is sent."""
+        """Starts a program that presses a letter for each line "key a" on its input."""
         return self.spawn(["xdotool", "-"], stdin=subprocess.PIPE, bufsize=0)
 
     def press(self, *keys):
@@ -196,7 +196,7 @@ class Desktop:
 
     def _start_display(self):
         reading, writing = os.pipe()
-        # Without -noreset the server starts anew whenever its last client leaves.
+        # Without -noreset the server resets itself whenever its last client disconnects.
         command = f"Xvfb -displayfd {writing} -screen 0 {self._size}x24 -noreset -nolisten tcp"
         self._display = self.spawn(command.split(), pass_fds=[writing])
         os.close(writing)

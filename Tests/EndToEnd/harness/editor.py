@@ -1,4 +1,4 @@
-"""An editor that a person types in, and what it says it received."""
+"""An editor that a person types in, and the text that it received."""
 
 from .accessibility import AccessibleProgram
 from .waiting import wait_until

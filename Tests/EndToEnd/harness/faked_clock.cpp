@@ -1,6 +1,7 @@
-// Preloaded into the program under test: shows it a wall clock that stands where the test puts it, and
-// leaves monotonic time alone. The clock is a file with the seconds since the epoch as a native 64-bit
-// integer. Nothing here allocates or looks up symbols, so it may be asked as early as a process lives.
+// Preloaded into the program under test. It gives it a wall clock that shows the time that the test
+// sets, and does not change monotonic time. The clock is a file with the seconds since the epoch as a
+// native 64-bit integer. No code here allocates or looks up symbols, so it works from the first moment
+// of the process.
 
 #include <atomic>
 #include <cstdint>

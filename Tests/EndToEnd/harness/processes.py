@@ -13,7 +13,7 @@ def _die_with_parent():
 
 
 def start(command, environment, log, **options):
-    """Starts a child whose output goes to the file `log`; it dies when we do."""
+    """Starts a child whose output goes to the file `log`; it is killed when this process ends."""
     with open(log, "ab") as output:
         options.setdefault("stdin", subprocess.DEVNULL)
         options.setdefault("stdout", output)
@@ -27,14 +27,14 @@ def start(command, environment, log, **options):
 
 
 def run(command, environment, seconds):
-    """Runs a command to its end and returns what became of it."""
+    """Runs a command to its end and returns its result."""
     return subprocess.run(
         command, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=seconds
     )
 
 
 def end(child, seconds=5):
-    """Asks a child to end, then insists."""
+    """Asks a child to end, and kills it if it does not."""
     if child.poll() is None:
         child.terminate()
         child.send_signal(signal.SIGCONT)  # in case a test stopped it

@@ -1,4 +1,4 @@
-"""Fernhollow itself: starting and ending it, its status item, its window, its data."""
+"""Fernhollow itself: its start and end, its status item, its window, its data."""
 
 import base64
 import contextlib
@@ -23,7 +23,7 @@ IDENTIFIER = "app.fernhollow.Fernhollow"
 ITEM = "org.kde.StatusNotifierItem"
 WATCHER = "org.kde.StatusNotifierWatcher"
 PROPERTIES = "org.freedesktop.DBus.Properties"
-# Sanitized builds are slower by far; only the limits of our patience depend on it.
+# Seconds. Sanitized builds are much slower; only the limits of waits depend on that.
 PATIENCE = 60 if os.environ.get("FERNHOLLOW_SANITIZED") else 20
 
 
@@ -43,14 +43,14 @@ class Program:
         self.home.mkdir(mode=0o700)
         self.folders = home_folders(self.home)
         self.process = None
-        self.changes = {}  # of the environment
+        self.changes = {} # changes of the environment
         self.prefix = []
         self.executable = executable or program_under_test()
         self._clock = clock
         self.backend = backend
 
     def prepare(self, address, history=None):
-        """Signs in without a hand, with a past and past the introduction. The program is not running."""
+        """Signs in by the settings file, with the introduction seen and a history. The program is not running."""
         session = json.dumps({"email": address, "verifiedAt": 800000000.0}).replace('"', '\\"')
         preferences = self.folders["XDG_CONFIG_HOME"] / "Fernhollow" / f"{IDENTIFIER}.conf"
         preferences.parent.mkdir(parents=True, mode=0o700, exist_ok=True)
@@ -70,7 +70,7 @@ class Program:
         environment.update({name: str(folder) for name, folder in self.folders.items()})
         environment.update(self.changes)
         preloaded = []
-        if "FERNHOLLOW_REDIRECTED_BACKEND" in os.environ:  # a test, that is, and no demonstration
+        if "FERNHOLLOW_REDIRECTED_BACKEND" in os.environ:  # set in tests, but not in a demonstration
             environment["REDIRECTED_BACKEND"] = str(self.backend.port if self.backend else 0)
             preloaded.append(os.environ["FERNHOLLOW_REDIRECTED_BACKEND"])
         if self._clock:
@@ -91,12 +91,12 @@ class Program:
         return self
 
     def launch(self):
-        """Starts the program and does not wait."""
+        """Starts the program without waiting."""
         command = [*self.prefix, self.executable]
         self.process = processes.start(command, self.environment(), self.home / "output")
 
     def command(self, *arguments):
-        """Starts the program a second time, with or without arguments, and returns what became of it."""
+        """Starts the program a second time, with or without arguments, and returns its result."""
         return processes.run([self.executable, *arguments], self.environment(), PATIENCE)
 
     def quit(self):
@@ -136,7 +136,7 @@ class Program:
             return None
 
     def note(self):
-        """What the item's tooltip adds to the title."""
+        """The sentence that the item's tooltip adds to the title."""
         return self._ask(*self._item(), PROPERTIES, "Get", "(ss)", (ITEM, "ToolTip"))[0][3]
 
     def count(self):
@@ -145,7 +145,7 @@ class Program:
         return int(re.sub(r"\D", "", title) or 0) if title is not None else None
 
     def counted(self):
-        """The count, once there is a status item to show it."""
+        """The count, once a status item shows it."""
         return wait_until(lambda: self.title() is not None and (self.count(),), "a status item", PATIENCE)[0]
 
     def expect_count(self, expected):
@@ -190,7 +190,7 @@ class Program:
         return wait_until(self.window, "the main window", PATIENCE)
 
     def click(self, role, name=None):
-        """Clicks on the middle of a widget, as a hand would, once it is there."""
+        """Clicks on the middle of a widget, once it is visible."""
         accessible = self.accessible()
         found = wait_until(lambda: accessible.shown(role, name), f"{role} {name or ''} in the window", PATIENCE)
         self.desktop.click(*accessible.centre(found[0]))
@@ -258,7 +258,7 @@ class Program:
         return re.search(r"deviceId=([0-9A-F-]{36})", settings)[1]
 
     def report(self):
-        """What a reader of a failed test wants to see."""
+        """The facts that a reader of a failed test needs."""
         return f"--- log\n{self.log()[-3000:]}\n--- output\n{self.output()[-3000:]}"
 
 

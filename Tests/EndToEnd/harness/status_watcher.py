@@ -1,4 +1,4 @@
-"""The least that a desktop with status items runs: a StatusNotifierItem watcher that is also a host.
+"""A minimal desktop part for status items: a StatusNotifierItem watcher that is also a host.
 
 A program of its own. Prints "ready" once it owns its name; ends when its bus does.
 """
@@ -25,7 +25,7 @@ INTERFACE = """
 
 
 class Watcher:
-    """Keeps the registered items, each as "bus name" + "object path", until their owner leaves."""
+    """Keeps the registered items, each as "bus name" + "object path", until their owner disconnects."""
 
     def __init__(self, bus):
         self.bus = bus

@@ -1,10 +1,10 @@
-"""A terminal that a person types in, and what it says it received."""
+"""A terminal that a person types in, and the keys that it received."""
 
 from .waiting import wait_until
 
 
 class Terminal:
-    """An xterm whose program writes down every byte it is given: the second opinion on our counts."""
+    """An xterm whose program writes down every byte that it receives, as an independent count."""
 
     identifier = "debian-xterm"
     name = "XTerm"

@@ -35,7 +35,7 @@ class Site:
         self._server.server_close()
 
     def behave(self):
-        """Serves what is there, from now on."""
+        """From now on serves the files as they are."""
         self.altered = {}
         self.requests = []
 
@@ -58,7 +58,7 @@ class _Visit(http.server.BaseHTTPRequestHandler):
         try:
             self.wfile.write(body)
         except OSError:
-            pass  # the program hung up, as it may
+            pass # the program may close the connection at any time
         self.site.requests.append(name)
 
     def log_message(self, *_):
@@ -66,7 +66,7 @@ class _Visit(http.server.BaseHTTPRequestHandler):
 
 
 class Maker:
-    """Makes releases of the program under test that differ only in what is told beside it."""
+    """Makes releases of the program under test that differ only in fernhollow.json."""
 
     def __init__(self, folder, site):
         self._folder = folder
@@ -76,11 +76,11 @@ class Maker:
         self._public_key = self._release("keys", self._key).strip()
         self._program = folder / "fernhollow"
         shutil.copy(program_under_test(), self._program)
-        if not os.environ.get("FERNHOLLOW_SANITIZED"):  # whose reports need the symbols
+        if not os.environ.get("FERNHOLLOW_SANITIZED"):  # sanitizers' reports need the symbols
             subprocess.run(["strip", self._program], check=True, timeout=120)
 
     def package(self, version, libraries=0):
-        """The release in one file, with so many bytes of what others would bring along."""
+        """The release in one file, with so many bytes of padding in place of libraries."""
         file = self._folder / f"Fernhollow-{version}.AppImage"
         appdir = self._folder / f"appdir-{version}"
         home = appdir / "usr/lib/fernhollow"

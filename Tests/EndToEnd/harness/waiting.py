@@ -1,4 +1,4 @@
-"""Waiting for what can be observed, with a limit."""
+"""Waits for observable states, with a limit."""
 
 import time
 
@@ -16,7 +16,7 @@ def wait_until(condition, what, seconds=15.0, pause=0.05):
 
 
 def wait_for_value(read, expected, what, seconds=15.0):
-    """Waits until `read()` gives `expected`; fails with what it gave last."""
+    """Waits until `read()` gives `expected`; fails with its last value otherwise."""
     seen = None
     deadline = time.monotonic() + seconds
     while time.monotonic() < deadline:
