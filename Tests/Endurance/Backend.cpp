@@ -90,7 +90,7 @@ auto Backend::answer(const HttpRequest& request) -> Reply {
         break;
     case Network::unauthorized:
         return {HttpAnswer{401, "{}"}};
-    case Network::portal: // of a hotel; it lets no write pass for a success
+    case Network::portal: // a hotel's sign-in page, which no client may take for a success
         return {HttpAnswer{isGet ? 200 : 302, "<html>Welcome</html>"}};
     case Network::silent:
         if (happens(10)) {
@@ -107,7 +107,7 @@ auto Backend::answer(const HttpRequest& request) -> Reply {
         if (happens(4)) {
             return {};
         }
-        if (happens(8)) { // taken, and the answer is lost
+        if (happens(8)) { // the write is stored, but the answer is lost
             handle(request, path);
             return {};
         }

@@ -15,8 +15,8 @@ namespace fernhollow::tests {
 
 enum class Table { days, hours, applications };
 
-/// A row of one of the tables that count, on a machine and on the backend. Hour and application are empty
-/// where the table has no such column.
+/// The place of a row in one of the tables of counts, on a machine and on the backend. Hour and
+/// application are empty where the table has no such column.
 struct Place {
     Table table = Table::days;
     std::string day{};
@@ -31,10 +31,10 @@ using Rows = std::map<Place, std::int64_t>;
 /// The network between one machine and the backend.
 enum class Network { fine, cut, unavailable, limited, unauthorized, flaky, silent, portal };
 
-/// The backend of the machines: the wire contract over tables in memory, and the faults of the way to it.
+/// The backend of the machines: the wire contract over tables in memory, and the faults of the network to it.
 ///
-/// Each machine has a base address of its own, so that its network can fail alone. Lives on the thread of the
-/// machines, which ask it without a socket: HttpSession is another one here, see DirectSession.cpp.
+/// Each machine has a base address of its own, so that its network can fail alone. It lives on the thread of
+/// the machines, which ask it without a socket: DirectSession.cpp replaces HttpSession here.
 class Backend {
 public:
     explicit Backend(std::uint64_t seed);
@@ -46,18 +46,18 @@ public:
     void setNetwork(int machine, Network network) { networks_[machine] = network; }
     Network network(int machine) const;
 
-    /// What comes back from the backend of this program.
+    /// The backend's reply to one request.
     struct Reply {
-        std::optional<HttpAnswer> answer; ///< absent when the connection ends before it
-        bool isSilent = false;            ///< nothing comes back at all
+        std::optional<HttpAnswer> answer; ///< absent when the connection ends before the answer
+        bool isSilent = false;            ///< true when no reply ever comes
     };
     static Reply ask(const HttpRequest& request);
 
-    /// What the backend knows of a device, and of each of an account's.
+    /// The backend's rows of a device, and of each device of an account.
     const Rows& rows(const std::string& email, const std::string& device);
     const std::map<std::string, Rows>& devices(const std::string& email);
     bool isRegistered(const std::string& email, const std::string& device);
-    /// Empty for an application that was never registered.
+    /// The name of an application; empty when it was never registered.
     std::string nameOf(const std::string& email, const std::string& app);
 
     std::int64_t requests = 0;

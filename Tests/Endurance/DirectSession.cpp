@@ -1,7 +1,7 @@
 // The HTTP client of the machines: it asks the life's backend by a function call.
 //
-// A simulated day has hundreds of requests, and over sockets they take nearly all of its time. The program's
-// own client is measured by the tests of Support and end to end.
+// A simulated day has hundreds of requests, which over sockets would take nearly all of its time. The tests
+// of Support and the end-to-end tests cover the program's own client.
 
 #include "Endurance/Backend.h"
 #include "Support/Clock.h"
@@ -17,7 +17,8 @@
 namespace fernhollow {
 namespace {
 
-/// Suspends until the reply has come: with the next turn of the event loop, or not before the time is up.
+/// Suspends until the reply comes, in the next turn of the event loop. If none comes, suspends until the
+/// time-out.
 class Waiting {
 public:
     Waiting(Clock& clock, std::chrono::seconds timeout, std::stop_token stop, bool isSilent)

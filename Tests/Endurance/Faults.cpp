@@ -1,4 +1,4 @@
-// What goes wrong in a life, how often, and what it may cost.
+// The faults in a life, how often they happen, and what each may cost.
 
 #include "Endurance/Life.h"
 
@@ -13,7 +13,7 @@ constexpr std::array addresses = {"ana@example.com", "bo+keys@example.org"};
 
 } // namespace
 
-/// A fault that is added here has its row in the table below.
+/// A new fault needs its row in the table below.
 struct Life::Kind {
     const char* name;
     unsigned perThousand; ///< of a machine's days
@@ -22,8 +22,8 @@ struct Life::Kind {
     void (Life::*happen)(std::size_t number);
 };
 
-// What is neither a kill nor a power cut costs nothing. Where a file is gone or replaced by an old one, the
-// backend has to give the days back that it had; Tally::allowLossOfFile says so.
+// Only kills and power cuts may cost presses. Where a file is lost or replaced by an old one, the backend
+// has to give back its days; Tally::allowLossOfFile allows for that.
 const std::vector<Life::Kind>& Life::kinds() {
     static const std::vector<Kind> kinds = {
         {"restarts", 150, Loss::none, Loss::none, &Life::restart},
@@ -74,7 +74,7 @@ void Life::happen(const Kind& kind, std::size_t number) {
     ++faults_[kind.name];
     conditions_[number].hadTrouble = true;
     if (kind.daysAndHours != Loss::none) {
-        for (const auto pause : {1000ms, 300ms}) { // what has to be safe in part
+        for (const auto pause : {1000ms, 300ms}) { // presses of different ages, some of which must be safe
             machine.press("org.mail", static_cast<std::int64_t>(1 + below(50)));
             machine.pass(pause);
         }
@@ -86,7 +86,7 @@ void Life::happen(const Kind& kind, std::size_t number) {
     (this->*kind.happen)(number);
 }
 
-// A home that returns to its machine finds the identity and the old databases that were kept for it.
+// When a home returns to its machine, it finds the identity and the old databases that were kept for it.
 void Life::start(Machine& machine) {
     machine.start(addresses[0]);
     endRetirement(machine);
@@ -212,7 +212,7 @@ void Life::loseSettings(std::size_t number) {
 void Life::changeAccount(std::size_t number) {
     Machine& machine = *machines_[number];
     machine.setDiskFull(false);
-    machine.pass(16s); // what was not flushed would be discarded
+    machine.pass(16s); // otherwise presses that were not flushed would be discarded
     machine.signIn(addresses.at(machine.email() == addresses[0] ? 1 : 0));
     endRetirement(machine);
 }

@@ -1,4 +1,4 @@
-// The script: when the person types, on which machine, and when the machines rest.
+// The script of a life: when the person types, on which machine, and when the machines rest.
 
 #include "Endurance/Life.h"
 
@@ -68,7 +68,7 @@ std::vector<Life::Event> Life::plan() {
         for (std::uint64_t burst = below(isFree ? 2 : 4); burst > 0; --burst) {
             events.push_back({localHour(midnight_, 7 + static_cast<double>(below(1500)) / 100), number});
         }
-        if (happens(10)) { // past midnight, wherever that is
+        if (happens(10)) { // typing past midnight, in any zone
             events.push_back({localHour(midnight_, static_cast<double>(below(24))) - 7s, number});
         }
         addFaults(events, number);
@@ -79,7 +79,7 @@ std::vector<Life::Event> Life::plan() {
     return events;
 }
 
-// The others catch up when it is their turn: what happens on one machine is nothing to another one.
+// The others catch up when it is their turn, because machines do not affect each other directly.
 void Life::passTo(Instant at, Machine& machine) {
     now_ = std::max(now_, at);
     machine.passTo(now_, happens(20));
@@ -137,7 +137,7 @@ void Life::beQuiet() {
             }
         }
     }
-    now_ += 4min; // of the slowest
+    now_ += 4min; // enough for the slowest machine
 }
 
 void Life::compare(const std::string& firstDay) {
@@ -166,14 +166,14 @@ void Life::compare(const std::string& firstDay) {
     }
 }
 
-// What stands beside the counts: the number that is shown, the machine and the names of its applications.
+// Checks what belongs to the counts: the number that is shown, the machine and the names of its applications.
 void Life::compareDirectory(Machine& machine) {
     const auto refuse = [&](const char* where, const Place& place, std::int64_t least, std::int64_t found) {
         if (found < least) {
             contradict(machine, {where, place, least, least, found}, machine.email(), machine.device());
         }
     };
-    // What other machines counted may stand in the number, too.
+    // The number may also contain the counts of other machines.
     const std::string today = machine.day();
     for (const auto& [place, count] : machine.rows(today)) {
         if (place.table == Table::days && place.day == today) {
@@ -192,7 +192,7 @@ void Life::compareDirectory(Machine& machine) {
     }
 }
 
-// Rows of a device that no machine was count for somebody twice.
+// Rows of an identity that no machine has had would count presses twice.
 void Life::compareAccount(const std::string& email) {
     for (const auto& [device, rows] : backend_.devices(email)) {
         const bool isKnown = std::ranges::any_of(

@@ -16,7 +16,7 @@
 
 namespace fernhollow::tests {
 
-/// A table is not as it has to be; says where, and what happened before.
+/// A table differs from what is expected; what() says where, and which faults came before.
 class Contradiction : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -24,19 +24,20 @@ public:
 
 /// A person's machines over days and years, scripted from a seed.
 ///
-/// After each midnight of the first zone, and a quiet time in which everything can be sent, the tables of
-/// each machine and of the backend are compared with what was pressed. One thread; owned by the test program.
+/// After each midnight of the first zone, and a quiet time in which everything can be sent, it compares the
+/// tables of each machine and of the backend with the presses that were made. One thread; owned by the test
+/// program.
 class Life {
 public:
     struct Options {
         std::uint64_t seed = 1;
-        bool hasEveryFault = false; ///< each kind of fault has its day in the first week
+        bool hasEveryFault = false; ///< true to have each kind of fault in the first week
         bool isVerbose = false;
     };
 
     explicit Life(Options options);
 
-    /// Lives the next day. Throws Contradiction.
+    /// Simulates the next day. Throws Contradiction.
     void liveDay();
 
     std::string day() const { return dayOf(midnight_); }
@@ -50,9 +51,9 @@ private:
     struct Event {
         Instant at;
         std::size_t machine = 0;
-        const Kind* fault = nullptr; // else presses
+        const Kind* fault = nullptr; // null for presses
     };
-    /// What ends by itself some time after it began.
+    /// The states of a machine that end by themselves some time later.
     struct Condition {
         int daysAway = 0;        // without a network
         bool hadTrouble = false; // since the last comparison
@@ -102,7 +103,7 @@ private:
     QTemporaryDir folder_;
     Backend backend_;
     Calendar calendar_;
-    Instant midnight_; // at which the day begins that is lived next
+    Instant midnight_; // the beginning of the day that is simulated next
     Instant now_;
     int days_ = 0;
     std::vector<std::unique_ptr<Machine>> machines_;

@@ -28,7 +28,7 @@ struct Monitor final : KeyPressMonitor {
     void stop() override {}
 };
 
-/// The local day and hour as the C library tells them, which the program does not ask.
+/// The local day and hour by the C library, which the program does not use for this.
 std::pair<std::string, int> localTime(Instant now) {
     const std::time_t seconds = Instant::clock::to_time_t(now);
     std::tm local{};
@@ -94,10 +94,10 @@ std::shared_ptr<CloudSyncCoordinator> Machine::makeSync(std::shared_ptr<DailyCou
         std::move(onIdentityInUseElsewhere));
 }
 
-// Each coroutine of the engine that waits for the clock or a silent backend has one timer; so has each loop
-// of the model. Whatever is not quiet ends with an event.
+// Each coroutine of the engine that waits for the clock or a silent backend has one timer, and so has each
+// loop of the model. Any other work ends with an event.
 void Machine::settle() {
-    constexpr int turnsOfQuiet = 3; // what has only been asked for begins with the next turn or the one after
+    constexpr int turnsOfQuiet = 3; // requested work begins in the next turn or the one after it
     const QDeadlineTimer deadline(30'000);
     for (int quietTurns = 0; quietTurns < turnsOfQuiet;) {
         run_->tasks.beginWaiting();
@@ -259,7 +259,7 @@ Rows Machine::rows(const std::string& firstDay) {
     enter();
     Rows rows;
     const auto file = DailyCountsStore::urlForAccount(email_);
-    if (!fs::exists(file)) { // deleted, and nothing pressed since
+    if (!fs::exists(file)) { // it was deleted, and no key pressed since
         return rows;
     }
     SQLiteConnection connection(file);

@@ -23,9 +23,10 @@ namespace fernhollow::tests {
 
 /// One machine of a life: a home, a disk, a clock, and the program when it runs.
 ///
-/// The program is the real model with its store, tracker and sync engine, all on the life's thread but for
-/// the stores' own. Machines take turns: each operation first makes this machine the current one, with its
-/// home, zone and disk, and leaves it settled, with nothing under way but sleeps.
+/// The program is the real model with its store, tracker and sync engine, all on the life's thread except
+/// for the stores' own threads. Machines take turns: each operation first makes this machine the current
+/// one, with its home, zone and disk. It ends when the machine is settled, so that only sleeps are under
+/// way.
 class Machine {
 public:
     Machine(int number, std::filesystem::path home, Backend& backend, Instant now);
@@ -35,39 +36,39 @@ public:
     std::string zone = "Europe/Berlin";
 
     bool isRunning() const { return run_ != nullptr; }
-    void start(const std::string& email); ///< signs in unless the settings say who is
+    void start(const std::string& email); ///< signs in unless the settings have a session
     void end();                           ///< as at the end of the desktop session
     void kill();
     void cutPower();
 
-    /// Until the life's clock shows `now`; a machine that is asleep does not notice.
+    /// Runs until the life's clock shows `now`; a machine that sleeps does nothing.
     void passTo(Instant now, bool isAsleep = false);
     void pass(std::chrono::milliseconds time);
-    /// Presses in an application, or in the program's own windows.
+    /// Makes presses in an application, or in the program's own windows.
     void press(const std::string& app, std::int64_t count);
-    /// As pass() and then press(), but for the turns that are left unfinished when a machine fails.
+    /// Does pass() and then press(), but leaves the last turns unfinished, as when a machine fails.
     void beginToPress(std::chrono::milliseconds time, const std::string& app, std::int64_t count);
-    /// The wall clock is set wrong by this much from now on.
+    /// Sets the wall clock wrong by this much from now on.
     void setSkew(std::chrono::seconds skew);
     void setDiskFull(bool isFull);
     void signIn(const std::string& email);
     void deleteDatabase();
     void loseSettings();
 
-    /// Of a machine that does not run: a copy of its home, and the home replaced by one.
+    /// For a machine that does not run: copies its home, or replaces it by a copy.
     void copyHomeTo(const std::filesystem::path& copy) const;
     void replaceHome(const std::filesystem::path& copy);
 
-    /// What the tables of the current account hold from this day on; of a running machine.
+    /// The rows of the current account from this day on; only for a running machine.
     Rows rows(const std::string& firstDay);
     std::string day();
-    /// Today's presses as the status item shows them; of a running machine.
+    /// Today's presses as the status item shows them; only for a running machine.
     std::int64_t shown() const { return run_->model->todayCount.get(); }
     std::string email() const { return email_; }
     std::string device() const { return device_; }
     std::string log() const { return contents(home_ / "fernhollow_debug.log"); }
 
-    /// The tallies by account and identity, those of the past included.
+    /// The tallies by account and identity, including former ones.
     std::map<std::pair<std::string, std::string>, Tally> tallies;
     Tally& tally() { return tallies[{email_, device_}]; }
     /// The identity and its database were left behind.
@@ -101,7 +102,7 @@ private:
     std::string email_;
     std::string device_;
     std::chrono::seconds skew_{0};
-    Instant now_; // the life's, as of the last turn
+    Instant now_; // the life's time at the last turn
     bool isDiskFull_ = false;
     std::unique_ptr<Run> run_;
 };

@@ -32,7 +32,7 @@ void Tally::press(Moment at, const std::string& day, int hour, const std::string
 void Tally::settled(Moment now, bool isSaving) {
     for (Fresh& fresh : fresh_) {
         if (!isSaving) {
-            fresh.at = now; // the writes that are due begin anew
+            fresh.at = now; // these presses wait for the next write
             fresh.risk = Loss::unasked;
         } else {
             fresh.risk = now - fresh.at >= applicationsInterval ? Loss::lastFlush : Loss::lastSecond;
@@ -66,7 +66,7 @@ void Tally::allowLossOfFile(const std::string& firstDay, const Rows& known) {
 }
 
 void Tally::retire(const Rows& known) {
-    allowLossOfFile("", known); // until the home returns, with whatever was not sent
+    allowLossOfFile("", known); // until the home returns with the presses that were not sent
     isRetired_ = true;
 }
 
@@ -98,7 +98,7 @@ std::optional<Difference> Tally::compareRow(const Place& place, const Row& row,
 
 std::optional<Difference> Tally::compare(const std::optional<Rows>& local, const Rows& remote,
                                          const Expectation& expectation) {
-    for (const Rows* found : {local ? &*local : &remote, &remote}) { // rows of what was never pressed
+    for (const Rows* found : {local ? &*local : &remote, &remote}) { // rows that were never pressed
         for (const auto& [place, count] : *found) {
             if (count != 0 && place.day >= expectation.firstDay && !rows_.contains(place)) {
                 return Difference{found == &remote ? "backend" : "machine", place, 0, 0, count};
@@ -113,7 +113,7 @@ std::optional<Difference> Tally::compare(const std::optional<Rows>& local, const
             return difference;
         }
         if (local && row.mayLack > 0 && !row.hasLostFile) {
-            row.pressed = countAt(*local, place); // what the faults really took
+            row.pressed = countAt(*local, place); // the count that the faults really left
             row.mayLack = 0;
         }
         row.wasSent |= expectation.isSynced && countAt(remote, place) > 0;

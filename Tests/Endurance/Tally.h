@@ -11,15 +11,15 @@
 
 namespace fernhollow::tests {
 
-/// Up to when the presses that a fault may take with it were made.
+/// Which presses a fault may cost.
 enum class Loss {
     none,
-    unasked,    ///< those that the program had no turn of its event loop for
+    unasked,    ///< those since the last turn of the program's event loop
     lastSecond, ///< those since the last write of the applications
     lastFlush,  ///< those since the last flush
 };
 
-/// A row that is not as it has to be.
+/// A row that differs from the expected one.
 struct Difference {
     std::string where; ///< "machine" or "backend"
     Place place;
@@ -28,32 +28,32 @@ struct Difference {
     std::int64_t found = 0;
 };
 
-/// What was pressed on one machine under one identity and account, and so what each row has to say.
+/// The presses on one machine under one identity and account, and so the expected count of each row.
 ///
-/// A row may never say more. It may say less by what the faults since the last comparison were allowed to
-/// take. The machine feeds it, and reports what became safe; the life asks it to compare.
+/// A row may never have more. It may have less by what the faults since the last comparison were allowed
+/// to cost. The machine reports presses and what became safe; the life asks for comparisons.
 class Tally {
 public:
-    /// Counts presses made at `at` of the machine's monotonic clock. Without an application, those in the
-    /// program's own windows.
+    /// Counts presses at the time `at` of the machine's monotonic clock. Presses in the program's own
+    /// windows have no application.
     void press(Moment at, const std::string& day, int hour, const std::string& app, std::int64_t count);
 
-    /// Every turn that was due at `now` has come to its end; `isSaving` unless the disk refuses.
+    /// Every turn that was due at `now` has ended. `isSaving` is false while the disk refuses writes.
     void settled(Moment now, bool isSaving);
 
     void allow(Loss daysAndHours, Loss applications);
-    /// The database from `firstDay` on is gone. The backend gives a day back as far as it is in `known`, and
-    /// what is counted from now on is added.
+    /// The database from `firstDay` on is lost. The backend gives back the counts in `known`, and presses
+    /// from now on are added.
     void allowLossOfFile(const std::string& firstDay, const Rows& known);
     /// Nothing more is sent; the backend keeps what it has.
     void retire(const Rows& known);
 
     struct Expectation {
-        bool isSynced = false;      ///< the backend has had the time to learn all
+        bool isSynced = false;      ///< true when the backend has had the time to get every count
         std::string firstDay;       ///< of the comparison
-        std::string firstRecentDay; ///< what could not be sent before stays unsent, but for days
+        std::string firstRecentDay; ///< hours and applications of earlier days that were not sent stay unsent
     };
-    /// The first difference.
+    /// The first difference; nothing when there is none.
     std::optional<Difference> compare(const std::optional<Rows>& local, const Rows& remote,
                                       const Expectation& expectation);
 
@@ -64,8 +64,8 @@ private:
         std::int64_t pressed = 0;
         std::int64_t mayLack = 0;
         bool hasLostFile = false;
-        std::int64_t known = 0; // to the backend when the file was lost
-        std::int64_t lost = 0;  // of what was pressed, with the file
+        std::int64_t known = 0; // presses that the backend knew when the file was lost
+        std::int64_t lost = 0;  // presses that were lost with the file
         bool wasSent = false;
 
         std::int64_t least() const;
@@ -74,7 +74,7 @@ private:
         Moment at;
         std::vector<Place> places;
         std::int64_t count = 0;
-        Loss risk = Loss::unasked; // the least fault that takes it
+        Loss risk = Loss::unasked; // the least fault that may cost these presses
     };
 
     std::optional<Difference> compareRow(const Place& place, const Row& row, const std::optional<Rows>& local,

@@ -1,4 +1,4 @@
-// Lives lives; see usage.
+// Simulates lives; see `usage`.
 
 #include "Endurance/Life.h"
 
@@ -14,8 +14,8 @@ using namespace fernhollow::tests;
 namespace {
 
 constexpr const char* usage = "endure [SEED] [--days N] [--seeds N] [--every-fault] [--verbose]\n"
-                              "Lives a year, or N days, for each of N seeds from SEED on.\n"
-                              "--every-fault   each kind has its day in the first week\n"
+                              "Simulates a year, or N days, for each of N seeds from SEED on.\n"
+                              "--every-fault has each kind of fault in the first week\n"
                               "--verbose       shows every fault and the machine's log where counts differ\n";
 
 bool live(const Life::Options& options, int days) {
