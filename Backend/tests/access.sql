@@ -45,7 +45,7 @@ WHERE pronamespace = 'public'::regnamespace AND provolatile = 's' AND prosecdef
     AND 'search_path=pg_catalog, pg_temp' = ANY (proconfig) AND proowner = 'fernhollow_reader'::regrole;
 SELECT is(string_agg(DISTINCT privilege_type, ','), 'SELECT', 'what that role may do')
 FROM information_schema.role_table_grants WHERE grantee = 'fernhollow_reader';
-SELECT is(count(*), 0::bigint, 'nobody logs in as a role of requests or of functions, and none passes by the policies')
+SELECT is(count(*), 0::bigint, 'the roles of requests and functions cannot log in, and do not bypass the policies')
 FROM pg_roles
 WHERE rolname IN ('anon', 'fernhollow_reader') AND (rolcanlogin OR rolbypassrls OR rolsuper OR rolcreaterole OR rolcreatedb);
 SELECT is(count(*) FILTER (WHERE relrowsecurity), count(*), 'row-level security is on everywhere')
