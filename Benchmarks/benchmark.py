@@ -57,7 +57,7 @@ def main():
     options = parse()
     changes = dict(change.split("=", 1) for change in options.changes)
     figures = []
-    measured = machine() # now, because the commit may change during the run
+    measured = machine()  # now, because the commit may change during the run
     for part in options.only:
         print(f"measuring: {part}", file=sys.stderr)
         # TimeStart, which measures a start, is a tray itself.

@@ -18,7 +18,7 @@ from history import AccountServer, History  # noqa: E402
 
 ADDRESS = "ana@example.org"
 NOW = "2026-03-10 16:20:00"
-SETTLING = 0.7 # seconds, for animations and the last refresh
+SETTLING = 0.7  # seconds, for animations and the last refresh
 DEVICES = [
     {"device_id": "1", "device_name": "ana-laptop", "last_seen_at": "2026-03-10T15:19:40Z"},
     {"device_id": "2", "device_name": "Workstation in the office", "last_seen_at": "2026-03-10T11:20:00Z"},

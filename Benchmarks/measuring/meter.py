@@ -9,7 +9,7 @@ import time
 @dataclasses.dataclass
 class Usage:
     cpu: float  # seconds, user and system, of all its threads
-    wake_ups: int # how often one of its threads continued after a wait
+    wake_ups: int  # how often one of its threads continued after a wait
 
     def __sub__(self, earlier):
         return Usage(self.cpu - earlier.cpu, self.wake_ups - earlier.wake_ups)
@@ -28,9 +28,9 @@ def usage(pid):
 
 @dataclasses.dataclass
 class Memory:
-    resident: float # MB; including pages of files and libraries that other processes use as well
-    proportional: float # MB; the same with shared pages divided by the number of their users
-    private: float # MB; pages that only this process uses and has written to
+    resident: float  # MB; including pages of files and libraries that other processes use as well
+    proportional: float  # MB; the same with shared pages divided by the number of their users
+    private: float  # MB; pages that only this process uses and has written to
 
 
 def memory(pid):

@@ -124,7 +124,7 @@ class Lifecycle(TerminalTest):
                     wait_until(lambda: not self.program.window(), "the window hidden")
                 self.type(60)
                 desktop.freeze_display()
-                time.sleep(2) # so that the window waits for the stopped server
+                time.sleep(2)  # so that the window waits for the stopped server
                 self.program.signal(signal.SIGTERM)
                 self.assertEqual(self.stored_today(), self.began_with + 60)
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* usage = "endure [SEED] [--days N] [--seeds N] [--every-fault] [--verbose]\n"
                               "Simulates a year, or N days, for each of N seeds from SEED on.\n"
-                              "--every-fault has each kind of fault in the first week\n"
+                              "--every-fault   has each kind of fault in the first week\n"
                               "--verbose       shows every fault and the machine's log where counts differ\n";
 
 bool live(const Life::Options& options, int days) {

@@ -31,9 +31,9 @@ class Handler(BaseHTTPRequestHandler):
             answer = self.server.api.answer(self.command, self.path, self.headers, self._read_body())
         except ApiError as error:
             answer = error.status, json.dumps(error.content), None
-        except OSError: # the client has disconnected or sends nothing
+        except OSError:  # the client has disconnected or sends nothing
             raise
-        except Exception as error: # its text is not printed, because it may contain what a client sent
+        except Exception as error:  # its text is not printed, because it may contain what a client sent
             print(type(error).__name__, *traceback.format_tb(error.__traceback__), file=sys.stderr)
             answer = 500, '{"message":"Internal error"}', None
         if self.server.is_verbose:

@@ -41,7 +41,7 @@ class AccessibleProgram:
             self._service = self._service or self._find_service()
             return list(self._walk(self._service, ROOT, 0)) if self._service else []
         except GLib.Error:
-            return [] # the tree changed during the read; the caller reads again
+            return []  # the tree changed during the read; the caller reads again
 
     def shown(self, role=None, name=None):
         """The visible widgets of a role, a name, or both."""

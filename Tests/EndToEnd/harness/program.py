@@ -43,7 +43,7 @@ class Program:
         self.home.mkdir(mode=0o700)
         self.folders = home_folders(self.home)
         self.process = None
-        self.changes = {} # changes of the environment
+        self.changes = {}  # changes of the environment
         self.prefix = []
         self.executable = executable or program_under_test()
         self._clock = clock

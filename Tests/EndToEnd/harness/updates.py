@@ -58,7 +58,7 @@ class _Visit(http.server.BaseHTTPRequestHandler):
         try:
             self.wfile.write(body)
         except OSError:
-            pass # the program may close the connection at any time
+            pass  # the program may close the connection at any time
         self.site.requests.append(name)
 
     def log_message(self, *_):
