@@ -142,8 +142,7 @@ void Peers::serve(int number) {
         listenTo(peer);
         return;
     }
-    std::array<std::byte, sizeof(RepeatSettings) + 1>
-        packet{}; // one byte more, to notice a packet that is too long
+    std::array<std::byte, sizeof(RepeatSettings) + 1> packet{}; // one byte more, to notice longer packets
     const auto size = recv(number, packet.data(), packet.size(), MSG_DONTWAIT);
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;

@@ -147,8 +147,7 @@ private:
         bool operator==(const TodayRows&) const = default;
     };
     struct PastDays {
-        std::weak_ptr<DailyCountsStore>
-            store; // where they were read; expired when they have to be read again
+        std::weak_ptr<DailyCountsStore> store; // expired when the days have to be read again
         Instant lastNoon;                      // today's, when they were read
         std::unordered_map<std::string, CountsByApp> counts;
     };

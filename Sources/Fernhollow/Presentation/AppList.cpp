@@ -33,8 +33,7 @@ std::vector<AppDisplayItem> ofDay(const std::vector<AppTracker::DailyAppStats>& 
 
 void arrange(std::vector<AppDisplayItem>& items, const TextSearch& search) {
     std::erase_if(items, [&](const AppDisplayItem& item) { return !search.isIn(item.appName); });
-    for (auto item = items.begin(); item != items.end();
-         ++item) { // insertion sort: the items are few and mostly in order
+    for (auto item = items.begin(); item != items.end(); ++item) { // few, and mostly in order already
         const auto place = std::ranges::upper_bound(items.begin(), item, item->count, std::greater(),
                                                     &AppDisplayItem::count);
         std::rotate(place, item, item + 1);

@@ -129,8 +129,7 @@ private:
         if (!isNegative) {
             skip('+');
         }
-        constexpr unsigned mostHours =
-            167; // a week, because a change may come days after the day of its rule
+        constexpr unsigned mostHours = 167; // a week: a change may come days after its rule's day
         unsigned hour = 0;
         unsigned minute = 0;
         unsigned second = 0;

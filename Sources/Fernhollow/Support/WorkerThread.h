@@ -36,8 +36,7 @@ private:
 
     std::unique_ptr<QThread> thread_;
     bool isEnding_ = false;
-    std::unique_ptr<EventLoopExecutor>
-        executor_; // outlives the thread, because late answers may still post to it
+    std::unique_ptr<EventLoopExecutor> executor_; // outlives the thread: late answers may still post to it
 };
 
 } // namespace fernhollow

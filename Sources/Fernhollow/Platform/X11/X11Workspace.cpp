@@ -16,8 +16,7 @@ namespace {
 // time.
 constexpr std::chrono::seconds readingInterval{20};
 constexpr std::chrono::milliseconds attemptPause{3'000};
-constexpr int pausePerAttempt =
-    50; // times the length of the attempt, so that a slow network does not hold us up
+constexpr int pausePerAttempt = 50; // times the attempt, so that a slow network does not hold us up
 
 } // namespace
 
