@@ -17,7 +17,7 @@ namespace fernhollow {
 ///
 /// The server sends an event for each change, and these are read when the application is asked for. So
 /// while a window stays in front, an answer needs no request. The display is connected at the first
-/// question. Used on the main thread, owned by KeyboardMonitor.
+/// question. Used on the main thread, owned by FernhollowApp.
 class X11Workspace final : public Workspace {
 public:
     explicit X11Workspace(DesktopEntries entries);
