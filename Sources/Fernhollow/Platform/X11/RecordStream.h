@@ -14,8 +14,8 @@ namespace fernhollow {
 
 /// Reads what the server sends over a connection that records key-down events, item by item.
 ///
-/// libxcb makes the connection; from then on this class reads its socket. For a press that takes half
-/// the system calls and no allocation. It also leaves no key code behind: each is wiped at once, which
+/// libxcb makes the connection; from then on this class reads its socket. This halves the system calls
+/// of a press and needs no allocation. It also leaves no key code behind: each is wiped at once, which
 /// would not be possible in the queues of libxcb. The comparison with the modifier keys is the only
 /// place in the program that looks at a key code. Used on the main thread, owned by its tap.
 class RecordStream {
