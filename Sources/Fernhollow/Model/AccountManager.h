@@ -42,7 +42,10 @@ public:
 
     class AccountError : public std::exception {
     public:
-        enum class Code { invalidEmail, configurationMissing };
+        enum class Code {
+            invalidEmail,         ///< the address has no at-sign
+            configurationMissing, ///< the program was built without a backend
+        };
         explicit AccountError(Code code) : code_(code) {}
         Code code() const { return code_; }
         const char* what() const noexcept override;

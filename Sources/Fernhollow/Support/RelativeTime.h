@@ -15,7 +15,10 @@ namespace fernhollow {
 /// calendar in UTC, so that the answer depends on the two instants alone. One thread only.
 class RelativeTime {
 public:
-    enum class Units { abbreviated, full };
+    enum class Units {
+        abbreviated, ///< "5 min. ago"
+        full,        ///< "5 minutes ago"
+    };
 
     explicit RelativeTime(std::string_view locale = userLocale("LC_TIME"), Units units = Units::abbreviated);
     ~RelativeTime();

@@ -51,7 +51,13 @@ public:
     void stop();
 
 private:
-    enum class Phase { checking, offering, downloading, ready, installing };
+    enum class Phase {
+        checking,
+        offering, ///< the person is asked about the release
+        downloading,
+        ready, ///< the person is asked about the verified package
+        installing,
+    };
 
     struct Cycle {
         explicit Cycle(UpdateCheck reason) : check(reason) {}

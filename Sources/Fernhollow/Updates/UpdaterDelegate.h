@@ -7,8 +7,11 @@
 
 namespace fernhollow {
 
-/// Whether the person asked for a check, or the daily schedule did.
-enum class UpdateCheck { userInitiated, scheduled };
+/// Why a check begins.
+enum class UpdateCheck {
+    userInitiated, ///< the person asked for it
+    scheduled,     ///< it was due by the schedule
+};
 
 /// Is told of the updater's progress. `error` is a sentence for the person.
 class UpdaterDelegate {

@@ -11,7 +11,12 @@
 
 namespace fernhollow {
 
-enum class UpdateChoice { install, later, skip };
+/// The person's answer to an offer.
+enum class UpdateChoice {
+    install, ///< now
+    later,   ///< the next check offers it again
+    skip,    ///< scheduled checks do not offer this release again
+};
 
 /// The windows of an update, as the updater uses them. Main thread only. Closing the window of a
 /// question answers it with "later" or, for askPermission(), with nothing; dismiss() does the same for

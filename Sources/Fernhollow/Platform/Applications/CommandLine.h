@@ -21,6 +21,7 @@ struct CommandProgram {
 /// Skips `env` and interpreters to find the program. It is empty when an interpreter runs no script.
 CommandProgram programOf(std::span<const std::string> words);
 
+/// True for a shell or another program that runs scripts, such as "python3.11".
 bool isInterpreter(std::string_view program);
 
 /// The last part of a path: "foo" of "/usr/bin/foo".

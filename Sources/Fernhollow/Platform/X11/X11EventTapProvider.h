@@ -22,7 +22,10 @@ public:
     std::unique_ptr<EventTap> createTap(Callback callback) override;
 
 private:
-    enum class Refusal { noDisplay, noRecording };
+    enum class Refusal {
+        noDisplay,   ///< the display cannot be reached
+        noRecording, ///< the display has no RECORD extension
+    };
 
     std::optional<Refusal> refusal();
     bool connected();
