@@ -69,14 +69,14 @@ class History:
         return totals
 
     def replace(self, file):
-        """Puts all of it in the place of what a database holds."""
+        """Replaces the contents of a database by these counts."""
         with contextlib.closing(sqlite3.connect(file)) as database, database:
             for table in ("app_registry", "app_hour_counts", "hourly_counts", "daily_counts"):
                 database.execute(f"DELETE FROM {table}")
         self.fill(file)
 
     def fill(self, file):
-        """Adds all of it to a database that the program made."""
+        """Adds these counts to a database that the program made."""
         with contextlib.closing(sqlite3.connect(file)) as database, database:
             write = database.executemany
             write("INSERT INTO app_registry (bundle_id, app_name, first_seen) VALUES (?, ?, 1)", self.names.items())
@@ -95,7 +95,7 @@ class History:
 
 
 class AccountServer:
-    """A backend that knows an account's days and machines, and takes whatever it is sent."""
+    """A backend that knows an account's days and machines, and accepts every upload."""
 
     def __init__(self, address, history, devices=()):
         days = [{"day": day, "total_count": total} for day, total in history.days().items()]
