@@ -113,10 +113,10 @@ TEST_F(PackageInstallation, RelaunchesOnceTheDesktopHasInstalledThePackage) {
 }
 
 TEST_F(PackageInstallation, SaysWhenItWasCancelledOrFailed) {
-    const std::string refused = "install: Your system's installer could not install the update: it said no";
     for (const auto& [error, expected] :
-         {std::pair("Modify2.Cancelled", std::string("cancelled: The installation was cancelled.")),
-          std::pair("Modify2.Failed", refused), std::pair("Modify2.Forbidden", refused)}) {
+         {std::pair("Modify2.Cancelled", "cancelled: The installation was cancelled."),
+          std::pair("Modify2.Failed",
+                    "install: Your system's installer could not install the update: it said no")}) {
         packageKit_.interfaces = {{modify2, [name = QString::fromLatin1(error)] {
                                        return QStringLiteral("org.freedesktop.PackageKit.") + name;
                                    }}};
@@ -156,13 +156,10 @@ TEST_F(PackageInstallation, OpensTheFolderWhereNoFileManagerIsOnTheBus) {
 }
 
 TEST_F(PackageInstallation, NamesTheFileAfterAVersionThatCannotLeadElsewhere) {
-    for (const auto& [version, name] : {std::pair("1.0~rc1+b-2", "fernhollow_1.0~rc1+b-2.deb"),
-                                        std::pair("../../evil", "fernhollow_.._.._evil.deb"),
-                                        std::pair("a b\n$(c)", "fernhollow_a_b___c_.deb")}) {
-        install(*make(), download("package", version));
-        EXPECT_EQ(contents(downloads_ / name), "package") << version;
-    }
-    EXPECT_THAT(namesIn(downloads_), testing::SizeIs(3));
+    install(*make(), download("package", "1.0~rc1+b-2"));
+    install(*make(), download("package", "../../e v\n$(il)"));
+    EXPECT_THAT(namesIn(downloads_),
+                ElementsAre("fernhollow_.._.._e_v___il_.deb", "fernhollow_1.0~rc1+b-2.deb"));
 }
 
 TEST_F(PackageInstallation, IsForProgramsOfOurPackage) {

@@ -217,6 +217,13 @@ protected:
             std::make_shared<DownloadedUpdate>(folder, folder / "package", release(version)));
     }
 
+    /// As far as the question whether to install the release.
+    void download(const std::string& version = "0.3.0") {
+        find(version);
+        choose(UpdateChoice::install);
+        finishDownload(version);
+    }
+
     std::filesystem::path package(const std::string& version = "0.3.0") const {
         return home_.path() / ("download-" + version) / "package";
     }

@@ -31,13 +31,18 @@ protected:
     }
 };
 
-TEST_F(Schedule, AsksAtTheSecondStartAndNotBefore) {
+TEST_F(Schedule, AsksAtTheSecondStartUntilThereIsAnAnswer) {
     EXPECT_EQ(clock_.sleepers(), 0);
     restart();
     EXPECT_THAT(driver_->shown, IsEmpty());
     clock_.advance(UpdateSchedule::askDelay);
     ASSERT_TRUE(isAsked());
     EXPECT_THAT(takeCalls(), IsEmpty()) << "nothing goes over the network before the answer";
+    check(); // takes the question's place
+    EXPECT_EQ(UpdatePreferences::automaticChecks(), std::nullopt);
+    restart();
+    clock_.advance(UpdateSchedule::askDelay);
+    ASSERT_TRUE(isAsked());
 
     driver_->permission.resolve(true);
     EXPECT_EQ(UpdatePreferences::automaticChecks(), true);
@@ -51,24 +56,13 @@ TEST_F(Schedule, AsksAtTheSecondStartAndNotBefore) {
     check(); // a person still may
 }
 
-TEST_F(Schedule, AsksAgainNextTimeWhenNobodyAnswered) {
-    restart();
-    for (int start = 0; start < 2; ++start) {
-        clock_.advance(UpdateSchedule::askDelay);
-        ASSERT_TRUE(isAsked());
-        check(); // takes the question's place
-        EXPECT_FALSE(driver_->permission.isAwaited());
-        EXPECT_EQ(UpdatePreferences::automaticChecks(), std::nullopt);
-        restart();
-    }
-}
-
-TEST_F(Schedule, ChecksOnceADay) {
+TEST_F(Schedule, ChecksOnceADayAndFailsQuietly) {
     agree();
     EXPECT_FALSE(checksItself());
     clock_.advance(UpdateSchedule::checkDelay);
-    ASSERT_TRUE(checksItself());
-    EXPECT_THAT(takeCalls(), ElementsAre("begin scheduled", "nothing", "end"));
+    expectCheck();
+    source_->found.fail(UpdateError::Reason::feed, "No network.");
+    EXPECT_THAT(takeCalls(), ElementsAre("begin scheduled", "abort: No network.", "end: No network."));
     EXPECT_THAT(takeShown(), IsEmpty());
     passHours(23);
     EXPECT_FALSE(checksItself());
@@ -101,19 +95,6 @@ TEST_F(Schedule, IsNotHeldUpByASleepingMachineOrAClockThatWasSetBack) {
     takeCalls();
     passHours(23);
     EXPECT_FALSE(checksItself());
-}
-
-TEST_F(Schedule, FailsQuietlyAndTriesAgainTheNextDay) {
-    agree();
-    clock_.advance(UpdateSchedule::checkDelay);
-    expectCheck();
-    source_->found.fail(UpdateError::Reason::feed, "No network.");
-    EXPECT_THAT(takeCalls(), ElementsAre("begin scheduled", "abort: No network.", "end: No network."));
-    passHours(23);
-    EXPECT_THAT(takeCalls(), IsEmpty());
-    passHours(1);
-    EXPECT_TRUE(checksItself());
-    EXPECT_THAT(takeShown(), IsEmpty());
 }
 
 TEST_F(Schedule, OffersGentlyAndShowsTheWindowAtAClick) {

@@ -5,30 +5,6 @@ namespace {
 
 class Cycle : public UpdaterFixture {};
 
-TEST_F(Cycle, TakesAPersonFromTheCheckToTheNewProgram) {
-    EXPECT_TRUE(updater_->canCheckForUpdates.get());
-    find();
-    EXPECT_FALSE(updater_->canCheckForUpdates.get());
-    EXPECT_THAT(takeCalls(), ElementsAre("begin", "found 0.3.0", "show"));
-    EXPECT_THAT(takeShown(), ElementsAre("checking", "found 0.3.0"));
-    EXPECT_EQ(source_->downloads, 0);
-
-    choose(UpdateChoice::install);
-    source_->progress(6'000'000, 12'000'000);
-    EXPECT_THAT(takeShown(), ElementsAre("downloading 0.3.0", "6000000/12000000"));
-    finishDownload();
-    EXPECT_THAT(takeCalls(), ElementsAre("download", "downloaded"));
-    EXPECT_THAT(takeShown(), ElementsAre("ready 0.3.0"));
-    EXPECT_EQ(installer_->installations, 0);
-
-    choose(UpdateChoice::install);
-    EXPECT_THAT(takeCalls(), ElementsAre("install", "end", "quit"));
-    EXPECT_THAT(takeShown(), ElementsAre("installing 0.3.0", "dismiss"));
-    EXPECT_EQ(installer_->relaunches, 1);
-    EXPECT_FALSE(std::filesystem::exists(package()));
-    EXPECT_TRUE(updater_->canCheckForUpdates.get());
-}
-
 TEST_F(Cycle, ShowsHowACheckEndedToThePersonWhoAskedForIt) {
     EXPECT_EQ(source_->removals, 1) << "what an earlier run left behind";
     check();
@@ -58,9 +34,8 @@ TEST_F(Cycle, DownloadsNothingWhereNothingCanBeInstalled) {
 
 TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
     installer_->outcome = UpdateInstaller::Outcome::handedOver;
-    find();
-    choose(UpdateChoice::install);
-    finishDownload();
+    download();
+    EXPECT_EQ(installer_->installations, 0) << "nothing before the person says so";
     takeCalls();
     choose(UpdateChoice::install);
     EXPECT_THAT(takeCalls(), ElementsAre("install", "end"));
@@ -89,9 +64,7 @@ TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
 
 TEST_F(Cycle, KeepsTheOldProgramAndSaysWhyWhenTheInstallationFails) {
     installer_->failure.emplace(UpdateError::Reason::install, "Disk full.");
-    find();
-    choose(UpdateChoice::install);
-    finishDownload();
+    download();
     choose(UpdateChoice::install);
     EXPECT_EQ(delegate_.calls.back(), "end: Disk full.");
     EXPECT_EQ(driver_->shown.back(), "error: Disk full.");
@@ -99,36 +72,17 @@ TEST_F(Cycle, KeepsTheOldProgramAndSaysWhyWhenTheInstallationFails) {
     EXPECT_FALSE(std::filesystem::exists(package()));
 }
 
-TEST_F(Cycle, OffersAKeptDownloadAtOnce) {
-    find();
-    choose(UpdateChoice::install);
-    finishDownload();
+TEST_F(Cycle, OffersAKeptDownloadAtOnceUntilANewerReleaseOrItsLoss) {
+    download();
     choose(UpdateChoice::later);
-    EXPECT_EQ(takeCalls().back(), "end");
-    EXPECT_TRUE(std::filesystem::exists(package()));
-    takeShown();
-
     find();
-    EXPECT_THAT(takeCalls(), ElementsAre("begin", "found 0.3.0", "downloaded"));
-    EXPECT_THAT(takeShown(), ElementsAre("checking", "ready 0.3.0"));
-    choose(UpdateChoice::install);
-    EXPECT_EQ(installer_->installations, 1);
+    EXPECT_EQ(driver_->shown.back(), "ready 0.3.0");
     EXPECT_EQ(source_->downloads, 1);
-}
-
-TEST_F(Cycle, DropsAKeptDownloadForANewerReleaseOrALostFile) {
-    find();
-    choose(UpdateChoice::install);
-    finishDownload();
     choose(UpdateChoice::later);
 
-    find("0.4.0");
-    EXPECT_EQ(driver_->shown.back(), "found 0.4.0");
+    download("0.4.0");
     EXPECT_FALSE(std::filesystem::exists(package()));
-    choose(UpdateChoice::install);
-    finishDownload("0.4.0");
     choose(UpdateChoice::later);
-
     std::filesystem::remove(package("0.4.0"));
     find("0.4.0");
     EXPECT_EQ(driver_->shown.back(), "found 0.4.0");
