@@ -67,33 +67,22 @@ void expectTimesOfTheCLibrary() {
 TEST(AutoupdatingCalendar, ReadsEverySettingOfTzAsTheCLibraryDoes) {
     const TemporaryHome home;
     std::filesystem::copy_file("/usr/share/zoneinfo/Europe/Berlin", home.path() / "copied");
-    for (const std::string& value : std::vector<std::string>{"",
-                                                             ":",
-                                                             "UTC",
-                                                             "Europe/Berlin",
-                                                             ":America/New_York",
-                                                             ":/etc/localtime",
-                                                             "localtime",
-                                                             ":/usr/share/zoneinfo/Europe/Berlin",
-                                                             "/usr/share/zoneinfo/Australia/Lord_Howe",
-                                                             "posix/Africa/Casablanca",
-                                                             ":" + (home.path() / "copied").native(),
-                                                             "EST5EDT",
-                                                             "GMT+3",
-                                                             "UTC-5:45",
-                                                             "<+0330>-3:30",
-                                                             "CET-1CEST,M3.5.0,M10.5.0/3",
-                                                             "EST5EDT4,M3.2.0,M11.1.0",
-                                                             "PST8PDT,J60/0,J300/24:30:10",
-                                                             "NZST-12NZDT,M9.5.0,M4.1.0/3",
-                                                             "IST-1GMT0,M10.5.0,M3.5.0/1",
-                                                             "<-02>2<-01>,M3.5.0/-1,M10.5.0/0",
-                                                             "IST-2IDT,M3.4.4/50,M10.4.4/50",
-                                                             "ABC3DEF,59,304/1",
-                                                             "Nowhere/Land",
-                                                             "PST",
-                                                             "12",
-                                                             "<+05"}) {
+    const std::vector<std::string> values{"",
+                                          ":",
+                                          ":America/New_York",
+                                          "localtime",
+                                          "/usr/share/zoneinfo/Australia/Lord_Howe",
+                                          "posix/Africa/Casablanca",
+                                          ":" + (home.path() / "copied").native(),
+                                          "EST5EDT",
+                                          "UTC-5:45",
+                                          "<+0330>-3:30",
+                                          "PST8PDT,J60/0,J300/24:30:10",
+                                          "IST-1GMT0,M10.5.0,M3.5.0/1",
+                                          "<-02>2<-01>,M3.5.0/-1,M10.5.0/0",
+                                          "ABC3DEF,59,304/1",
+                                          "Nowhere/Land"};
+    for (const std::string& value : values) {
         const EnvironmentGuard zone("TZ", value);
         SCOPED_TRACE(value);
         expectTimesOfTheCLibrary();

@@ -20,27 +20,12 @@ TEST(DayKeyFromInstant, ChangesAtLocalMidnight) {
     EXPECT_EQ(DayKey(midnight, Calendar("Pacific/Kiritimati")).rawValue, "2026-01-06");
 }
 
-TEST(DayKeyFromInstant, IsRightOnDaysWhoseMidnightDoesNotExist) {
-    // Clocks went from 00:00 to 01:00.
-    const Calendar saoPaulo("America/Sao_Paulo");
-    const Instant firstSecond = at("America/Sao_Paulo", {.year = 2018, .month = 11, .day = 4, .hour = 1});
-    EXPECT_EQ(DayKey(firstSecond, saoPaulo).rawValue, "2018-11-04");
-    EXPECT_EQ(DayKey(firstSecond - 1s, saoPaulo).rawValue, "2018-11-03");
-    EXPECT_EQ(saoPaulo.startOfDay(firstSecond + 5h), firstSecond);
-}
-
 TEST(DayKeyToInstant, IsNoonOfTheDayOrNothing) {
     const std::vector<std::pair<const char*, const char*>> days{// empty where the text is not a day
                                                                 {"2026-01-05", "2026-01-05"},
                                                                 {"2026-1-5", "2026-01-05"},
-                                                                {"2026--01-05", "2026-01-05"},
-                                                                {"-2026-01-05-", "2026-01-05"},
-                                                                {"+2026-+1-5", "2026-01-05"},
                                                                 {"2026-13-01", "2027-01-01"},
                                                                 {"2026-01", ""},
-                                                                {"2026-01-05-07", ""},
-                                                                {"abcd-01-05", ""},
-                                                                {"2026-01- 5", ""},
                                                                 {"2026-01-05x", ""},
                                                                 {"2026-01-99999999999", ""},
                                                                 {"", ""}};

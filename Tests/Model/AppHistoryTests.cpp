@@ -87,16 +87,6 @@ TEST_F(AppHistoryTest, IsPublishedOnlyWhenItShowsSomethingElse) {
     EXPECT_THAT(history(), ElementsAre("4 org.a A 2"));
 }
 
-TEST_F(AppHistoryTest, FollowsTypingWithTheRefresh) {
-    openStore();
-    remember("2026-03-04", "org.a", 1);
-    startModel();
-    refresh();
-    press(2);
-    refresh();
-    EXPECT_THAT(history(), UnorderedElementsAre("4 org.a Here org.a 1", "5 org.a Name of org.a 2"));
-}
-
 TEST_F(AppHistoryTest, BeginsAnewWithTheDayTheAccountAndTheZone) {
     openStore();
     remember("2026-03-04", "org.a", 1);

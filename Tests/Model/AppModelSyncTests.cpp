@@ -37,41 +37,6 @@ TEST_F(AppModelSync, ShowsTheAccountsTotalUntilSomethingIsCountedHere) {
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Using remote aggregated: 250 (local was 0)\n"));
 }
 
-TEST_F(AppModelSync, ShowsTheLargerCountOfEachPastDay) {
-    openStore();
-    await(store_->increment(DayKey("2026-03-04"), 40, 1));
-    await(store_->increment(DayKey("2026-03-03"), 40, 1));
-    answers_["get_account_daily_totals"].body =
-        R"([{"day":"2026-03-05","total_count":9},{"day":"2026-03-04","total_count":55},
-            {"day":"2026-03-03","total_count":4},{"day":"2026-03-02","total_count":-3},
-            {"day":"2026-03-01","total_count":12}])";
-    startModel();
-    syncAndRefresh();
-    EXPECT_EQ(shownOn(0), 0) << "today is the sum of today's own";
-    EXPECT_EQ(shownOn(1), 55);
-    EXPECT_EQ(shownOn(2), 40);
-    EXPECT_EQ(shownOn(3), 0);
-    EXPECT_EQ(shownOn(4), 12);
-}
-
-TEST_F(AppModelSync, ForgetsYesterdaysTotalAndSendsYesterdayOnceMore) {
-    answers_["get_account_today_total"].body = "250";
-    startModel();
-    syncAndRefresh();
-    press(7);
-    settle();
-    answers_["get_account_today_total"].status = 500;
-    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
-    refresh();
-    settle();
-    EXPECT_EQ(model_->todayCountAggregated.get(), 0);
-    EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Cloud caches reset after day rollover\n"));
-    pass(1s);
-    const auto last = server_.to("device_day_counts").back();
-    EXPECT_EQ(last.json().at("day"), "2026-03-05");
-    EXPECT_EQ(last.json().at("count"), 7);
-}
-
 TEST_F(AppModelSync, ListsTheDevicesOfTheAccountThatIsSignedIn) {
     const std::string ana =
         R"([{"device_id":"1","device_name":"Ana's","last_seen_at":"2026-03-05T08:00:00Z"}])";

@@ -46,15 +46,6 @@ TEST_F(Counting, IgnoresNoPressesAndPressesWhilePaused) {
     EXPECT_EQ(storedCount(today), 1);
 }
 
-TEST_F(Counting, FlushesEveryFifteenSeconds) {
-    press(5);
-    clock_.advance(14s);
-    refresh();
-    EXPECT_EQ(storedCount(today), 0);
-    clock_.advance(1s);
-    EXPECT_TRUE(waitUntil([&] { return storedCount(today) == 5; }));
-}
-
 TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
     std::optional<OtherConnection> other(std::in_place);
     press(3);
@@ -101,15 +92,6 @@ TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
     press(1);
     EXPECT_TRUE(model_->flushNow(10s)); // the session's end was called off
     EXPECT_EQ(storedCount(tomorrow), 5);
-}
-
-TEST_F(Counting, FormatsItsTitlesInTheUsersLocale) {
-    model_->recordKeypresses(12'345, {"org.a", "A"});
-    EXPECT_EQ(model_->menuBarTitle(), "12,345");
-    EXPECT_EQ(model_->todayCountFormatted(), "12,345");
-    model_->todayCountAggregated.set(0);
-    EXPECT_EQ(model_->menuBarTitle(), "12,345");
-    EXPECT_EQ(model_->todayCountFormatted(), "0");
 }
 
 } // namespace

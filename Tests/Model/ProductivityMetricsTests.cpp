@@ -66,14 +66,6 @@ TEST(Metrics, AddUpWeeksAndMonthWithTodaysOwnTotal) {
     EXPECT_EQ(calculate(50, {}, month(9)).lastWeekTotal, 2);
 }
 
-TEST(Metrics, AddUpDaysWhoseTextIsNoneAndShowNothingOfThem) {
-    const auto metrics = calculate(50, {}, {{DayKey("someday"), 7}, {today, 1}});
-    EXPECT_EQ(metrics.weekTotal, 57);
-    EXPECT_EQ(metrics.monthTotal, 57);
-    ASSERT_THAT(metrics.monthDaily, SizeIs(1));
-    EXPECT_EQ(metrics.monthDaily[0].day, at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12}));
-}
-
 /// The 30 days up to `now` with one press each.
 std::vector<DailyCountRow> recentDays(const char* zone, Calendar::Components now) {
     const Calendar calendar(zone);

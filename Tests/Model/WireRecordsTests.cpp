@@ -1,4 +1,3 @@
-#include "Model/Sync/LoggedText.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/WireRecords.h"
 #include "Support/Testing.h"
@@ -14,19 +13,11 @@ struct TotalCount {
 };
 
 TEST(WireRecords, ReadTotalsFromNumbersAndTexts) {
-    constexpr TotalCount cases[] = {{R"(, "total_count": 123)", 123},
-                                    {R"(, "total_count": "123")", 123},
-                                    {R"(, "total_count": "-5")", -5},
-                                    {R"(, "total_count": "+5")", 5},
-                                    {R"(, "total_count": "9223372036854775807")", 9223372036854775807},
-                                    {R"(, "total_count": "9223372036854775808")", 0},
-                                    {R"(, "total_count": null)", 0},
-                                    {R"(, "total_count": "")", 0},
-                                    {R"(, "total_count": " 1")", 0},
-                                    {R"(, "total_count": "abc")", 0},
-                                    {R"(, "total_count": 1.5)", 0},
-                                    {R"(, "total_count": {})", 0},
-                                    {"", 0}};
+    constexpr TotalCount cases[] = {
+        {R"(, "total_count": 123)", 123}, {R"(, "total_count": "123")", 123},
+        {R"(, "total_count": "-5")", -5}, {R"(, "total_count": "9223372036854775808")", 0},
+        {R"(, "total_count": null)", 0},  {R"(, "total_count": " 1")", 0},
+        {R"(, "total_count": 1.5)", 0},   {"", 0}};
     for (const auto& [written, read] : cases) {
         const auto rows = wire::decodeHours(R"([{"hour": 7)" + std::string(written) + "}]");
         ASSERT_TRUE(rows) << written;
@@ -63,13 +54,6 @@ TEST(WireRecords, RefusesDepth) {
     EXPECT_EQ(rows->at(0).total_count, 1);
 }
 
-TEST(RemoteCaches, HoldNoCountThatNobodyCanHave) {
-    constexpr std::int64_t tooMany = 1'000'000'000'000'001;
-    EXPECT_EQ(historyCache({{"2026-03-04", tooMany}, {"2026-03-05", -tooMany}, {"2026-03-06", -3}}),
-              (HistoryCache{{"2026-03-04", 0}, {"2026-03-05", 0}, {"2026-03-06", -3}}));
-    EXPECT_EQ(hourlyCache({{9, tooMany}, {10, 5}}), (HourlyCache{{9, 0}, {10, 5}}));
-}
-
 TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
     EXPECT_EQ(
         historyCache({{"2026-03-04", 1}, {"2026-03-04T00:00:00", 2}, {"short", 3}, {"2026-03-0\xC3\xA9", 4}}),
@@ -77,13 +61,6 @@ TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
         << "in whole characters";
     const auto apps = appDailyCache({{"2026-03-04", "a", "A", 1}, {"2026-03-04T00:00:00", "a", "B", 2}});
     EXPECT_EQ(apps.at("2026-03-04").at("a"), (RemoteAppCount{"B", 2}));
-}
-
-TEST(LoggedText, TakesWholeCharactersOfUtf8Only) {
-    EXPECT_EQ(loggedText("h\xC3\xA9\xE2\x82\xAC!", 3), "h\xC3\xA9\xE2\x82\xAC");
-    EXPECT_EQ(loggedText("abc", 3), "abc");
-    EXPECT_EQ(loggedText("", 3), "");
-    EXPECT_EQ(loggedText("ok\xFF", 2), std::nullopt);
 }
 
 } // namespace

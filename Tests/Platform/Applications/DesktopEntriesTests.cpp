@@ -1,7 +1,5 @@
 #include "Platform/Applications/ApplicationFolders.h"
-#include "Platform/Applications/CommandLine.h"
 #include "Platform/Applications/DesktopEntries.h"
-#include "Platform/Applications/Identifier.h"
 #include "Platform/Applications/MessageLocale.h"
 #include "Platform/Surroundings.h"
 
@@ -78,37 +76,6 @@ TEST_F(Entries, AreReadAgainWhenSomethingIsInstalledOrRemoved) {
     becomes("kde-third", "kde-third");
     std::filesystem::remove(surroundings.path() / "user/second.desktop");
     becomes("second", "none");
-}
-
-TEST(ExecValues, SplitIntoTheirProgramAndItsArguments) {
-    const std::vector<std::pair<std::string, CommandProgram>> values{
-        {"mousepad %U", {"mousepad", false}},
-        {"libreoffice --writer %U", {"libreoffice", true}},
-        {"app --file=%f", {"app", true}},
-        {R"("/opt/a \"b\" \$c/run" %F)", {R"(/opt/a "b" $c/run)", false}},
-        {"env GDK_BACKEND=x11 /snap/bin/notes %u", {"/snap/bin/notes", false}},
-        {"/usr/bin/python3 -m thonny %F", {"thonny", false}},
-        {"sh -c \"exec foo\"", {"", false}},
-        {"\"unclosed", {"", false}},
-        {"", {"", false}},
-    };
-    for (const auto& [exec, expected] : values) {
-        EXPECT_EQ(programOf(splitExec(exec)), expected) << exec;
-    }
-}
-
-TEST(Identifiers, ArePlainTextOfABoundedLength) {
-    const QString accents(300, u'é');
-    const Texts texts{{"  two words ", "two words"},
-                      {"caf\xc3\xa9", "café"},
-                      {"caf\xe9", "café"},
-                      {"line\nbreak\x01\x7f", "linebreak"},
-                      {"before\0after"s, "before"},
-                      {"x" + accents.toStdString(), "x" + accents.left(127).toStdString()},
-                      {accents.toLatin1().toStdString(), accents.left(127).toStdString()}};
-    for (const auto& [bytes, expected] : texts) {
-        EXPECT_EQ(plainIdentifier(bytes), expected);
-    }
 }
 
 TEST(Folders, AreThoseOfTheSpecificationAndOfFlatpakAndSnap) {
