@@ -8,8 +8,7 @@ import sys
 import time
 import unittest
 
-from harness.case import DesktopTest
-from harness.terminal import Terminal
+from harness.case import TerminalTest
 from harness.waiting import wait_for_value
 
 ADDRESS = "kathleen@example.org"
@@ -22,12 +21,7 @@ LIVES_PER_FLUSH = 12
 LIVES_PER_DEATH_AT_THE_START = 4
 
 
-class Kills(DesktopTest):
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        cls.terminal = Terminal(cls.desktop)
-
+class Kills(TerminalTest):
     def setUp(self):
         super().setUp()
         self.program.prepare(ADDRESS)

@@ -89,9 +89,7 @@ class Lifecycle(TerminalTest):
                 self.assertIn("display", without_display.stderr)
 
     def test_losing_the_session_bus_stops_no_counting(self):
-        desktop = Desktop()
-        self.addCleanup(desktop.end)
-        self.use(desktop)
+        desktop = self.use_a_desktop_of_its_own()
         self.sign_in()
         self.type(20)
         desktop.lose_bus()
@@ -103,9 +101,7 @@ class Lifecycle(TerminalTest):
         self.assertEqual(self.stored_today(), self.began_with + 50)
 
     def test_losing_the_display_loses_no_press(self):
-        desktop = Desktop()
-        self.addCleanup(desktop.end)
-        self.use(desktop)
+        desktop = self.use_a_desktop_of_its_own()
         self.sign_in()
         self.type(70)
         desktop.lose_display()
@@ -115,9 +111,7 @@ class Lifecycle(TerminalTest):
     def test_a_frozen_display_keeps_no_signal_from_writing_the_last_presses(self):
         for window in (False, True):
             with self.subTest(window=window):
-                desktop = Desktop()
-                self.addCleanup(desktop.end)
-                self.use(desktop, f"window-{window}")
+                desktop = self.use_a_desktop_of_its_own()
                 self.sign_in()
                 if not window:
                     self.program.command("--toggle")
@@ -129,18 +123,14 @@ class Lifecycle(TerminalTest):
                 self.assertEqual(self.stored_today(), self.began_with + 60)
 
     def test_a_frozen_display_at_the_start_leaves_the_program_to_signals(self):
-        desktop = Desktop()
-        self.addCleanup(desktop.end)
-        self.use(desktop)
+        desktop = self.use_a_desktop_of_its_own()
         desktop.freeze_display()
         self.program.launch()
         time.sleep(0.5)
         self.assertNotEqual(self.program.signal(signal.SIGTERM), -signal.SIGKILL)
 
     def test_a_silent_session_bus_stops_no_counting(self):
-        desktop = Desktop()
-        self.addCleanup(desktop.end)
-        self.use(desktop)
+        desktop = self.use_a_desktop_of_its_own()
         self.sign_in()
         self.program.quit()
         desktop.silence_bus()
@@ -151,12 +141,14 @@ class Lifecycle(TerminalTest):
         self.assertEqual(self.program.signal(signal.SIGTERM), 0)
         self.assertEqual(self.stored_today(), self.began_with + 25)
 
-    def use(self, desktop, name=None):
-        """Continues the test on another desktop, which it may break."""
-        self.desktop = desktop
-        self.terminal = Terminal(desktop)
-        self.program = Program(desktop, name or "home-of-" + self._testMethodName, self.clock)
+    def use_a_desktop_of_its_own(self):
+        """Continues on a desktop that the test may break."""
+        self.desktop = Desktop()
+        self.addCleanup(self.desktop.end)
+        self.terminal = Terminal(self.desktop)
+        self.program = Program(self.desktop, "home-of-" + self._testMethodName, self.clock)
         self.addCleanup(self.program.end)
+        return self.desktop
 
 
 if __name__ == "__main__":

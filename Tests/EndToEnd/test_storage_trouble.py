@@ -9,8 +9,7 @@ import time
 import unittest
 
 from harness import processes
-from harness.terminal import Terminal
-from harness.case import DesktopTest, letters
+from harness.case import TerminalTest
 from harness.waiting import wait_until
 
 ADDRESS = "hedy@example.org"
@@ -20,12 +19,7 @@ DAY = "2026-03-10"
 FLUSH = 16
 
 
-class StorageTrouble(DesktopTest):
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        cls.terminal = Terminal(cls.desktop)
-
+class StorageTrouble(TerminalTest):
     def setUp(self):
         """A person who signed in earlier and has counts."""
         super().setUp()
@@ -38,22 +32,6 @@ class StorageTrouble(DesktopTest):
         # No count may be in the write-ahead log: the file alone has to contain them.
         with contextlib.closing(sqlite3.connect(self.database)) as database:
             self.assertEqual(database.execute("PRAGMA wal_checkpoint(TRUNCATE)").fetchone(), (0, 0, 0))
-
-    def type(self, count):
-        before = self.program.counted()
-        self.terminal.focus()
-        self.desktop.type(letters(count))
-        self.program.expect_count(before + count)
-
-    def expect_counting_on_screen_only(self):
-        """Starts on the broken storage: counts, names the file in the log, and changes nothing."""
-        contents = self.database.read_bytes()
-        logged = len(self.program.log())
-        self.program.start()
-        self.type(30)
-        self.assertIn(self.database.name, self.program.log()[logged:])
-        self.assertEqual(self.program.quit(), 0)
-        self.assertEqual(self.database.read_bytes(), contents)
 
     def test_a_file_that_is_no_database_is_set_aside(self):
         text = b"these are not the tables you are looking for\n" * 200
@@ -78,7 +56,12 @@ class StorageTrouble(DesktopTest):
         self.database.chmod(0o400)
         folder.chmod(0o500)
         self.addCleanup(folder.chmod, 0o700)
-        self.expect_counting_on_screen_only()
+        contents, logged = self.database.read_bytes(), len(self.program.log())
+        self.program.start()
+        self.type(30)
+        self.assertIn(self.database.name, self.program.log()[logged:])
+        self.assertEqual(self.program.quit(), 0)
+        self.assertEqual(self.database.read_bytes(), contents)
 
     def lock(self, *statements):
         """Another process that holds a lock on the database until it is ended. It has to be another
@@ -94,17 +77,6 @@ class StorageTrouble(DesktopTest):
         holder = self.desktop.spawn(command, stdout=subprocess.PIPE, text=True)
         self.assertEqual(holder.stdout.readline(), "locked\n")
         return holder
-
-    def test_a_database_that_another_process_keeps_to_itself(self):
-        holder = self.lock("PRAGMA locking_mode=EXCLUSIVE", "BEGIN EXCLUSIVE")
-        self.expect_counting_on_screen_only()
-        processes.end(holder)
-
-        self.program.start()
-        self.program.expect_count(self.began_with + 10)
-        self.type(5)
-        self.program.quit()
-        self.assertEqual(self.program.tables(ADDRESS)["daily"], {DAY: self.began_with + 15})
 
     def test_a_lock_at_the_start_or_while_it_runs_loses_nothing(self):
         exclusively = ("PRAGMA locking_mode=EXCLUSIVE", "BEGIN EXCLUSIVE")

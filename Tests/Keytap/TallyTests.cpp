@@ -20,13 +20,9 @@ TEST(Repeats, FollowTheSession) {
         {600ms, {600, 25}, 1},
         {639ms, {600, 25}, 1},
         {640ms, {600, 25}, 2},
-        {1600ms, {600, 25}, 26},
         {10s, {600, 0}, 0},
-        {1s, {1000, 1}, 1},
         {0ms, {0, 25}, 1},
         {240h, {0, 1000}, 864'000'001},
-        {500ms + 999us, {500, 1000}, 1},
-        {500ms + 1ms, {500, 1000}, 2},
     };
     for (const auto& [held, settings, expected] : cases) {
         EXPECT_EQ(repeats(held, settings), expected) << held.count() << " us, rate " << settings.rate;

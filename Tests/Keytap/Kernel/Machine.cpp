@@ -10,7 +10,6 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/sysmacros.h>
-#include <thread>
 #include <unistd.h>
 
 namespace fernhollow::keytap {
@@ -80,18 +79,19 @@ void announce(const std::string& node, const std::string& seat) {
 }
 
 std::string nodeNamed(const std::string& name) {
-    for (int attempt = 0; attempt < 500; ++attempt) {
+    std::string found;
+    waitFor([&] {
         for (const auto& node : fs::directory_iterator("/sys/class/input")) {
-            std::string found;
+            std::string nodesName;
             std::ifstream file(node.path() / "device/name");
-            if (node.path().filename().string().starts_with("event") && std::getline(file, found) &&
-                found == name) {
-                return node.path().filename();
+            if (node.path().filename().string().starts_with("event") && std::getline(file, nodesName) &&
+                nodesName == name) {
+                found = node.path().filename();
             }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return {};
+        return !found.empty();
+    });
+    return found;
 }
 
 Keyboard::Keyboard(const std::string& name, Repeat repeat)

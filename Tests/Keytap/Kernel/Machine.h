@@ -2,9 +2,11 @@
 
 #include "Keytap/Poller.h"
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
+#include <thread>
 #include <vector>
 
 /// The parts of a machine around the service, made by hand: kernel modules, udev's and logind's records,
@@ -29,6 +31,14 @@ std::vector<std::string> openNodes(pid_t process);
 
 /// Udev's part: the group may read the node, and it has a seat.
 void announce(const std::string& node, const std::string& seat);
+
+/// Whether the condition comes to hold within five seconds. Neither /proc nor /sys announces a change.
+bool waitFor(auto condition) {
+    for (int attempt = 0; attempt < 500 && !condition(); ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return condition();
+}
 
 /// The node of the input device with this name; waits for it.
 std::string nodeNamed(const std::string& name);
