@@ -11,16 +11,19 @@ import re
 import shutil
 import socket
 import subprocess
+import sys
 import tempfile
 import threading
 import time
 import unittest
 from urllib.parse import quote
 
-import psycopg
-
 TOP = pathlib.Path(__file__).resolve().parents[2]
-LOCAL, GATEWAY = TOP / "Backend/local", TOP / "Backend/gateway"
+GATEWAY = TOP / "Backend/gateway"
+sys.path.insert(0, str(TOP / "Tests/EndToEnd"))
+
+from harness.backend import Backend  # noqa: E402
+
 DAY, TIME = "2026-03-05", "2026-03-05T14:07:09Z"
 ROW = "on_conflict=customer_email,device_id,day"
 # Signed with the stand-in's own secret; its payload is {"role":"anon"}.
@@ -36,35 +39,16 @@ def free_port():
         return server.getsockname()[1]
 
 
-class Shard:
+class Shard(Backend):
     """A database of its own, and its interface on a port that it keeps."""
 
-    def __init__(self, folder, name):
-        self.name, self.folder, self.port, self.process = name, folder / name, free_port(), None
-        self.start_database()
-        self.start()
-
-    def postgres(self, command):
-        line = [LOCAL / "postgres", command, self.folder]
-        return subprocess.run(line, capture_output=True, text=True, check=True).stdout.splitlines()
-
-    def start_database(self):
-        owner, self.authenticator = self.postgres("start")
-        self.admin = owner.replace("user=fernhollow", "user=postgres")
-
-    def start(self):
-        line = [LOCAL / "fernhollow-backend", "--database", self.authenticator, "--port", str(self.port)]
-        self.process = subprocess.Popen(line, stdout=subprocess.PIPE, text=True)
-        self.process.stdout.readline()
-
-    def kill(self):
-        self.process.kill()
-        self.process.communicate()
+    @property
+    def admin(self):
+        return self.owner.replace("user=fernhollow", "user=postgres")
 
     def days(self):
-        with psycopg.connect(self.admin) as connection:
-            query = "SELECT customer_email, count, left(md5(customer_email), 3) FROM device_day_counts"
-            return {email: (count, slot) for email, count, slot in connection.execute(query)}
+        query = "SELECT customer_email, count, left(md5(customer_email), 3) FROM device_day_counts"
+        return {email: (count, slot) for email, count, slot in self.rows(query)}
 
 
 class Gateway(unittest.TestCase):
@@ -75,10 +59,10 @@ class Gateway(unittest.TestCase):
         cls.map, cls.admin, cls.port = cls.folder / "slots.map", cls.folder / "admin", free_port()
         names = [f"shard{number}" for number in range(1, 6)]
         with concurrent.futures.ThreadPoolExecutor() as pool:
-            cls.shards = dict(zip(names, pool.map(lambda name: Shard(cls.folder, name), names)))
+            cls.shards = dict(zip(names, pool.map(lambda name: Shard(), names)))
         for shard in cls.shards.values():
-            cls.addClassCleanup(shard.postgres, "remove")
-            cls.addClassCleanup(shard.kill)
+            cls.addClassCleanup(shard.close)
+            shard.start()
         cls.run_shards("spread", cls.map, *names[:4])
         cls.start_gateway()
 
@@ -171,7 +155,7 @@ class Gateway(unittest.TestCase):
     def test_3_lets_a_dead_shard_hit_its_accounts_only(self):
         addresses = [f"person{number}@example.org" for number in range(40)]
         first, owners = self.shards["shard1"], self.owners()
-        first.kill()
+        first.stop()
         answers = {owners[slot(address)]: [] for address in addresses}
         for address in addresses:
             answers[owners[slot(address)]].append(self.select(address)[0])

@@ -33,22 +33,6 @@ TEST(CalendarDate, TakesTheNextExistingAndTheFirstOfRepeatedTimes) {
     EXPECT_EQ(berlin.components(repeated + 1h).hour, 2);
 }
 
-TEST(AutoupdatingCalendar, FollowsTheZoneOfTheSystem) {
-    const Instant instant = at("UTC", {.year = 2026, .month = 2, .day = 1, .hour = 23});
-    const EnvironmentGuard utc("TZ", "UTC");
-    const Calendar calendar = Calendar::autoupdatingCurrent();
-    Calendar copy("UTC");
-    copy = calendar;
-    EXPECT_EQ(calendar.hour(instant), 23);
-
-    const EnvironmentGuard kolkata("TZ", "Asia/Kolkata");
-    EXPECT_EQ(calendar.hour(instant), 4);
-    EXPECT_EQ(calendar.components(instant).day, 2);
-    EXPECT_EQ(copy.hour(instant), 4);
-    EXPECT_EQ(Calendar("UTC").hour(instant), 23);
-    EXPECT_EQ(Calendar("Nowhere/Land").hour(instant), 23) << "an unknown zone is UTC";
-}
-
 /// Compares the calendar with the C library in each half hour of two years, at it and just before it.
 void expectTimesOfTheCLibrary() {
     ::tzset();

@@ -103,22 +103,6 @@ TEST_F(PeersTest, OneQuestionInASlotIsAnsweredAtOnce) {
     EXPECT_EQ(ask(client, deliverNow).packets, 1); // a zero, so that the client knows there was nothing
 }
 
-TEST_F(PeersTest, AHeldKeyRepeatsInEachSlotAsTheSessionSays) {
-    auto client = connected();
-    ask(client, RepeatSettings{200, 20});
-    peers.pressed("seat0", now);
-    std::vector<std::uint64_t> sums;
-    for (const auto at : {10'100ms, 10'200ms, 10'300ms, 10'400ms}) {
-        now = at;
-        sums.push_back(sumAfterSlot(client));
-        EXPECT_TRUE(peers.slotEnd());
-    }
-    peers.released("seat0", now);
-    sums.push_back(sumAfterSlot(client));
-    EXPECT_EQ(sums, (std::vector<std::uint64_t>{1, 1, 2, 2, 0}));
-    EXPECT_FALSE(peers.slotEnd());
-}
-
 TEST_F(PeersTest, NothingIsDeliveredBehindAnotherSessionOrALock) {
     auto client = connected();
     for (const auto away : {My::behind, My::locked}) {

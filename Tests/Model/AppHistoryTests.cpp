@@ -62,29 +62,6 @@ TEST_F(AppHistoryTest, TakesTheLargerCountOfEachPastDayAndTodayFromHere) {
     EXPECT_THAT(history(), UnorderedElementsAre("4 org.more Here org.more 120", "4 org.less There 120",
                                                 "4 org.same There 7", "3 org.only Here org.only 5",
                                                 "5 org.more Here org.more 3"));
-    EXPECT_THAT(home_.log(), AllOf(HasSubstr("received: 6 days, 18 app entries, 3 unique apps\n"),
-                                   HasSubstr("Remote data date range: 2026-01-13 to yesterday\n"),
-                                   HasSubstr("todayKey=2026-03-05, todayAppTotals count=1\n"),
-                                   HasSubstr("Skipping invalid dayString: yesterday\n"),
-                                   HasSubstr("Adding today's data: 1 apps, total: 3\n"),
-                                   HasSubstr("Updating last30DaysAppDaily: 5 entries\n")));
-}
-
-TEST_F(AppHistoryTest, IsPublishedOnlyWhenItShowsSomethingElse) {
-    openStore();
-    remember("2026-03-04", "org.a", 1);
-    startModel();
-    refresh();
-    update({});
-    int changes = 0;
-    const auto observation = model_->appTracker().last30DaysAppDaily.observe([&] { ++changes; });
-    update({});
-    EXPECT_EQ(changes, 0);
-    update({{"2026-03-04", {{"org.a", {"Another name", 1}}}}});
-    EXPECT_EQ(changes, 0);
-    update({{"2026-03-04", {{"org.a", {"A", 2}}}}});
-    EXPECT_EQ(changes, 1);
-    EXPECT_THAT(history(), ElementsAre("4 org.a A 2"));
 }
 
 TEST_F(AppHistoryTest, BeginsAnewWithTheDayTheAccountAndTheZone) {

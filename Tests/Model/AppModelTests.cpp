@@ -1,6 +1,7 @@
 #include "ModelFixture.h"
 
 #include <cstdint>
+#include <filesystem>
 
 namespace fernhollow::tests {
 namespace {
@@ -12,26 +13,6 @@ protected:
         start();
     }
 };
-
-TEST_F(Counting, ShowsPressesAtOnceAndWritesThemWithTheFlush) {
-    model_->recordKeypresses(3, {"org.a", "A"});
-    EXPECT_EQ(model_->todayCount.get(), 3);
-    EXPECT_EQ(model_->todayCountAggregated.get(), 3);
-    EXPECT_EQ(model_->appTracker().todayAppTotals.get().front().count, 3);
-
-    tasks_.beginWaiting();
-    refresh();
-    EXPECT_THAT(storedHours(today), ElementsAre(HourlyCountRow{today, 9, 3})); // at once
-    EXPECT_EQ(storedCount(today), 0);                                          // with the flush
-
-    flush();
-    flush();
-    EXPECT_EQ(storedCount(today), 3);
-    EXPECT_EQ(model_->todayCount.get(), 3);
-    press(2);
-    flush();
-    EXPECT_EQ(storedCount(today), 5);
-}
 
 TEST_F(Counting, IgnoresNoPressesAndPressesWhilePaused) {
     for (const std::int64_t none : {0, -3}) {
@@ -92,6 +73,145 @@ TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
     press(1);
     EXPECT_TRUE(model_->flushNow(10s)); // the session's end was called off
     EXPECT_EQ(storedCount(tomorrow), 5);
+}
+
+class Refresh : public ModelFixture {
+protected:
+    Refresh() { signIn("ana@example.com"); }
+
+    void store(const DayKey& day, std::int64_t count) {
+        DailyCountsStore store(DailyCountsStore::urlForAccount("ana@example.com"));
+        await(store.increment(day, count, 1));
+    }
+
+    std::vector<std::int64_t> shownCounts() {
+        std::vector<std::int64_t> counts;
+        for (const auto& point : model_->last30Days.get()) {
+            counts.push_back(point.count);
+        }
+        return counts;
+    }
+};
+
+TEST_F(Refresh, AddsWhatIsNotWrittenToWhatIsStoredAndKeepsItWhenTheStoreCannotBeRead) {
+    store(today, 100);
+    start();
+    press(5);
+    refresh();
+    EXPECT_EQ(model_->todayCount.get(), 105);
+    std::filesystem::resize_file(DailyCountsStore::urlForAccount("ana@example.com"), 0);
+    std::filesystem::remove(DailyCountsStore::urlForAccount("ana@example.com").native() + "-wal");
+    press(1);
+    refresh();
+    EXPECT_EQ(model_->todayCountAggregated.get(), 106);
+}
+
+TEST_F(Refresh, ShowsThirtyDaysEndingToday) {
+    store(DayKey("2026-02-04"), 4);
+    store(DayKey("2026-02-03"), 99); // the thirty-first day
+    store(DayKey("2026-02-05"), -3);
+    start();
+    press(2);
+    refresh();
+    const auto points = model_->last30Days.get();
+    ASSERT_EQ(points.size(), 30u);
+    EXPECT_EQ(points.front(),
+              (DailyCountPoint{at("UTC", {.year = 2026, .month = 2, .day = 4, .hour = 12}), 4}));
+    EXPECT_EQ(points[1].count, 0);
+    EXPECT_EQ(points.back(),
+              (DailyCountPoint{at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12}), 2}));
+}
+
+TEST_F(Refresh, ShowsNothingBeforeTheFirstDayOfAnyHistory) {
+    clock_.set(at("UTC", {.year = 2026, .month = 1, .day = 20, .hour = 9}));
+    store(DayKey("2026-01-13"), 99);
+    store(DayKey("2026-01-14"), 4);
+    start();
+    refresh();
+    EXPECT_THAT(shownCounts(), ElementsAre(4, 0, 0, 0, 0, 0, 0));
+
+    clock_.set(at("UTC", {.year = 2026, .month = 1, .day = 13, .hour = 23}));
+    refresh();
+    EXPECT_THAT(shownCounts(), IsEmpty());
+}
+
+TEST_F(Refresh, StartsTheMonitorAgainEachSecondUntilItRuns) {
+    isMonitorAllowed_ = false;
+    start();
+    EXPECT_EQ(monitor_->starts, 1);
+    clock_.advance(1s);
+    EXPECT_TRUE(waitUntil([&] { return clock_.sleepers() == 2; }));
+    EXPECT_EQ(monitor_->starts, 2);
+    EXPECT_THAT(home_.log(),
+                HasSubstr("[AppModel] Keyboard monitor failed to start - will retry on next refresh\n"));
+
+    monitor_->isAllowed = true;
+    clock_.advance(1s);
+    EXPECT_TRUE(monitor_->isRunning);
+
+    monitor_->handlers.onStopped(); // the desktop took it away
+    EXPECT_TRUE(waitUntil([&] { return clock_.sleepers() == 2; }));
+    clock_.advance(1s);
+    EXPECT_EQ(monitor_->starts, 4);
+
+    model_->isPaused.set(true);
+    EXPECT_TRUE(waitUntil([&] { return clock_.sleepers() == 2; }));
+    clock_.advance(1s);
+    EXPECT_FALSE(monitor_->isRunning);
+}
+
+class ChangingAccounts : public ModelFixture {
+protected:
+    void signInAndSettle(const std::string& email) {
+        signIn(email);
+        refresh();
+    }
+};
+
+TEST_F(ChangingAccounts, KeepsEachAccountsCountsApart) {
+    start();
+    press(9); // nobody's
+    flush();
+    EXPECT_EQ(model_->menuBarTitle(), "9");
+    EXPECT_FALSE(std::filesystem::exists(home_.dataFolder())) << "nothing is stored without an account";
+    signInAndSettle("ana@example.com");
+    EXPECT_EQ(model_->todayCount.get(), 0);
+    press(3);
+    flush();
+    press(50); // discarded by the change
+    signInAndSettle("ben@example.com");
+    press(2, "org.b");
+    flush();
+    EXPECT_EQ(storedCount(today, "ana@example.com"), 3);
+    EXPECT_EQ(storedCount(today, "ben@example.com"), 2);
+    EXPECT_EQ(model_->appTracker().todayAppTotals.get().size(), 1u);
+
+    signInAndSettle("ana@example.com");
+    EXPECT_EQ(model_->todayCount.get(), 3);
+    account_->signOut();
+    refresh();
+    EXPECT_EQ(model_->todayCount.get(), 0);
+    EXPECT_THAT(model_->appTracker().todayAppTotals.get(), IsEmpty());
+}
+
+TEST_F(ChangingAccounts, IgnoresASecondSignInWithTheSameAddress) {
+    signIn("ana@example.com");
+    start();
+    press(3);
+    signInAndSettle("ANA@example.com ");
+    EXPECT_EQ(model_->todayCount.get(), 3);
+}
+
+TEST_F(ChangingAccounts, TakesTheDatabaseOfTheTimeBeforeAccountsOver) {
+    {
+        DailyCountsStore old(DailyCountsStore::defaultURL());
+        await(old.increment(today, 40, 1));
+    }
+    signIn("ana@example.com");
+    start();
+    refresh();
+    EXPECT_EQ(model_->todayCount.get(), 40);
+    EXPECT_FALSE(std::filesystem::exists(home_.dataFolder() / "keypress.sqlite"));
 }
 
 } // namespace

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "KeypressCore/DailyCountsStore.h"
+#include "KeypressCore/SQLiteConnection.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
 #include "Support/FakeUpdaterController.h"
 #include "Support/TaskScope.h"
 #include "Support/Testing.h"
-
-#include <sqlite3.h>
 
 #include <cstdint>
 #include <memory>
@@ -30,19 +29,11 @@ struct FakeMonitor final : KeyPressMonitor {
 };
 
 /// Another program's connection to the database of ana@example.com. Its transaction ends with it.
-class OtherConnection {
-public:
-    explicit OtherConnection(const char* sql = "BEGIN IMMEDIATE") {
-        EXPECT_EQ(sqlite3_open(DailyCountsStore::urlForAccount("ana@example.com").c_str(), &database_),
-                  SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+struct OtherConnection : SQLiteConnection {
+    explicit OtherConnection(const char* sql = "BEGIN IMMEDIATE")
+        : SQLiteConnection(DailyCountsStore::urlForAccount("ana@example.com")) {
+        exec(sql);
     }
-    ~OtherConnection() { sqlite3_close(database_); }
-    OtherConnection(const OtherConnection&) = delete;
-    OtherConnection& operator=(const OtherConnection&) = delete;
-
-private:
-    sqlite3* database_ = nullptr;
 };
 
 /// A model with real stores in a temporary home, a clock that a test moves and a keyboard that it presses.

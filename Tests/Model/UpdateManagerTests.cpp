@@ -64,12 +64,6 @@ TEST_F(UpdateManagerTest, ShowsHowFarTheCycleCameAndHowItEnded) {
                 HasSubstr("[Sparkle] Abort error ignored (state: downloading(progress: 0.0)): It broke.\n"));
 }
 
-TEST_F(UpdateManagerTest, ShowsAClickAtOnceAndHandsItOn) {
-    fakes_.manager->checkForUpdates();
-    EXPECT_EQ(fakes_.manager->state.get(), UpdateState(UpdateChecking{}));
-    EXPECT_EQ(fakes_.updater->checks, 1);
-}
-
 TEST_F(UpdateManagerTest, MirrorsWhetherACheckCanBegin) {
     EXPECT_FALSE(fakes_.manager->canCheckForUpdates.get());
     for (const bool canCheck : {true, false}) {

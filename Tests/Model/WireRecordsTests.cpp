@@ -1,8 +1,11 @@
+#include "Model/DeviceInfo.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/WireRecords.h"
 #include "Support/Testing.h"
 
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 namespace fernhollow::tests {
 namespace {
@@ -61,6 +64,25 @@ TEST(RemoteCaches, KeepTheLastOfTheRowsOfADay) {
         << "in whole characters";
     const auto apps = appDailyCache({{"2026-03-04", "a", "A", 1}, {"2026-03-04T00:00:00", "a", "B", 2}});
     EXPECT_EQ(apps.at("2026-03-04").at("a"), (RemoteAppCount{"B", 2}));
+}
+
+TEST(LastSeen, IsReadStrictlyOrIsNow) {
+    const std::vector<std::pair<const char*, const char*>> readable{
+        {"2026-03-05T14:07:09Z", "2026-03-05T14:07:09Z"},
+        {"2026-03-05T14:07:09+00:00", "2026-03-05T14:07:09Z"},
+        {"2026-03-05T14:07:09-03:30", "2026-03-05T17:37:09Z"},
+        {"2024-02-29T23:59:59Z", "2024-02-29T23:59:59Z"},
+        {"1969-12-31T23:59:58Z", "1969-12-31T23:59:58Z"}};
+    FakeClock clock(at("UTC", {.year = 2030, .month = 1, .day = 1}));
+    for (const auto& [text, seen] : readable) {
+        EXPECT_EQ(internetTime(DeviceInfo{"id", "name", text}.lastSeenDate(clock)), seen) << text;
+    }
+    for (const char* text : {"2026-03-05T14:07:09.123Z", "2026-03-05T14:07:09", "2026-03-05T14:07:09+24:00",
+                             "2026-03-05T14:07:09Z ", "2026-02-29T00:00:00Z", "2026-03-05T24:00:00Z",
+                             "2026-+3-05T14:07:09Z", "9999-12-31T23:59:59Z", ""}) {
+        clock.advance(std::chrono::hours(1));
+        EXPECT_EQ((DeviceInfo{"id", "name", text}.lastSeenDate(clock)), clock.now()) << text;
+    }
 }
 
 } // namespace

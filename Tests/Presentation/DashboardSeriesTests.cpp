@@ -82,18 +82,6 @@ TEST_F(Days, AddUpToTwoWeeks) {
     EXPECT_EQ((DashboardSeries::WeekTotals{50, 100}.change()), -50);
 }
 
-TEST_F(Days, AreTheNearestToAReadingOfTheScale) {
-    const std::vector<Instant> days{day(4), day(0), day(2)};
-    const auto read = [&](int age) { return dateAtLocation(day(age) + readingAhead, days, calendar_); };
-    EXPECT_EQ(read(2), day(2));
-    EXPECT_EQ(read(0), day(0));
-    EXPECT_EQ(read(1), day(2)) << "the earlier one of two";
-    EXPECT_EQ(read(9), day(4));
-    EXPECT_EQ(read(-9), day(0));
-    EXPECT_EQ(dateAtLocation(std::nullopt, days, calendar_), std::nullopt);
-    EXPECT_EQ(dateAtLocation(now_, {}, calendar_), std::nullopt);
-}
-
 TEST(DaysOfEachZone, AreFilledOnceAndReadAsTheirOwn) {
     struct Fortnight {
         const char* zone;

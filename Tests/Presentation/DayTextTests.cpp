@@ -38,8 +38,8 @@ TEST(DaysOfTheSystem, FollowItsTimeZone) {
               "2 days ago");
 }
 
-constexpr Calendar::Components noon(int month, int day, int year = 2026) {
-    return {.year = year, .month = month, .day = day, .hour = 12};
+constexpr Calendar::Components noon(int month, int day) {
+    return {.year = 2026, .month = month, .day = day, .hour = 12};
 }
 constexpr Calendar::Components firstMinute(int month, int day) {
     return {.year = 2026, .month = month, .day = day, .minute = 1};
@@ -57,16 +57,11 @@ TEST(DistancesOfDays, CountDatesAndNotHours) {
     };
     const EnvironmentGuard zone("TZ", "America/New_York"); // clocks change on March 8 and November 1
     for (const auto& [day, now, text, locale] :
-         {Case{noon(3, 4), firstMinute(3, 5), "1 day ago"}, Case{noon(3, 4), lastMinute(3, 5), "1 day ago"},
-          Case{lastMinute(3, 7), firstMinute(3, 9), "2 days ago"}, // 24 hours and 2 minutes
-          Case{noon(3, 7), firstMinute(3, 10), "3 days ago"},
-          Case{noon(3, 2), firstMinute(3, 9), "1 week ago"},
+         {Case{noon(3, 4), lastMinute(3, 5), "1 day ago"},
+          Case{lastMinute(3, 7), firstMinute(3, 9), "2 days ago"},    // 24 hours and 2 minutes
           Case{firstMinute(10, 26), lastMinute(11, 1), "6 days ago"}, // 168 hours
-          Case{noon(2, 4), firstMinute(3, 5), "1 month ago"},
-          Case{noon(3, 5, 2024), firstMinute(3, 5), "2 years ago"},
           Case{noon(3, 6), firstMinute(3, 5), "in 1 day"},
-          Case{noon(2, 26), noon(3, 5), "vor 1 Woche", "de_DE"},
-          Case{noon(2, 26), noon(3, 5), "1 week ago", "tlh"}}) {
+          Case{noon(2, 26), noon(3, 5), "vor 1 Woche", "de_DE"}}) {
         EXPECT_EQ(DayText(locale).fromNow(at("America/New_York", day), at("America/New_York", now)), text)
             << locale;
     }

@@ -95,33 +95,33 @@ struct ForgetfulDisk::Files {
         return SQLITE_OK; // the real disk never loses its power here
     }
 
+    /// What the disk does not change is asked of the real file.
+    template<auto method, class... Arguments>
+    static auto ask(sqlite3_file* file, Arguments... arguments) {
+        return (real(file)->pMethods->*method)(real(file), arguments...);
+    }
+
     static const sqlite3_io_methods methods;
 };
 
 const sqlite3_io_methods ForgetfulDisk::Files::methods = {
     .iVersion = 2, // without memory-mapped reads, which would pass the disk by
     .xClose = close,
-    .xRead = [](sqlite3_file* f, void* to, int n,
-                sqlite3_int64 at) { return real(f)->pMethods->xRead(real(f), to, n, at); },
+    .xRead = ask<&sqlite3_io_methods::xRead>,
     .xWrite = write,
     .xTruncate = truncate,
     .xSync = sync,
-    .xFileSize = [](sqlite3_file* f, sqlite3_int64* n) { return real(f)->pMethods->xFileSize(real(f), n); },
-    .xLock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xLock(real(f), level); },
-    .xUnlock = [](sqlite3_file* f, int level) { return real(f)->pMethods->xUnlock(real(f), level); },
-    .xCheckReservedLock = [](sqlite3_file* f,
-                             int* is) { return real(f)->pMethods->xCheckReservedLock(real(f), is); },
-    .xFileControl = [](sqlite3_file* f, int op,
-                       void* arg) { return real(f)->pMethods->xFileControl(real(f), op, arg); },
-    .xSectorSize = [](sqlite3_file* f) { return real(f)->pMethods->xSectorSize(real(f)); },
-    .xDeviceCharacteristics =
-        [](sqlite3_file* f) { return real(f)->pMethods->xDeviceCharacteristics(real(f)); },
-    .xShmMap = [](sqlite3_file* f, int page, int size, int extend,
-                  volatile void** to) { return real(f)->pMethods->xShmMap(real(f), page, size, extend, to); },
-    .xShmLock = [](sqlite3_file* f, int offset, int n,
-                   int flags) { return real(f)->pMethods->xShmLock(real(f), offset, n, flags); },
-    .xShmBarrier = [](sqlite3_file* f) { real(f)->pMethods->xShmBarrier(real(f)); },
-    .xShmUnmap = [](sqlite3_file* f, int remove) { return real(f)->pMethods->xShmUnmap(real(f), remove); },
+    .xFileSize = ask<&sqlite3_io_methods::xFileSize>,
+    .xLock = ask<&sqlite3_io_methods::xLock>,
+    .xUnlock = ask<&sqlite3_io_methods::xUnlock>,
+    .xCheckReservedLock = ask<&sqlite3_io_methods::xCheckReservedLock>,
+    .xFileControl = ask<&sqlite3_io_methods::xFileControl>,
+    .xSectorSize = ask<&sqlite3_io_methods::xSectorSize>,
+    .xDeviceCharacteristics = ask<&sqlite3_io_methods::xDeviceCharacteristics>,
+    .xShmMap = ask<&sqlite3_io_methods::xShmMap>,
+    .xShmLock = ask<&sqlite3_io_methods::xShmLock>,
+    .xShmBarrier = ask<&sqlite3_io_methods::xShmBarrier>,
+    .xShmUnmap = ask<&sqlite3_io_methods::xShmUnmap>,
     .xFetch = nullptr,
     .xUnfetch = nullptr,
 };

@@ -116,26 +116,6 @@ TEST_F(Appcast, RefusesPackagesFromElsewhereAndUnsignedOnes) {
                 HasSubstr("length"));
 }
 
-TEST_F(Appcast, ReadsWhatOthersWrite) {
-    const auto items = parseAppcast(R"(<?xml version="1.0"?>
-        <rss version="2.0" xmlns:f="https://fernhollow.app/xml/appcast" xmlns:x="https://else.example">
-        <channel><title>Feed</title>
-        <item><title> Two &amp; a bit </title><x:version>9</x:version><f:version>0.2</f:version>
-          <f:shortVersionString>0.2 (Fern)</f:shortVersionString><description><![CDATA[<b>Bold</b>]]></description>
-          <x:unknown><deep><deeper/></deep></x:unknown>
-          <enclosure url="https://a.example/p" length="12" x:os="mac" type="application/octet-stream"/></item>
-        <item><title>No enclosure</title><f:version>0.3</f:version></item>
-        <item><title>No version</title><enclosure url="https://a.example/p" length="-1"/></item>
-        </channel></rss>)");
-    ASSERT_EQ(items.size(), 1);
-    EXPECT_EQ(items[0].title, "Two & a bit");
-    EXPECT_EQ(items[0].version, "0.2");
-    EXPECT_EQ(items[0].displayVersion, "0.2 (Fern)");
-    EXPECT_EQ(items[0].releaseNotes, "<b>Bold</b>");
-    EXPECT_EQ(items[0].length, 12);
-    EXPECT_EQ(items[0].operatingSystem, "");
-}
-
 TEST_F(Appcast, RefusesBombsAndRubbish) {
     const std::string bomb = R"(<!DOCTYPE rss [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;">
         <!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;">]><rss><channel><item><title>&c;</title></item></channel></rss>)";

@@ -1,12 +1,7 @@
+#include "Updates/FakeService.h"
 #include "Updates/InstallerFixture.h"
 #include "Updates/PackageInstaller.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
-
-#include <functional>
-#include <map>
 #include <sys/stat.h>
 
 namespace fernhollow::tests {
@@ -14,52 +9,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A service of the session that writes down what it is asked, and answers as it is told.
-class FakeService : public QDBusVirtualObject {
-public:
-    FakeService(const QString& name, const QString& path) : name_(name) {
-        bus_.registerVirtualObject(path, this);
-        bus_.registerService(name);
-    }
-    ~FakeService() override {
-        bus_.unregisterService(name_);
-        QDBusConnection::disconnectFromBus(bus_.name());
-    }
-
-    /// What each known interface does and answers: the name of an error, or nothing.
-    std::map<QString, std::function<QString()>> interfaces;
-    QList<QDBusMessage> calls;
-
-    QString introspect(const QString& /*path*/) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        const auto known = interfaces.find(message.interface());
-        if (known == interfaces.end()) {
-            return false;
-        }
-        calls.append(message);
-        const QString error = known->second();
-        return connection.send(error.isEmpty()
-                                   ? message.createReply()
-                                   : message.createErrorReply(error, QStringLiteral("it said no")));
-    }
-
-private:
-    inline static int count_ = 0;
-    QString name_;
-    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
-                                                         QStringLiteral("fake-service-%1").arg(++count_));
-};
-
 const QString modify = QStringLiteral("org.freedesktop.PackageKit.Modify");
 const QString modify2 = QStringLiteral("org.freedesktop.PackageKit.Modify2");
 const QString fileManager = QStringLiteral("org.freedesktop.FileManager1");
+
+QDBusMessage accept(const QDBusMessage& call) {
+    return call.createReply();
+}
 
 class PackageInstallation : public InstallerTest {
 protected:
     PackageInstallation() {
         write(executable_, "old program");
         fs::create_directories(downloads_);
-        files_.interfaces[fileManager] = [] { return QString(); };
+        files_.interfaces[fileManager] = accept;
     }
 
     // As dpkg does: a new file takes the name.
@@ -87,10 +50,10 @@ protected:
 TEST_F(PackageInstallation, RelaunchesOnceTheDesktopHasInstalledThePackage) {
     for (const QString& interface : {modify2, modify}) {
         make();
-        packageKit_.interfaces = {{interface, [this] {
+        packageKit_.interfaces = {{interface, [this](const QDBusMessage& call) {
                                        EXPECT_EQ(contents(downloaded_), "package");
                                        replaceProgram();
-                                       return QString();
+                                       return call.createReply();
                                    }}};
         EXPECT_EQ(install(*installer_, download("package")), UpdateInstaller::Outcome::relaunch);
         EXPECT_THAT(installer_->handOverNote(), IsEmpty());
@@ -105,7 +68,7 @@ TEST_F(PackageInstallation, RelaunchesOnceTheDesktopHasInstalledThePackage) {
     EXPECT_EQ(packageKit_.calls[1].arguments()[1].toStringList(), files);
     EXPECT_THAT(files_.calls, IsEmpty());
 
-    packageKit_.interfaces = {{modify2, [] { return QString(); }}}; // the installer goes on in its window
+    packageKit_.interfaces = {{modify2, accept}}; // the installer goes on in its window
     EXPECT_EQ(install(*make(), download("package")), UpdateInstaller::Outcome::handedOver);
     EXPECT_EQ(installer_->handOverNote(),
               "Finish the update in the window of your software installer, then start Fernhollow again.");
@@ -117,8 +80,9 @@ TEST_F(PackageInstallation, SaysWhenItWasCancelledOrFailed) {
          {std::pair("Modify2.Cancelled", "cancelled: The installation was cancelled."),
           std::pair("Modify2.Failed",
                     "install: Your system's installer could not install the update: it said no")}) {
-        packageKit_.interfaces = {{modify2, [name = QString::fromLatin1(error)] {
-                                       return QStringLiteral("org.freedesktop.PackageKit.") + name;
+        const QString name = QStringLiteral("org.freedesktop.PackageKit.") + QString::fromLatin1(error);
+        packageKit_.interfaces = {{modify2, [&name](const QDBusMessage& call) {
+                                       return call.createErrorReply(name, QStringLiteral("it said no"));
                                    }}};
         EXPECT_EQ(failure(*make(), download("package")), expected);
         EXPECT_FALSE(fs::exists(downloaded_)) << error;

@@ -23,15 +23,6 @@ TEST_F(Cycle, ShowsHowACheckEndedToThePersonWhoAskedForIt) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(Cycle, DownloadsNothingWhereNothingCanBeInstalled) {
-    installer_->kind.clear();
-    find();
-    EXPECT_THAT(driver_->shown.back(), "found 0.3.0 to read");
-    choose(UpdateChoice::install); // no such button, but the windows are not to be trusted with that
-    EXPECT_EQ(source_->downloads, 0);
-    EXPECT_EQ(takeCalls().back(), "end");
-}
-
 TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
     installer_->outcome = UpdateInstaller::Outcome::handedOver;
     download();
@@ -41,25 +32,6 @@ TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
     EXPECT_THAT(takeCalls(), ElementsAre("install", "end"));
     EXPECT_EQ(driver_->shown.back(), "note: Open the folder.");
     EXPECT_EQ(installer_->relaunches, 0);
-}
-
-// Who heard of the download takes its end for a step; it is told once more, as the outcome of a check.
-TEST_F(Cycle, ReportsAFailedDownloadAsTheOutcomeOfACheck) {
-    find();
-    choose(UpdateChoice::install);
-    takeCalls();
-    source_->file.fail(UpdateError::Reason::signature, "Not signed.");
-    EXPECT_THAT(takeCalls(), ElementsAre("abort: Not signed.", "end: Not signed.", "begin",
-                                         "abort: Not signed.", "end: Not signed."));
-    EXPECT_EQ(driver_->shown.back(), "error: Not signed.");
-    EXPECT_EQ(installer_->installations, 0);
-
-    find();
-    choose(UpdateChoice::install);
-    takeCalls();
-    driver_->cancel();
-    EXPECT_THAT(takeCalls(), ElementsAre("end", "begin", "end")) << "a cancelled one has no error";
-    EXPECT_EQ(driver_->shown.back(), "dismiss");
 }
 
 TEST_F(Cycle, KeepsTheOldProgramAndSaysWhyWhenTheInstallationFails) {

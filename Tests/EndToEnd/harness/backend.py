@@ -27,7 +27,7 @@ class Backend:
         started = processes.run([POSTGRES, "start", self._folder / "postgres"], None, 120)
         if started.returncode != 0:
             raise AssertionError(f"PostgreSQL did not start: {started.stderr}")
-        self._owner, self._authenticator = started.stdout.splitlines()[:2]
+        self.owner, self._authenticator = started.stdout.splitlines()[:2]
 
     def start(self):
         """Starts the interface, on its earlier port if it had one."""
@@ -54,7 +54,7 @@ class Backend:
     def rows(self, query):
         """The rows of a query as lists, with the rights of the database's owner."""
         sql = f"SELECT coalesce(json_agg(row_to_json(q)), '[]') FROM ({query}) AS q"
-        done = processes.run(["psql", "-X", "-q", "-At", "-d", self._owner, "-c", sql], None, 60)
+        done = processes.run(["psql", "-X", "-q", "-At", "-d", self.owner, "-c", sql], None, 60)
         if done.returncode != 0:
             raise AssertionError(done.stderr)
         return [list(row.values()) for row in json.loads(done.stdout)]

@@ -113,11 +113,5 @@ TEST_F(Frontmost, IsUnknownWhileThereIsNoServer) {
     EXPECT_EQ(surroundings.logged("display does not answer"), 1);
 }
 
-TEST(NoDisplay, KnowsNoApplication) {
-    const Surroundings surroundings;
-    EXPECT_EQ(makeX11Workspace()->frontmostApplication(), std::nullopt);
-    EXPECT_EQ(surroundings.logged("[Workspace]"), 1);
-}
-
 } // namespace
 } // namespace fernhollow::tests
