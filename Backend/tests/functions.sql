@@ -38,18 +38,14 @@ SELECT is(pg_temp.sorted(pg_temp.rpc(call)), pg_temp.sorted(answer), call)
 FROM (VALUES
     ($$get_account_today_total('ada@example.org', '2026-03-05')$$, '[{"get_account_today_total": 120}]'::jsonb),
     ($$get_account_today_total('ada@example.org', '2026-01-01')$$, '[{"get_account_today_total": 0}]'),
-    ($$get_account_today_total('Ada@example.org', '2026-03-05')$$, '[{"get_account_today_total": 0}]'),
     ($$get_account_daily_totals('ada@example.org', 30, '2026-03-05')$$,
      '[{"day": "2026-02-04", "total_count": 5}, {"day": "2026-03-04", "total_count": 7},
        {"day": "2026-03-05", "total_count": 120}]'),
     ($$get_account_daily_totals('ada@example.org', 1, '2026-03-05')$$, '[{"day": "2026-03-05", "total_count": 120}]'),
-    ($$get_account_daily_totals('ada@example.org', 0, '2026-03-05')$$, '[]'),
     ($$get_account_daily_totals('ada@example.org', -2147483648, '2026-03-05')$$, '[]'),
     ($$get_account_daily_totals('ada@example.org', NULL, NULL)$$, '[]'),
-    ($$get_account_daily_totals('nobody@example.org', 30, '2026-03-05')$$, '[]'),
     ($$get_account_hourly_totals('ada@example.org', '2026-03-05')$$,
      '[{"hour": 0, "total_count": 40}, {"hour": 9, "total_count": 75}, {"hour": 23, "total_count": 5}]'),
-    ($$get_account_hourly_totals('ada@example.org', '2026-03-04')$$, '[]'),
     ($$get_account_app_hourly_totals('ada@example.org', '2026-03-05')$$,
      '[{"hour": 9, "bundle_id": "org.editor", "app_name": "Editor", "total_count": 65},
        {"hour": 10, "bundle_id": "org.editor", "app_name": "Editor", "total_count": 2},
@@ -68,8 +64,6 @@ FROM generate_series(0, 400) AS back;
 SELECT is(jsonb_array_length(pg_temp.rpc(format('get_account_daily_totals(''cleo@example.org'', %s, ''2026-03-05'')', days))),
           366, format('%s days are 366', days))
 FROM unnest(ARRAY[366, 367, 100000, 2147483647]) AS days;
-SELECT is(jsonb_typeof(pg_temp.rpc($$get_account_today_total('cleo@example.org', '2026-03-05')$$) -> 0 -> 'get_account_today_total'),
-          'number', 'a total is a JSON number');
 
 -- The latest first, whatever the connection's time zone and date style.
 SET LOCAL timezone = 'Asia/Kathmandu';

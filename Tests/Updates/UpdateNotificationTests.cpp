@@ -2,6 +2,7 @@
 #include "Support/Testing.h"
 #include "Updates/UpdateNotification.h"
 
+#include <QDBusArgument>
 #include <QDBusPendingCall>
 
 namespace fernhollow::tests {
