@@ -27,6 +27,15 @@ TEST_F(Counting, IgnoresNoPressesAndPressesWhilePaused) {
     EXPECT_EQ(storedCount(today), 1);
 }
 
+TEST_F(Counting, FlushesEveryFifteenSeconds) {
+    press(5);
+    clock_.advance(14s);
+    refresh();
+    EXPECT_EQ(storedCount(today), 0);
+    clock_.advance(1s);
+    EXPECT_TRUE(waitUntil([&] { return storedCount(today) == 5; }));
+}
+
 TEST_F(Counting, KeepsItsPressesWhenTheDailyWriteFails) {
     std::optional<OtherConnection> other(std::in_place);
     press(3);

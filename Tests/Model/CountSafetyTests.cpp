@@ -1,4 +1,4 @@
-// What was counted stays counted when its file is damaged or goes away. Kills, power cuts and full disks are
+// What was counted stays counted when its disk is full, or its file is damaged or goes away. Kills and power cuts are
 // those of the lives in Tests/Endurance; locks are tested end to end.
 
 #include "ModelFixture.h"
@@ -66,6 +66,26 @@ TEST_F(CountSafety, SyncsOnceAFlushAndNeverAtAPress) {
         EXPECT_EQ(disk_.syncs(".sqlite-wal"), before + 1);
     }
     EXPECT_THAT(stored(), Each(800));
+}
+
+TEST_F(CountSafety, AFullDiskCostsNothing) {
+    start();
+    press(500);
+    flush();
+    disk_.setFull(true);
+    for (int turn = 0; turn < 22; ++turn) {
+        press(100);
+        clock_.advance(1s);
+        tasks_.beginWaiting();
+        refresh();
+    }
+    flush();
+    EXPECT_FALSE(model_->areCountsSaved.get());
+    disk_.setFull(false);
+    flush();
+    flush();
+    EXPECT_TRUE(model_->areCountsSaved.get());
+    EXPECT_THAT(stored(), Each(2'700));
 }
 
 TEST_F(CountSafety, ADatabaseThatIsDamagedWhileItRunsIsSetAsideAndReplaced) {
