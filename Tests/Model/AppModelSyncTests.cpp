@@ -37,6 +37,23 @@ TEST_F(AppModelSync, ShowsTheAccountsTotalUntilSomethingIsCountedHere) {
     EXPECT_THAT(home_.log(), HasSubstr("[AppModel] Using remote aggregated: 250 (local was 0)\n"));
 }
 
+TEST_F(AppModelSync, ForgetsYesterdaysTotalAndSendsYesterdayOnceMore) {
+    answers_["get_account_today_total"].body = "250";
+    startModel();
+    syncAndRefresh();
+    press(7);
+    settle();
+    answers_["get_account_today_total"].status = 500;
+    clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 6}));
+    refresh();
+    settle();
+    EXPECT_EQ(model_->todayCountAggregated.get(), 0);
+    pass(1s);
+    const auto last = server_.to("device_day_counts").back();
+    EXPECT_EQ(last.json().at("day"), "2026-03-05");
+    EXPECT_EQ(last.json().at("count"), 7);
+}
+
 TEST_F(AppModelSync, ListsTheDevicesOfTheAccountThatIsSignedIn) {
     const std::string ana =
         R"([{"device_id":"1","device_name":"Ana's","last_seen_at":"2026-03-05T08:00:00Z"}])";

@@ -63,6 +63,14 @@ TEST_F(Counting, TriesOnceMoreAtTheEndWhateverWasLockedBefore) {
     EXPECT_EQ(storedCount(today), 3);
 }
 
+TEST_F(Counting, ShowsByApplicationWhatIsStoredAndWhatIsNot) {
+    press(3);
+    flush();
+    press(2);
+    await(model_->appTracker().refreshFromDisk());
+    EXPECT_EQ(model_->appTracker().todayAppTotals.get().front().count, 5);
+}
+
 TEST_F(Counting, WritesEverythingBeforeTheProgramEnds) {
     clock_.set(at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 23}));
     press(7);
@@ -113,6 +121,23 @@ TEST_F(Refresh, AddsWhatIsNotWrittenToWhatIsStoredAndKeepsItWhenTheStoreCannotBe
     press(1);
     refresh();
     EXPECT_EQ(model_->todayCountAggregated.get(), 106);
+}
+
+TEST_F(Refresh, TakesAnEarlierDayOfAnotherZoneOrClockForANewDay) {
+    start();
+    press(3);
+    {
+        const EnvironmentGuard hawaii("TZ", "Pacific/Honolulu"); // 23:00 on the day before
+        press(4);
+        flush();
+        EXPECT_THAT(storedHours(DayKey("2026-03-04")),
+                    ElementsAre(HourlyCountRow{DayKey("2026-03-04"), 23, 4}));
+    }
+    press(5);
+    flush();
+    EXPECT_EQ(storedCount(today), 8);
+    EXPECT_EQ(model_->todayCount.get(), 8);
+    EXPECT_EQ(storedCount(DayKey("2026-03-04")), 4);
 }
 
 TEST_F(Refresh, ShowsThirtyDaysEndingToday) {
