@@ -32,10 +32,13 @@ protected:
 
 TEST_F(AppImageInstallation, PutsTheNewFileInPlaceWithTheOldOnesRights) {
     const std::string bytes(300'000, 'n'); // more than one buffer
+    const fs::path foreign = file_.parent_path() / ".fernhollow-update-notes.txt";
+    write(foreign, "not ours");
+    write(file_.parent_path() / ".fernhollow-update-Ab3dEf", "of an installation that was killed");
     EXPECT_EQ(install(installer_, download(bytes)), UpdateInstaller::Outcome::relaunch);
     EXPECT_EQ(contents(file_), bytes);
     EXPECT_EQ(modeOf(file_), 0750U);
-    EXPECT_THAT(namesIn(file_.parent_path()), ElementsAre("Fernhollow.AppImage"));
+    EXPECT_THAT(namesIn(file_.parent_path()), ElementsAre(foreign.filename(), "Fernhollow.AppImage"));
     EXPECT_FALSE(fs::exists(downloaded_)) << "the download has done its service";
     for (const auto& [old, expected] : {std::pair(0644U, 0744U), std::pair(04755U, 0755U)}) {
         ::chmod(file_.c_str(), old);

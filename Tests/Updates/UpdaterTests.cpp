@@ -34,6 +34,16 @@ TEST_F(Cycle, HandsAPackageOverAndSaysWhatIsLeftToDo) {
     EXPECT_EQ(installer_->relaunches, 0);
 }
 
+// Who heard of the download takes its end for a step; it is told once more, as the outcome of a check.
+TEST_F(Cycle, ReportsACancelledDownloadAsTheOutcomeOfACheck) {
+    find();
+    choose(UpdateChoice::install);
+    takeCalls();
+    driver_->cancel();
+    EXPECT_THAT(takeCalls(), ElementsAre("end", "begin", "end"));
+    EXPECT_EQ(driver_->shown.back(), "dismiss");
+}
+
 TEST_F(Cycle, KeepsTheOldProgramAndSaysWhyWhenTheInstallationFails) {
     installer_->failure.emplace(UpdateError::Reason::install, "Disk full.");
     download();
