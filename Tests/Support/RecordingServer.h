@@ -80,13 +80,6 @@ public:
         return count;
     }
 
-    /// Closes the connections of those clients.
-    void hangUp() {
-        for (const auto& [socket, waiting] : std::exchange(unanswered_, {})) {
-            socket->abort();
-        }
-    }
-
     /// The requests whose path ends with `name`.
     std::vector<Request> to(const std::string& name) const {
         std::vector<Request> found;
