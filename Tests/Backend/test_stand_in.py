@@ -31,7 +31,8 @@ class StandIn(unittest.TestCase):
     def ask(self, method, target, body=None, key=KEY, **headers):
         client = http.client.HTTPConnection("127.0.0.1", self.backend.port, timeout=30)
         self.addCleanup(client.close)
-        client.request(method, f"/rest/v1/{target}", body, {"apikey": key, "Content-Type": "application/json", **headers})
+        given = {"apikey": key, "Content-Type": "application/json", **headers}
+        client.request(method, f"/rest/v1/{target}", body, given)
         return client.getresponse().status
 
     @unittest.skipUnless(CLIENT.exists() and shutil.which("node"), "scripts/fetch_postgrest_js has not been run")

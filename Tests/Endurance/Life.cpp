@@ -195,9 +195,8 @@ void Life::compareDirectory(Machine& machine) {
 // Rows of an identity that no machine has had would count presses twice.
 void Life::compareAccount(const std::string& email) {
     for (const auto& [device, rows] : backend_.devices(email)) {
-        const bool isKnown = std::ranges::any_of(machines_, [&](const auto& machine) {
-            return machine->tallies.contains({email, device});
-        });
+        const bool isKnown = std::ranges::any_of(
+            machines_, [&](const auto& machine) { return machine->tallies.contains({email, device}); });
         const auto row = std::ranges::find_if(rows, [](const auto& entry) { return entry.second != 0; });
         if (!isKnown && row != rows.end()) {
             contradict(*machines_[0], {"backend, unknown device", row->first, 0, 0, row->second}, email,

@@ -16,13 +16,8 @@ TEST(Repeats, FollowTheSession) {
         std::uint64_t repeats;
     };
     const std::vector<Case> cases{
-        {599ms, {600, 25}, 0},
-        {600ms, {600, 25}, 1},
-        {639ms, {600, 25}, 1},
-        {640ms, {600, 25}, 2},
-        {10s, {600, 0}, 0},
-        {0ms, {0, 25}, 1},
-        {240h, {0, 1000}, 864'000'001},
+        {599ms, {600, 25}, 0}, {600ms, {600, 25}, 1}, {639ms, {600, 25}, 1},          {640ms, {600, 25}, 2},
+        {10s, {600, 0}, 0},    {0ms, {0, 25}, 1},     {240h, {0, 1000}, 864'000'001},
     };
     for (const auto& [held, settings, expected] : cases) {
         EXPECT_EQ(repeats(held, settings), expected) << held.count() << " us, rate " << settings.rate;

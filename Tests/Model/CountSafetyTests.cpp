@@ -1,5 +1,5 @@
-// What was counted stays counted when its disk is full, or its file is damaged or goes away. Kills and power cuts are
-// those of the lives in Tests/Endurance; locks are tested end to end.
+// What was counted stays counted when its disk is full, or its file is damaged or goes away. Kills and power
+// cuts are those of the lives in Tests/Endurance; locks are tested end to end.
 
 #include "ModelFixture.h"
 #include "Support/ForgetfulDisk.h"
