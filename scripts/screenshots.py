@@ -30,16 +30,17 @@ class Scene:
     """One person's program on the desktop, whose windows are photographed."""
 
     def __init__(self, studio, name, changes):
-        self._studio = studio
+        self.studio = studio
         self.desktop = studio.desktop
         self.program = Program(studio.desktop, f"home-{name}", studio.clock)
         self.program.changes = changes
         self._server = None
 
     def account(self, history):
-        self._server = AccountServer(ADDRESS, history, DEVICES)
-        self.program.backend = self._server
         self.program.prepare(ADDRESS, history)
+        machines = [{**DEVICES[0], "device_id": self.program.device()}, *DEVICES[1:]]
+        self._server = AccountServer(ADDRESS, history, machines)
+        self.program.backend = self._server
         self.program.start()
         return self
 
@@ -73,7 +74,7 @@ class Scene:
             self.rest()
         time.sleep(SETTLING)
         window = wait_until(lambda: self.desktop.window_titled(title), f"the window {title}")
-        self._studio.picture(self.desktop.window_area(window))
+        self.studio.picture(self.desktop.window_area(window))
 
     def day(self, column):
         """The middle, on the screen, of a day's column; 0 is the oldest day."""
@@ -186,10 +187,43 @@ def not_saved(width=420, height=750):
     return take
 
 
-def nothing_yet(scene):
-    scene.program.prepare(ADDRESS)
+def nothing_yet(width=420, height=750):
+    def take(scene):
+        scene.program.prepare(ADDRESS)
+        scene.program.start()
+        scene.open(width, height)
+        scene.shoot()
+
+    return take
+
+
+def offline(scene):
+    scene.program.prepare(ADDRESS, month())
     scene.program.start()
-    scene.open(420, 960)
+    scene.open()
+    scene.shoot()
+
+
+def hour_under_the_pointer(scene):
+    window = scene.account(month()).open(420, 750)
+    left, top, _, _ = scene.desktop.window_area(window)
+    scene.desktop.run("xdotool", "mousemove", left + 255, top + 120)
+    scene.shoot(rest=False)
+
+
+def search_without_a_hit(scene):
+    scene.account(month()).open(420, 960)
+    scene.program.click("text")
+    scene.desktop.type("zebra", 20)
+    scene.shoot()
+
+
+def after_signing_out(scene):
+    scene.newcomer()
+    scene.program.sign_in(ADDRESS)
+    scene.program.click("push button", "Sign Out")
+    accessible = scene.program.accessible()
+    wait_until(lambda: accessible.shown("push button", "Sign In"), "the form")
     scene.shoot()
 
 
@@ -213,8 +247,11 @@ def day_detail_search(scene):
 PORTUGUESE = {"LANG": "pt_BR.UTF-8"}
 # Without the second variable Qt would scale everything, not only the fonts.
 LARGE_FONTS = {"QT_FONT_DPI": "144", "QT_ENABLE_HIGHDPI_SCALING": "0"}
+HUGE_FONTS = {"QT_FONT_DPI": "192", "QT_ENABLE_HIGHDPI_SCALING": "0"}
 PICTURES = {
     "sign-in": (sign_in, {}),
+    "sign-in-again": (after_signing_out, {}),
+    "sign-in-huge-fonts": (sign_in, HUGE_FONTS),
     "sign-in-refused": (refused, {}),
     **{f"introduction-{step}": (introduction(step), {}) for step in range(4)},
     **{f"introduction-{step}-pt": (introduction(step), PORTUGUESE) for step in range(4)},
@@ -224,11 +261,19 @@ PICTURES = {
     "dashboard-whole": (dashboard(420, 960), {}),
     "dashboard-narrow": (dashboard(380, 500), {}),
     "dashboard-wide": (dashboard(900, 960), {}),
+    "dashboard-1080": (dashboard(420, 1080), {}),
+    "dashboard-1440": (dashboard(420, 1440), {}),
+    "dashboard-widest": (dashboard(1600, 1080), {}),
     "dashboard-crowded": (dashboard(420, 960, applications=40, days=30), {}),
     "dashboard-one-application": (dashboard(420, 960, applications=1, days=3), {}),
-    "dashboard-nothing": (nothing_yet, {}),
+    "dashboard-nothing": (nothing_yet(), {}),
+    "dashboard-nothing-whole": (nothing_yet(420, 1080), {}),
+    "dashboard-offline": (offline, {}),
     "dashboard-large-fonts": (dashboard(420, 1300), LARGE_FONTS),
     "dashboard-large-fonts-narrow": (dashboard(380, 500), LARGE_FONTS),
+    "dashboard-huge-fonts": (dashboard(), HUGE_FONTS),
+    "dashboard-huge-fonts-narrow": (dashboard(380, 500), HUGE_FONTS),
+    "dashboard-huge-fonts-wide": (dashboard(840, 1400), HUGE_FONTS),
     "dashboard-1.5x": (dashboard(630, 1440), {"QT_SCALE_FACTOR": "1.5"}),
     "dashboard-2x": (dashboard(840, 1400), {"QT_SCALE_FACTOR": "2"}),
     "dashboard-pt": (dashboard(420, 960), PORTUGUESE),
@@ -236,8 +281,10 @@ PICTURES = {
     "dashboard-en-in": (dashboard(420, 960), {"LANG": "en_IN.UTF-8"}),
     "dashboard-ar": (dashboard(420, 960), {"LANG": "ar_EG.UTF-8"}),
     "dashboard-pointer": (day_under_the_pointer, {}),
+    "dashboard-hour": (hour_under_the_pointer, {}),
     "dashboard-keyboard": (day_with_the_keyboard, {}),
     "dashboard-search": (search, {}),
+    "dashboard-search-nothing": (search_without_a_hit, {}),
     "dashboard-not-saved": (not_saved(), {}),
     "dashboard-not-saved-small": (not_saved(380, 500), LARGE_FONTS),
     "devices": (devices, {}),
@@ -247,6 +294,7 @@ PICTURES = {
     "day-search": (day_detail_search, {}),
     "day-crowded": (day_detail(14, applications=40), {}),
     "day-large-fonts": (day_detail(14), LARGE_FONTS),
+    "day-huge-fonts": (day_detail(14), HUGE_FONTS),
     "day-2x": (day_detail(14), {"QT_SCALE_FACTOR": "2"}),
     "day-pt": (day_detail(13), PORTUGUESE),
     "day-ar": (day_detail(14), {"LANG": "ar_EG.UTF-8"}),

@@ -1,10 +1,14 @@
 #include "Presentation/DayText.h"
 #include "Support/Testing.h"
 
+#include <gmock/gmock.h>
+
 namespace fernhollow::tests {
 namespace {
 
-TEST(DaysInALocale, AreWrittenAsTheLocaleDoes) {
+using testing::HasSubstr;
+
+TEST(DaysInALocale, HaveEnglishWordsAndTheUsersDigitsAndCalendar) {
     struct Case {
         const char *locale, *full, *medium, *dayAndMonth;
     };
@@ -14,12 +18,13 @@ TEST(DaysInALocale, AreWrittenAsTheLocaleDoes) {
     const Instant day = at("UTC", {.year = 2026, .month = 3, .day = 5, .hour = 12});
     for (const auto& [locale, full, medium, dayAndMonth] :
          {Case{"C.UTF-8", "Thursday, March 5, 2026", "Mar 5, 2026", "05/03"},
-          Case{"pt_BR.UTF-8", "quinta-feira, 5 de março de 2026", "5 de mar. de 2026", "05/03"},
-          Case{"ar_EG.UTF-8", "الخميس، ٥ مارس ٢٠٢٦", "٠٥\u200f/٠٣\u200f/٢٠٢٦", "٠٥/٠٣"}}) {
+          Case{"pt_BR.UTF-8", "5 March 2026", "5 Mar 2026", "05/03"},
+          Case{"fa_IR.UTF-8", "14 Esfand 1404", "14 Esfand 1404", "۱۴/۱۲"},
+          Case{"ar_EG.UTF-8", "5 March 2026", "5 Mar 2026", "٠٥/٠٣"}}) {
         const EnvironmentGuard dates("LC_TIME", locale);
         const DayText text;
-        EXPECT_EQ(text.fullDate(day), full);
-        EXPECT_EQ(text.mediumDate(day), medium);
+        EXPECT_THAT(text.fullDate(day), HasSubstr(full));
+        EXPECT_THAT(text.mediumDate(day), HasSubstr(medium));
         EXPECT_EQ(text.dayAndMonth(day), dayAndMonth);
     }
 }

@@ -72,6 +72,9 @@ public:
     AppTracker& appTracker() { return *appTracker_; }
     const AppTracker& appTracker() const { return *appTracker_; }
 
+    /// Under which this machine is known to the account's other machines.
+    const std::string& deviceId() const { return identity_.id(); }
+
     /// Today's count in the user's digits and grouping, for the status item.
     std::string menuBarTitle() const;
     /// The account's count of today, likewise.

@@ -39,8 +39,9 @@ Instant inUtc(Instant instant, const Calendar& calendar) {
 
 /// Created when first needed, because they are expensive to create and to keep.
 struct DayText::Formatters {
-    explicit Formatters(std::string_view name)
-        : locale(std::string(name).c_str()), relative(name, RelativeTime::Units::full) {}
+    Formatters(std::string_view words, std::string_view digits)
+        : locale(std::string(words).c_str()), digits(std::string(digits).c_str()),
+          relative(words, RelativeTime::Units::full) {}
 
     icu::DateFormat* get(Form form) {
         if (auto changed = system.changedZone()) {
@@ -53,7 +54,7 @@ struct DayText::Formatters {
         }
         auto& format = formats[form];
         if (!format) {
-            format = make(form, locale);
+            format = make(form, form == dayAndMonthForm ? digits : locale);
             if (format) {
                 format->setTimeZone(*zone);
             }
@@ -72,13 +73,17 @@ struct DayText::Formatters {
     }
 
     icu::Locale locale;
+    icu::Locale digits;
     RelativeTime relative;
     SystemTimeZone system;
     std::unique_ptr<icu::TimeZone> zone;
     std::array<std::unique_ptr<icu::DateFormat>, forms> formats;
 };
 
-DayText::DayText(std::string_view locale) : formatters_(std::make_unique<Formatters>(locale)) {}
+DayText::DayText()
+    : formatters_(std::make_unique<Formatters>(englishLocale("LC_TIME"), userLocale("LC_TIME"))) {}
+
+DayText::DayText(std::string_view locale) : formatters_(std::make_unique<Formatters>(locale, locale)) {}
 
 DayText::~DayText() = default;
 

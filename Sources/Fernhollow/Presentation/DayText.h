@@ -13,7 +13,9 @@ namespace fernhollow {
 /// in the system's present time zone. One thread only.
 class DayText {
 public:
-    explicit DayText(std::string_view locale = userLocale("LC_TIME"));
+    /// For windows with English texts: words in English, digits as the user writes them.
+    DayText();
+    explicit DayText(std::string_view locale);
     ~DayText();
 
     std::string fullDate(Instant day) const;    ///< "Thursday, March 5, 2026"

@@ -20,7 +20,8 @@ public:
         full,        ///< "5 minutes ago"
     };
 
-    explicit RelativeTime(std::string_view locale = userLocale("LC_TIME"), Units units = Units::abbreviated);
+    explicit RelativeTime(std::string_view locale = englishLocale("LC_TIME"),
+                          Units units = Units::abbreviated);
     ~RelativeTime();
 
     std::string operator()(Instant then, Instant now) const;

@@ -1,6 +1,7 @@
 #include "Support/UserLocale.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <string_view>
 
@@ -28,6 +29,17 @@ std::string localeSetting(const char* category) {
 std::string userLocale(const char* category) {
     const std::string locale = spokenLocale(category);
     return locale.empty() ? "en" : locale;
+}
+
+std::string englishLocale(const char* category) {
+    const std::string locale = userLocale(category);
+    if (locale.starts_with("en")) {
+        return locale;
+    }
+    const auto separator = locale.find('_');
+    std::string region = separator == std::string::npos ? "" : locale.substr(separator + 1);
+    std::ranges::transform(region, region.begin(), [](unsigned char letter) { return std::tolower(letter); });
+    return region.size() == 2 ? "en_001@rg=" + region + "zzzz" : "en_001";
 }
 
 std::string preferredLanguage() {

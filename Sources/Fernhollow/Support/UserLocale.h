@@ -12,6 +12,10 @@ std::string localeSetting(const char* category);
 /// become "en".
 std::string userLocale(const char* category);
 
+/// That locale for words and dates that stand among English texts: English as it is written outside the
+/// United States, with the calendar of the user's region, unless the locale is English itself.
+std::string englishLocale(const char* category);
+
 /// The language that the user prefers, as a locale such as "pt_BR": the first entry of LANGUAGE, else the
 /// locale of messages. As in GNU gettext, LANGUAGE counts only when that locale is not "C".
 std::string preferredLanguage();

@@ -75,7 +75,9 @@ TEST_F(AppBreakdown, IsSearchedByTyping) {
     EXPECT_THAT(rows(view_), ElementsAre("Name of org.b, 6 key presses"));
     QTest::keyClicks(field_, QStringLiteral("x"));
     EXPECT_THAT(rows(view_), IsEmpty());
+    EXPECT_EQ(list_->accessibleDescription(), QStringLiteral("No app is called “ORG.Bx”"));
     field_->clear();
+    EXPECT_EQ(list_->accessibleDescription(), QString());
     EXPECT_THAT(rows(view_), ElementsAre("Name of org.b, 6 key presses", "Name of org.a, 2 key presses"));
 }
 
@@ -83,6 +85,7 @@ TEST_F(AppBreakdown, IsReadWithTheKeyboard) {
     for (int i = 0; i < 12; ++i) {
         press(1, "org." + std::to_string(i));
     }
+    EXPECT_EQ(list_->height(), list_->minimumHeight());
     QTest::keyClick(field_, Qt::Key_Tab);
     EXPECT_TRUE(list_->hasFocus());
     EXPECT_EQ(list_->currentIndex().row(), 0);
@@ -91,6 +94,10 @@ TEST_F(AppBreakdown, IsReadWithTheKeyboard) {
     QTest::keyClick(list_, Qt::Key_End);
     EXPECT_EQ(list_->currentIndex().row(), 11);
     EXPECT_EQ(list_->verticalScrollBar()->value(), list_->verticalScrollBar()->maximum());
+    view_.resize(380, 900);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list_->height(), list_->contentHeight()) << "it takes the room that there is, and no more";
+    EXPECT_LT(view_.height(), 900);
     QTest::keyClick(list_, Qt::Key_Backtab);
     EXPECT_TRUE(field_->hasFocus());
 }

@@ -1,10 +1,13 @@
 // The dashboard with a real model: what it shows, when it draws, and which day answers where.
 
+#include "App/Charts/AppSegments.h"
 #include "App/Charts/BarChart.h"
 #include "App/Dashboard/ChartClickOverlay.h"
 #include "App/Dashboard/ProductivityDashboard.h"
 #include "App/DayDetail/DayDetailWindowController.h"
 #include "App/Widgets.h"
+#include "App/Widgets/FlowLayout.h"
+#include "App/Widgets/Theme.h"
 #include "Model/ModelFixture.h"
 
 #include <QAbstractButton>
@@ -105,6 +108,7 @@ TEST_F(Dashboard, OpensTheDayWhoseBarIsUnderThePointerInAnyWidth) {
 TEST_F(Dashboard, ListsTheApplicationsOfTheDayThatIsPointedAt) {
     QTest::mouseMove(overlay(), middle(12)); // 3 March
     EXPECT_TRUE(comesToShow("• 03/03"));
+    EXPECT_TRUE(shows(*view_, "Tuesday, March 3, 2026: 300"));
     QTest::mouseMove(overlay(), middle(13));
     EXPECT_TRUE(comesToShow("• 04/03"));
     QEvent leave(QEvent::Leave);
@@ -125,6 +129,11 @@ TEST_F(Dashboard, IsWalkedWithTheArrowKeys) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
     EXPECT_EQ(QApplication::focusWidget(), buttons[12]);
+    QTest::mouseMove(overlay(), middle(3));
+    EXPECT_TRUE(comesToShow("• 22/02"));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(overlay(), &leave);
+    EXPECT_TRUE(comesToShow("• 03/03")) << "the keyboard is there still";
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_EQ(openedDay(), title(12));
     QTest::keyClick(buttons[12], Qt::Key_Home);
@@ -167,6 +176,35 @@ TEST_F(Dashboard, DrawsOnceWhatChangedAndNothingWhileHidden) {
     EXPECT_EQ(all.count, 0);
     view_->show();
     EXPECT_TRUE(shows(*view_, "1,050")) << "right at once, without waiting for a frame";
+}
+
+TEST(AppSegments, FoldWhatCannotBeToldApartAnyMore) {
+    const auto ids = std::to_array<std::string>({"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"});
+    std::vector<AppCount> counts;
+    for (const std::string& id : ids) { // a has 100 presses in column 0, b 99, and so on
+        counts.push_back({0, id, 100 - static_cast<std::int64_t>(counts.size())});
+    }
+    counts.pop_back();
+    EXPECT_EQ(appSegments(counts).size(), 9U) << "a ninth one has a colour as well as the others would";
+    counts.push_back({0, "j", 91});
+    const auto segments = appSegments(counts);
+    ASSERT_EQ(segments.size(), 9U);
+    EXPECT_EQ(segments.back().color, Theme::others);
+    EXPECT_EQ(segments.back().count, 92 + 91);
+}
+
+TEST(FlowLayout, GoesOnBelowWhereThereIsNoRoomBeside) {
+    QWidget box;
+    auto* layout = new FlowLayout(10);
+    box.setLayout(layout);
+    for (int i = 0; i < 3; ++i) {
+        auto* figure = new QWidget;
+        figure->setFixedSize(100, 20);
+        layout->addWidget(figure);
+    }
+    EXPECT_EQ(layout->heightForWidth(320), 20);
+    EXPECT_EQ(layout->heightForWidth(319), 50);
+    EXPECT_EQ(layout->heightForWidth(120), 80);
 }
 
 } // namespace

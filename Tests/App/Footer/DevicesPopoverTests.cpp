@@ -81,6 +81,14 @@ TEST_F(Devices, AreListedInTheirOrderAndFollowTheAccount) {
 
     clock_.advance(std::chrono::minutes(5));
     set({{"a", "renamed", "2026-03-05T09:00:00Z"}});
+    set({{"a", "", "2026-03-05T09:00:00Z"},
+         {model_->deviceId(), "mine", "2026-03-05T09:00:00Z"},
+         {"b", "desktop", "2026-03-02T09:00:00Z"}});
+    EXPECT_TRUE(waitUntil([&] { return texts().size() == 7; }));
+    EXPECT_THAT(texts(), ElementsAre("desktop", "3 days ago", "Unnamed device", "0 sec. ago", "mine",
+                                     "0 sec. ago", "This device"))
+        << "in the places that they had";
+
     EXPECT_TRUE(waitUntil([&] { return texts().size() == 2; }));
     EXPECT_THAT(texts(), ElementsAre("renamed", "5 min. ago"));
     set({});

@@ -74,6 +74,7 @@ TEST_F(MainWindow, IntroducesItselfToEachAccountOnce) {
     ASSERT_TRUE(waitUntil([&] { return shown<QLineEdit>(QStringLiteral("Email")) != nullptr; }));
     QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return); // it kept the address
     ASSERT_TRUE(waitUntil([&] { return shown<QPushButton>(QStringLiteral("Skip")) != nullptr; }));
+    EXPECT_FALSE(shown<QLineEdit>(QStringLiteral("Email"))->hasSelectedText());
     QTest::mouseClick(shown<QPushButton>(QStringLiteral("Skip")), Qt::LeftButton);
     EXPECT_TRUE(appears(QStringLiteral("Week Comparison")));
 
@@ -134,3 +135,7 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
 
 } // namespace
 } // namespace fernhollow::tests
+    window->setGeometry(30, 40, 500, 600);
+    controller.show(objects, {}); // as the next start of the program does
+    EXPECT_EQ(windowTitled(QStringLiteral("Fernhollow"))->size(), QSize(500, 600));
+    controller.close();

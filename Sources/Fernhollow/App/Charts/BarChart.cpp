@@ -2,9 +2,11 @@
 
 #include "App/Charts/CountAxis.h"
 #include "App/Charts/StackedBars.h"
+#include "App/Widgets/AccessibleRole.h"
 #include "App/Widgets/Theme.h"
 
 #include <QEvent>
+#include <QMouseEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -51,6 +53,8 @@ BarChart::BarChart(Style style, QWidget* parent)
     plot_->yAxis->setTickLabels(style_.hasCountAxis);
     plot_->yAxis->grid()->setVisible(style_.hasCountAxis);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setMouseTracking(true);
+    setAccessibleRole(*this, QAccessible::Chart);
     top_ = roundTop(0);
     applyStyle();
 }
@@ -84,6 +88,7 @@ void BarChart::layOut() {
     plot_->axisRect()->setMargins(margins());
     plot_->xAxis->setRange(-0.5, style_.columns - 0.5);
     plot_->yAxis->setRange(0, top_);
+    placeMarks();
     plot_->replot(QCustomPlot::rpQueuedRefresh);
 }
 
@@ -116,6 +121,8 @@ void BarChart::setSegments(const std::vector<Segment>& segments) {
     }
     const double highest = heights.empty() ? 0 : *std::ranges::max_element(heights);
     const double newTop = style_.hasCountAxis ? roundTop(highest) : closeTop(highest);
+    // An axis from 0 to 1 would say something of presses that nobody typed.
+    plot_->yAxis->setTickLabels(style_.hasCountAxis && highest > 0);
     const bool hasNewTop = std::exchange(top_, newTop) != newTop;
     const double pixels = columnRect(0).height() * devicePixelRatioF() / newTop;
     if (bars_->setPieces(std::move(pieces), pixels) || hasNewTop) {
@@ -128,12 +135,22 @@ void BarChart::setMarks(std::vector<Mark> marks) {
         return;
     }
     marks_ = std::move(marks);
+    placeMarks();
+    plot_->replot(QCustomPlot::rpQueuedRefresh);
+}
+
+void BarChart::placeMarks() {
+    const QFontMetrics metrics(labelFont());
     auto ticker = QSharedPointer<QCPAxisTickerText>::create();
+    double end = 0; // of the last label
     for (const Mark& mark : marks_) {
-        ticker->addTick(mark.column, mark.label);
+        const double centre = columnRect(mark.column).center().x();
+        const double half = metrics.horizontalAdvance(mark.label) / 2.0;
+        const bool hasRoom = marks_.front() == mark || centre - half >= end + metrics.averageCharWidth();
+        ticker->addTick(mark.column, hasRoom ? mark.label : QString());
+        end = hasRoom ? centre + half : end;
     }
     plot_->xAxis->setTicker(ticker);
-    plot_->replot(QCustomPlot::rpQueuedRefresh);
 }
 
 void BarChart::setHighlight(std::optional<Highlight> highlight) {
@@ -157,6 +174,14 @@ std::optional<int> BarChart::columnAt(double x) const {
     return static_cast<int>(column);
 }
 
+void BarChart::mouseMoveEvent(QMouseEvent* event) {
+    Q_EMIT columnPointedAt(columnAt(event->position().x()));
+}
+
+void BarChart::leaveEvent(QEvent*) {
+    Q_EMIT columnPointedAt(std::nullopt);
+}
+
 void BarChart::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     layOut();
@@ -167,6 +192,10 @@ void BarChart::changeEvent(QEvent* event) {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange) {
         applyStyle();
     }
+}
+
+QString hourReading(int hour, const std::string& count) {
+    return QString::asprintf("%02d:00 – %02d:00: ", hour, (hour + 1) % 24) + QString::fromStdString(count);
 }
 
 } // namespace fernhollow

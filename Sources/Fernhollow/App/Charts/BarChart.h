@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 class QCustomPlot;
@@ -18,6 +19,8 @@ class StackedBars;
 ///
 /// Draws again only when a pixel of it would change, so that it may be given its figures with each press.
 class BarChart : public QWidget {
+    Q_OBJECT
+
 public:
     struct Segment {
         int column = 0;
@@ -25,7 +28,8 @@ public:
         QColor color;
     };
 
-    /// A grid line and a label at a column.
+    /// A grid line and a label at a column. Labels for which there is no room beside the one before are left
+    /// out.
     struct Mark {
         int column = 0;
         QString label;
@@ -63,13 +67,20 @@ public:
     /// The column at `x` in this widget's coordinates; none beside the plot.
     std::optional<int> columnAt(double x) const;
 
+Q_SIGNALS:
+    /// The pointer is over this column's bar or above it; nothing when it is over none any more.
+    void columnPointedAt(std::optional<int> column);
+
 protected:
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
     void applyStyle();
     void layOut();
+    void placeMarks();
     QMargins margins() const;
 
     Style style_;
@@ -78,5 +89,8 @@ private:
     std::vector<Mark> marks_;
     double top_ = 0; // of the count axis
 };
+
+/// What is said of an hour of a chart: "14:00 – 15:00: 1,234".
+QString hourReading(int hour, const std::string& count);
 
 } // namespace fernhollow

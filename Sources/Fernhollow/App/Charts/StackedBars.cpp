@@ -10,6 +10,9 @@ namespace {
 
 constexpr double barWidth = 0.76; // of its column
 constexpr double cornerRadius = 2.5;
+// Neighbours in a bar may have colours that are hard to tell apart.
+constexpr double hairline = 1;
+constexpr double leastHeightForHairline = 4; // a lower piece would be mostly line
 constexpr float highlightOpacity = 0.45F;
 constexpr float columnOpacity = 0.06F; // behind a highlighted bar, which may be too low to be seen
 
@@ -77,9 +80,12 @@ void StackedBars::draw(QCPPainter* painter) {
 }
 
 void StackedBars::drawPiece(QCPPainter& painter, const Piece& piece) const {
-    const QRectF bar = rect(piece.column, piece.from, piece.to);
+    QRectF bar = rect(piece.column, piece.from, piece.to);
     if (bar.height() <= 0) {
         return;
+    }
+    if (!piece.isTop && bar.height() >= leastHeightForHairline) {
+        bar.adjust(0, hairline, 0, 0);
     }
     if (piece.isTop) {
         painter.setBrush(piece.color);

@@ -8,6 +8,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace fernhollow {
 namespace {
 
@@ -32,8 +34,12 @@ AppBreakdownView::AppBreakdownView(std::shared_ptr<AppModel> model, const Clock&
         search_.setText(text.toStdString());
         refresh();
     });
+    Theme::setGround(*list_, Theme::control);
     Theme::setGround(*list_->viewport(), Theme::control);
-    list_->setFixedHeight(Theme::scaled(listHeight));
+    list_->setMinimumHeight(Theme::scaled(listHeight));
+    list_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    body_->setSizeConstraint(QLayout::SetMinAndMaxSize); // no higher than the list with all its rows
     body_->addWidget(makeHeader());
     body_->addWidget(searchField_);
     body_->addWidget(list_);
@@ -42,6 +48,7 @@ AppBreakdownView::AppBreakdownView(std::shared_ptr<AppModel> model, const Clock&
 QWidget* AppBreakdownView::makeHeader() {
     date_->hide();
     auto* header = new QWidget;
+    header->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(headerSpacing);
@@ -62,8 +69,11 @@ void AppBreakdownView::refresh() {
     const AppTracker& tracker = model_->appTracker();
     auto items = isPast ? AppList::ofDay(tracker.last30DaysAppDaily.get(), *selectedDate_, calendar_)
                         : AppList::ofToday(tracker.todayAppTotals.get());
+    const bool hasAny = !items.empty();
     AppList::arrange(items, search_);
+    list_->setEmptyText(emptyListText(hasAny ? searchField_->text() : QString()));
     list_->setItems(items);
+    list_->setMaximumHeight(std::max(list_->minimumHeight(), list_->contentHeight()));
 }
 
 void AppBreakdownView::showDate(std::optional<Instant> pastDay) {

@@ -120,7 +120,15 @@ void ChartClickOverlay::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void ChartClickOverlay::leaveEvent(QEvent*) {
-    Q_EMIT daySelected(std::nullopt);
+    selectFocused();
+}
+
+void ChartClickOverlay::selectFocused() {
+    const auto focused =
+        std::ranges::find_if(buttons_, [](const auto* button) { return button->hasFocus(); });
+    Q_EMIT daySelected(focused == buttons_.end()
+                           ? std::nullopt
+                           : std::optional(days_[static_cast<std::size_t>(indexOf(*focused))].noon));
 }
 
 int ChartClickOverlay::indexOf(const QObject* button) const {

@@ -13,7 +13,8 @@ namespace fernhollow {
 
 /// What makes a chart of days answer: a clear layer over it that turns a place into a day.
 ///
-/// The pointer's day is selected while it moves and opened by a click. For the keyboard and a screen reader
+/// The pointer's day is selected while it moves and opened by a click; once it leaves, the day that has the
+/// keyboard is selected, if one has. For the keyboard and a screen reader
 /// each day is a button of its own: one of them takes the focus, the arrow keys go on to its neighbours.
 class ChartClickOverlay : public QWidget {
     Q_OBJECT
@@ -46,6 +47,7 @@ protected:
 private:
     void handleHover(double x);
     void handleTap(double x);
+    void selectFocused();
     std::optional<Instant> dateAtLocation(double x) const;
     void setButtons(std::size_t count);
     QAbstractButton* addButton();

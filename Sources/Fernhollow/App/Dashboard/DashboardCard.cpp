@@ -1,5 +1,7 @@
 #include "App/Dashboard/DashboardCard.h"
 
+#include "App/Widgets/ElidedLabel.h"
+
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -23,6 +25,13 @@ DashboardCard::DashboardCard(const QString& name, QWidget* parent)
 QLabel* DashboardCard::makeTitle(const QString& text) {
     return Theme::makeLabel(text, Theme::font(Theme::TextStyle::subheadline, QFont::DemiBold),
                             Theme::secondary);
+}
+
+ElidedLabel* DashboardCard::makeReading() {
+    auto* reading = new ElidedLabel(Qt::ElideLeft); // the figure is at its end
+    reading->setFont(Theme::font(Theme::TextStyle::caption2));
+    Theme::setTextColor(*reading, Theme::primary);
+    return reading;
 }
 
 QWidget* DashboardCard::makeFigure(QLabel* value, const QString& caption, Theme::TextStyle captionStyle,

@@ -10,6 +10,8 @@ class QVBoxLayout;
 
 namespace fernhollow {
 
+class ElidedLabel;
+
 /// One card of the dashboard.
 class DashboardCard : public QFrame {
 protected:
@@ -17,6 +19,8 @@ protected:
     explicit DashboardCard(const QString& name, QWidget* parent = nullptr);
 
     static QLabel* makeTitle(const QString& text);
+    /// What the bar says that is pointed at; empty while there is none.
+    static ElidedLabel* makeReading();
     /// The value over its caption, both at the same side.
     static QWidget* makeFigure(QLabel* value, const QString& caption, Theme::TextStyle captionStyle,
                                Qt::Alignment alignment);

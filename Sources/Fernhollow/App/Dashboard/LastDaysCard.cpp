@@ -1,10 +1,11 @@
 #include "App/Dashboard/LastDaysCard.h"
 
-#include "App/Charts/BarChart.h"
+#include "App/Charts/AppSegments.h"
 #include "App/Dashboard/ChartClickOverlay.h"
-#include "App/Widgets/AppColor.h"
+#include "App/Widgets/ElidedLabel.h"
 #include "Presentation/DashboardSeries.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -18,22 +19,22 @@ constexpr int chartHeight = 140;
 constexpr int daysBetweenMarks = 3;
 constexpr float accountOpacity = 0.6F;
 
-QColor colorOfRecord(const AppTracker::DailyAppStats& record) {
-    return colorOf(record.bundleId);
-}
-
 } // namespace
 
 LastDaysCard::LastDaysCard()
     : DashboardCard(QStringLiteral("Last 15 Days")),
       chart_(new BarChart({.columns = DashboardSeries::days, .height = chartHeight, .hasCountAxis = true})),
-      overlay_(new ChartClickOverlay(chart_)),
+      overlay_(new ChartClickOverlay(chart_)), reading_(makeReading()),
       empty_(
           Theme::makeLabel(QStringLiteral("No data available"), Theme::TextStyle::body, Theme::secondary)) {
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setFixedHeight(Theme::scaled(chartHeight));
     chart_->setAccessibleName(QStringLiteral("Key presses of the last 15 days"));
-    body_->addWidget(makeTitle(QStringLiteral("Last 15 Days")));
+    auto* header = new QHBoxLayout;
+    header->addWidget(makeTitle(QStringLiteral("Last 15 Days")));
+    header->addStretch();
+    header->addWidget(reading_);
+    body_->addLayout(header);
     body_->addWidget(chart_);
     body_->addWidget(empty_);
     connect(overlay_, &ChartClickOverlay::daySelected, this, &LastDaysCard::select);
@@ -63,10 +64,10 @@ void LastDaysCard::showDays(std::vector<AppTracker::DailyAppStats> records, Inst
     std::ranges::sort(records, {}, [](const auto& record) { return std::tie(record.day, record.bundleId); });
     columns_.emplace(DashboardSeries::days, now, calendar_);
     totals_.assign(static_cast<std::size_t>(columns_->count()), 0);
-    std::vector<BarChart::Segment> segments;
+    std::vector<AppCount> counts;
     for (const auto& record : records) {
         if (const auto column = columns_->column(record.day)) {
-            segments.push_back({*column, record.count, colorOfRecord(record)});
+            counts.push_back({*column, record.bundleId, record.count});
             totals_[static_cast<std::size_t>(*column)] += record.count;
         }
     }
@@ -83,7 +84,7 @@ void LastDaysCard::showDays(std::vector<AppTracker::DailyAppStats> records, Inst
     }
     chart_->setColumns(columns_->count());
     chart_->setMarks(std::move(marks));
-    chart_->setSegments(segments);
+    chart_->setSegments(appSegments(counts));
     overlay_->setDays(ChartProxy(*chart_, *columns_), std::move(days));
     showHighlight();
 }
@@ -116,11 +117,15 @@ void LastDaysCard::select(std::optional<Instant> day) {
 
 void LastDaysCard::showHighlight() {
     const auto column = selectedDate_ && columns_ ? columns_->column(*selectedDate_) : std::nullopt;
-    if (column) {
-        chart_->setHighlight(BarChart::Highlight{*column, totals_[static_cast<std::size_t>(*column)]});
-    } else {
+    if (!column) {
+        reading_->setFullText({});
         chart_->setHighlight(std::nullopt);
+        return;
     }
+    const auto index = static_cast<std::size_t>(*column);
+    reading_->setFullText(QString::fromStdString(dayText_.fullDate(columns_->noons()[index]) + ": " +
+                                                 numberText_(totals_[index])));
+    chart_->setHighlight(BarChart::Highlight{*column, totals_[index]});
 }
 
 } // namespace fernhollow

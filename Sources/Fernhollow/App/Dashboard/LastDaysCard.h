@@ -16,6 +16,7 @@ namespace fernhollow {
 
 class BarChart;
 class ChartClickOverlay;
+class ElidedLabel;
 
 /// The last 15 days, a bar for each; a day can be pointed at and opened.
 class LastDaysCard : public DashboardCard {
@@ -49,6 +50,7 @@ private:
     std::vector<std::int64_t> totals_; // of the columns
     BarChart* chart_;
     ChartClickOverlay* overlay_;
+    ElidedLabel* reading_;
     QLabel* empty_;
 };
 

@@ -1,9 +1,10 @@
 #include "App/Dashboard/MetricsCard.h"
 
 #include "App/Widgets/FigureLabel.h"
+#include "App/Widgets/FlowLayout.h"
 #include "Presentation/FixedDecimals.h"
 
-#include <QHBoxLayout>
+#include <QVBoxLayout>
 
 namespace fernhollow {
 namespace {
@@ -18,12 +19,10 @@ MetricsCard::MetricsCard()
     : DashboardCard(QStringLiteral("Metrics")), average_(metricBox(QStringLiteral("Avg/Day"), false)),
       peak_(metricBox(QStringLiteral("Peak Hour"), false)),
       active_(metricBox(QStringLiteral("Active Hours"), false)) {
-    auto* row = new QHBoxLayout;
-    row->setSpacing(boxSpacing);
+    auto* row = new FlowLayout(boxSpacing);
     for (const Box* box : {&average_, &peak_, &active_}) {
         row->addWidget(box->widget);
     }
-    row->addStretch();
     body_->addWidget(makeTitle(QStringLiteral("Metrics")));
     body_->addLayout(row);
 }

@@ -21,6 +21,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds pause = 150ms; // between redraws, while the person types fast
 constexpr int padding = 12;
 constexpr int spacing = 12;
+constexpr int widest = 900; // wider bars and rows are no easier to read
 
 } // namespace
 
@@ -48,7 +49,7 @@ ProductivityDashboard::~ProductivityDashboard() {
 
 void ProductivityDashboard::layOut() {
     setFrameShape(QFrame::NoFrame);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAlignment(Qt::AlignHCenter);
     setWidgetResizable(true);
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -56,9 +57,10 @@ void ProductivityDashboard::layOut() {
     layout->setSpacing(spacing);
     for (QWidget* card :
          std::initializer_list<QWidget*>{today_, weeks_, lastDays_, applications_, metrics_}) {
-        layout->addWidget(card);
+        layout->addWidget(card, card == applications_ ? 1 : 0); // whose list uses what height there is
     }
     layout->addStretch();
+    content->setMaximumWidth(Theme::scaled(widest));
     setWidget(content);
 }
 
@@ -84,6 +86,11 @@ void ProductivityDashboard::showEvent(QShowEvent* event) {
     refresh();
     QScrollArea::showEvent(event);
     model_->refreshFromDisk();
+}
+
+void ProductivityDashboard::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    today_->setRoom(std::min(viewport()->width(), Theme::scaled(widest)) - 2 * padding);
 }
 
 void ProductivityDashboard::requestRefresh(Parts stale) {

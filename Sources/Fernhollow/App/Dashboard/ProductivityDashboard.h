@@ -30,6 +30,7 @@ public:
     ~ProductivityDashboard() override;
 
 protected:
+    void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

@@ -30,6 +30,7 @@ constexpr int figuresWidth = 320;
 constexpr int applicationsWidth = 200;
 constexpr int figuresSpacing = 16;
 constexpr int applicationsSpacing = 12;
+constexpr int widest = 900; // of all the content
 constexpr float rowOpacity = 0.5F;
 
 AppListDelegate::Style rowStyle() {
@@ -51,6 +52,7 @@ QVBoxLayout* makeLines(QWidget* upper, QWidget* lower, Qt::Alignment alignment) 
 DayDetailView::DayDetailView(Instant selectedDate, std::shared_ptr<AppModel> model, const Clock& clock,
                              QWidget* parent)
     : QWidget(parent), selectedDate_(selectedDate), model_(std::move(model)), clock_(clock),
+      columns_(new QHBoxLayout), header_(new QHBoxLayout),
       date_(Theme::makeLabel({}, Theme::font(Theme::TextStyle::title2, QFont::Bold), Theme::primary)),
       relativeDate_(Theme::makeLabel({}, Theme::TextStyle::subheadline, Theme::secondary)),
       total_(new FigureLabel(Theme::font(Theme::TextStyle::title2, QFont::Bold), Theme::primary,
@@ -58,18 +60,16 @@ DayDetailView::DayDetailView(Instant selectedDate, std::shared_ptr<AppModel> mod
       summary_(new DaySummaryCard), hours_(new HourlyChartCard), figures_(new QWidget),
       figuresArea_(new QScrollArea), searchField_(new QLineEdit), list_(new AppListView(rowStyle())) {
     setMinimumSize(leastSize);
-    auto* columns = new QHBoxLayout;
-    columns->setContentsMargins(padding, padding, padding, padding);
-    columns->setSpacing(columnSpacing - scrollBarRoom);
-    columns->addWidget(makeFigures());
-    columns->addWidget(makeApplications(), 1);
+    columns_->setSpacing(columnSpacing - scrollBarRoom);
+    columns_->addWidget(makeFigures());
+    columns_->addWidget(makeApplications(), 1);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(makeHeader());
     layout->addWidget(Theme::makeDivider());
-    layout->addLayout(columns, 1);
+    layout->addLayout(columns_, 1);
     setFocusProxy(searchField_);
 
     observation_ = model_->observe([this] { redraw_.request(); });
@@ -83,11 +83,10 @@ QWidget* DayDetailView::makeHeader() {
         label->setAlignment(Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter); // in any script
     }
     auto* header = new QWidget;
-    auto* layout = new QHBoxLayout(header);
-    layout->setContentsMargins(padding, headerPadding, padding, headerPadding);
-    layout->setSpacing(headerSpacing);
-    layout->addLayout(makeLines(date_, relativeDate_, {}), 1);
-    layout->addLayout(makeLines(
+    header->setLayout(header_);
+    header_->setSpacing(headerSpacing);
+    header_->addLayout(makeLines(date_, relativeDate_, {}), 1);
+    header_->addLayout(makeLines(
         total_, Theme::makeLabel(caption, Theme::TextStyle::subheadline, Theme::secondary), Qt::AlignRight));
     return header;
 }
@@ -142,7 +141,10 @@ void DayDetailView::showEvent(QShowEvent* event) {
 // The left column grows with the user's font as far as it leaves room for the right one.
 void DayDetailView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const int left = width() - 2 * padding - columnSpacing - Theme::scaled(applicationsWidth);
+    const int side = std::max(padding, (width() - Theme::scaled(widest)) / 2);
+    header_->setContentsMargins(side, headerPadding, side, headerPadding);
+    columns_->setContentsMargins(side, padding, side, padding);
+    const int left = width() - 2 * side - columnSpacing - Theme::scaled(applicationsWidth);
     const int fitting = std::clamp(left, figuresWidth, std::max(figuresWidth, Theme::scaled(figuresWidth)));
     figures_->setFixedWidth(fitting);
     figuresArea_->setFixedWidth(fitting + scrollBarRoom);
@@ -165,7 +167,9 @@ void DayDetailView::refresh() {
     summary_->show(figures);
     hours_->show(hourly);
     AppList::setPercentages(apps, figures.dayTotal);
+    const bool hasAny = !apps.empty();
     AppList::arrange(apps, search_);
+    list_->setEmptyText(emptyListText(hasAny ? searchField_->text() : QString()));
     list_->setItems(apps);
 }
 

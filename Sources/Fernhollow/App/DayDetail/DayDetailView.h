@@ -11,6 +11,7 @@
 
 #include <memory>
 
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QScrollArea;
@@ -53,6 +54,8 @@ private:
     Observation observation_;
     Redraw redraw_{*this, [this] { refresh(); }};
 
+    QHBoxLayout* columns_;
+    QHBoxLayout* header_;
     QLabel* date_;
     QLabel* relativeDate_;
     FigureLabel* total_;

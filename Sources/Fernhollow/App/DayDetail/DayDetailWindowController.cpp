@@ -14,8 +14,10 @@ DayDetailWindowController& DayDetailWindowController::shared() {
 }
 
 void DayDetailWindowController::createWindow() {
-    setWindow(new QWidget,
-              {.title = QStringLiteral("Day Details"), .initial = {700, 550}, .minimum = {600, 450}});
+    setWindow(new QWidget, {.title = QStringLiteral("Day Details"),
+                            .key = "dayWindowFrame",
+                            .initial = {700, 550},
+                            .minimum = {600, 450}});
     auto* layout = new QVBoxLayout(window_);
     layout->setContentsMargins(0, 0, 0, 0);
     for (const QKeySequence& key : {QKeySequence(Qt::CTRL | Qt::Key_W), QKeySequence(Qt::Key_Escape)}) {

@@ -1,11 +1,12 @@
 #include "App/DayDetail/DaySummaryCard.h"
 
 #include "App/Widgets/FigureLabel.h"
+#include "App/Widgets/FlowLayout.h"
 #include "App/Widgets/Theme.h"
 #include "Presentation/AppList.h"
 #include "Presentation/FixedDecimals.h"
 
-#include <QGridLayout>
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace fernhollow {
@@ -16,13 +17,16 @@ constexpr int padding = 12;
 constexpr int spacing = 8;
 constexpr double valuePoints = 20;
 
-FigureLabel* addMetricBox(QGridLayout& row, const QString& label) {
+FigureLabel* addMetricBox(FlowLayout& row, const QString& label) {
     auto* value = new FigureLabel(Theme::font(valuePoints, QFont::DemiBold), Theme::primary);
     value->setAccessibleDescription(label);
-    const int column = row.count() / 2;
-    row.addWidget(value, 0, column, Qt::AlignLeft);
-    row.addWidget(Theme::makeLabel(label, Theme::TextStyle::caption, Theme::secondary), 1, column);
-    row.setColumnStretch(column, 1);
+    auto* box = new QWidget;
+    auto* lines = new QVBoxLayout(box);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(0);
+    lines->addWidget(value, 0, Qt::AlignLeft);
+    lines->addWidget(Theme::makeLabel(label, Theme::TextStyle::caption, Theme::secondary));
+    row.addWidget(box);
     return value;
 }
 
@@ -36,9 +40,7 @@ DaySummaryCard::DaySummaryCard(QWidget* parent) : QFrame(parent) {
     layout->setSpacing(spacing);
     layout->addWidget(
         Theme::makeLabel(QStringLiteral("Summary"), Theme::font(Theme::TextStyle::headline), Theme::primary));
-    auto* row = new QGridLayout;
-    row->setHorizontalSpacing(spacing);
-    row->setVerticalSpacing(0);
+    auto* row = new FlowLayout(spacing, FlowLayout::Columns::equal);
     average_ = addMetricBox(*row, QStringLiteral("Avg/Hour"));
     peak_ = addMetricBox(*row, QStringLiteral("Peak Hour"));
     active_ = addMetricBox(*row, QStringLiteral("Active Hours"));

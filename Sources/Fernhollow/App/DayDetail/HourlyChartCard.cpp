@@ -1,13 +1,12 @@
 #include "App/DayDetail/HourlyChartCard.h"
 
-#include "App/Charts/BarChart.h"
-#include "App/Widgets/AppColor.h"
+#include "App/Charts/AppSegments.h"
+#include "App/Widgets/ElidedLabel.h"
 #include "App/Widgets/Theme.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
-
-#include <cmath>
 
 namespace fernhollow {
 namespace {
@@ -18,7 +17,6 @@ constexpr int spacing = 8;
 constexpr int hours = 24;
 constexpr int hoursBetweenMarks = 2;
 constexpr int chartHeight = 180;
-constexpr int labelSpacing = 6;
 
 } // namespace
 
@@ -28,6 +26,7 @@ HourlyChartCard::HourlyChartCard(QWidget* parent)
                                            .hasCountAxis = true,
                                            .columnTitle = QStringLiteral("Hour"),
                                            .countTitle = QStringLiteral("Count")})),
+      reading_(new ElidedLabel(Qt::ElideLeft)),
       empty_(
           Theme::makeLabel(QStringLiteral("No data available"), Theme::TextStyle::body, Theme::secondary)) {
     Theme::styleAsCard(*this, radius);
@@ -38,47 +37,52 @@ HourlyChartCard::HourlyChartCard(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->setSpacing(spacing);
-    layout->addWidget(Theme::makeLabel(QStringLiteral("Hourly Activity"),
+    auto* header = new QHBoxLayout;
+    header->addWidget(Theme::makeLabel(QStringLiteral("Hourly Activity"),
                                        Theme::font(Theme::TextStyle::headline), Theme::primary));
+    header->addStretch();
+    header->addWidget(reading_);
+    layout->addLayout(header);
+    reading_->setFont(Theme::font(Theme::TextStyle::caption));
+    std::vector<BarChart::Mark> marks;
+    for (int hour = 0; hour < hours; hour += hoursBetweenMarks) {
+        marks.push_back({hour, QString::asprintf("%02d:00", hour)});
+    }
+    chart_->setMarks(std::move(marks));
+    connect(chart_, &BarChart::columnPointedAt, this, [this](std::optional<int> hour) { pointAt(hour); });
     layout->addWidget(chart_);
     layout->addWidget(empty_);
 }
 
 void HourlyChartCard::show(const std::vector<AppTracker::HourlyAppStats>& hourly) {
-    std::vector<BarChart::Segment> segments;
-    segments.reserve(hourly.size());
+    std::vector<AppCount> counts;
+    counts.reserve(hourly.size());
     for (const auto& entry : hourly) {
-        segments.push_back({entry.hour, entry.count, colorOf(entry.bundleId)});
+        counts.push_back({entry.hour, entry.bundleId, entry.count});
+    }
+    const auto segments = appSegments(counts);
+    totals_.fill(0);
+    for (const auto& entry : hourly) {
+        if (entry.hour >= 0 && entry.hour < hours) {
+            totals_[static_cast<std::size_t>(entry.hour)] += entry.count;
+        }
     }
     chart_->setVisible(!segments.empty());
     empty_->setVisible(segments.empty());
     chart_->setSegments(segments);
-    setMarks();
+    pointAt(segments.empty() ? std::nullopt : pointedAt_);
 }
 
-void HourlyChartCard::resizeEvent(QResizeEvent* event) {
-    QFrame::resizeEvent(event);
-    setMarks();
-}
-
-// A mark every two hours; as many of them are labelled as there is room for.
-void HourlyChartCard::setMarks() {
-    const double column = chart_->columnRect(0).width();
-    const int label =
-        QFontMetrics(Theme::font(Theme::TextStyle::caption2)).horizontalAdvance(QStringLiteral("00:00")) +
-        labelSpacing;
-    int between = hoursBetweenMarks;
-    while (between < hours && between * column < label) {
-        between *= 2;
-    }
-    if (std::exchange(hoursBetweenLabels_, between) == between) {
+void HourlyChartCard::pointAt(std::optional<int> hour) {
+    pointedAt_ = hour;
+    if (!hour) {
+        reading_->setFullText({});
+        chart_->setHighlight(std::nullopt);
         return;
     }
-    std::vector<BarChart::Mark> marks;
-    for (int hour = 0; hour < hours; hour += hoursBetweenMarks) {
-        marks.push_back({hour, hour % between == 0 ? QString::asprintf("%02d:00", hour) : QString()});
-    }
-    chart_->setMarks(std::move(marks));
+    const std::int64_t total = totals_[static_cast<std::size_t>(*hour)];
+    reading_->setFullText(hourReading(*hour, numberText_(total)));
+    chart_->setHighlight(BarChart::Highlight{*hour, total});
 }
 
 } // namespace fernhollow

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "Model/AppTracker.h"
+#include "Support/NumberText.h"
 
 #include <QFrame>
 
+#include <array>
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 class QLabel;
@@ -11,6 +15,7 @@ class QLabel;
 namespace fernhollow {
 
 class BarChart;
+class ElidedLabel;
 
 /// The hours of a day, each a bar of what was typed in the applications.
 class HourlyChartCard : public QFrame {
@@ -19,15 +24,15 @@ public:
 
     void show(const std::vector<AppTracker::HourlyAppStats>& hourly);
 
-protected:
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
-    void setMarks();
+    void pointAt(std::optional<int> hour);
 
+    NumberText numberText_;
+    std::optional<int> pointedAt_;          // the hour under the pointer
+    std::array<std::int64_t, 24> totals_{}; // of the hours
     BarChart* chart_;
+    ElidedLabel* reading_;
     QLabel* empty_;
-    int hoursBetweenLabels_ = 0;
 };
 
 } // namespace fernhollow

@@ -41,7 +41,8 @@ AccountButton::AccountButton(std::shared_ptr<AccountManager> account, const Cloc
     showState();
 }
 
-void AccountButton::refresh() {
+void AccountButton::refresh(const std::string& thisDevice) {
+    thisDevice_ = thisDevice;
     const auto email = account_->email();
     setVisible(email.has_value());
     if (!email) {
@@ -54,7 +55,7 @@ void AccountButton::refresh() {
     setAccessibleName(QString::fromStdString(*email));
     chevron_->setVisible(!account_->connectedDevices.get().empty());
     if (devices_) {
-        devices_->setDevices(account_->connectedDevices.get());
+        devices_->setDevices(account_->connectedDevices.get(), thisDevice_);
     }
 }
 
@@ -68,7 +69,7 @@ void AccountButton::toggleDevices() {
         devices_.clear(); // it is deleted in the next turn of the event loop
         showState();
     });
-    devices_->setDevices(account_->connectedDevices.get());
+    devices_->setDevices(account_->connectedDevices.get(), thisDevice_);
     devices_->show();
     devices_->setFocus(Qt::PopupFocusReason);
     showState();

@@ -4,6 +4,7 @@
 #include <QPushButton>
 
 #include <memory>
+#include <string>
 
 namespace fernhollow {
 
@@ -26,7 +27,8 @@ public:
 
     AccountButton(std::shared_ptr<AccountManager> account, const Clock& clock, QWidget* parent = nullptr);
 
-    void refresh();
+    /// `thisDevice` is the identifier of this machine.
+    void refresh(const std::string& thisDevice);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -37,6 +39,7 @@ private:
 
     std::shared_ptr<AccountManager> account_;
     const Clock& clock_;
+    std::string thisDevice_;
     ElidedLabel* email_;
     Symbol* chevron_;
     QPointer<DevicesPopover> devices_;

@@ -30,6 +30,7 @@ constexpr int narrowest = 200;
 constexpr int widest = 320; // the narrowest window keeps room at its sides
 constexpr int gap = 4;      // to the anchor and to the top of the window
 constexpr int scrollBarGap = 6;
+constexpr int cardEdge = 12; // of the cards behind it
 
 QLabel* makeLabel(const QString& text, const QColor& color, Theme::TextStyle style,
                   QFont::Weight weight = QFont::Normal) {
@@ -83,7 +84,22 @@ DevicesPopover::DevicesPopover(const Clock& clock, QWidget* anchor)
     qApp->installEventFilter(this);
 }
 
-void DevicesPopover::setDevices(const std::vector<DeviceInfo>& devices) {
+void DevicesPopover::keepOrder(std::vector<DeviceInfo>& devices) {
+    auto rest = devices.begin(); // of those that have no place yet
+    for (const std::string& id : order_) {
+        const auto device =
+            std::find_if(rest, devices.end(), [&](const auto& one) { return one.device_id == id; });
+        if (device != devices.end()) {
+            std::rotate(rest, device, device + 1);
+            ++rest;
+        }
+    }
+    order_.clear();
+    std::ranges::transform(devices, std::back_inserter(order_), &DeviceInfo::device_id);
+}
+
+void DevicesPopover::setDevices(std::vector<DeviceInfo> devices, const std::string& thisDevice) {
+    keepOrder(devices);
     while (rows_.size() > devices.size()) {
         delete rows_.back().widget;
         rows_.pop_back();
@@ -94,7 +110,9 @@ void DevicesPopover::setDevices(const std::vector<DeviceInfo>& devices) {
     empty_->setVisible(devices.empty());
 
     for (std::size_t i = 0; i < devices.size(); ++i) {
-        rows_[i].name->setFullText(QString::fromStdString(devices[i].device_name));
+        const QString name = QString::fromStdString(devices[i].device_name).simplified();
+        rows_[i].name->setFullText(name.isEmpty() ? QStringLiteral("Unnamed device") : name);
+        rows_[i].mark->setVisible(devices[i].device_id == thisDevice);
         const Instant lastSeen = devices[i].lastSeenDate(clock_);
         const Instant now = clock_.now(); // read second, so that an unknown time is not ahead of it
         rows_[i].lastSeen->setText(QString::fromStdString(relativeTime_(lastSeen, now)));
@@ -106,7 +124,8 @@ DevicesPopover::Row DevicesPopover::addRow() {
     const QFont font = Theme::font(Theme::TextStyle::caption);
     const int side = QFontMetrics(font).height();
     const Row row{new QWidget, new ElidedLabel(Qt::ElideRight),
-                  makeLabel({}, Theme::tertiary, Theme::TextStyle::caption2)};
+                  makeLabel({}, Theme::tertiary, Theme::TextStyle::caption2),
+                  makeLabel(QStringLiteral("This device"), Theme::tint, Theme::TextStyle::caption2)};
     row.name->setFont(font);
 
     auto* lines = new QVBoxLayout;
@@ -119,6 +138,7 @@ DevicesPopover::Row DevicesPopover::addRow() {
     columns->setSpacing(rowSpacing);
     columns->addWidget(new Symbol(QStringLiteral("display"), Theme::secondary, {side, side}));
     columns->addLayout(lines, 1);
+    columns->addWidget(row.mark);
     list_->addWidget(row.widget);
     row.widget->show();
     return row;
@@ -145,7 +165,7 @@ void DevicesPopover::place() {
 
     const QSize hint = layout()->totalSizeHint();
     const QSize size(std::clamp(hint.width(), narrowest, widest), shown + rest);
-    setGeometry({{corner.x(), corner.y() - gap - size.height()}, size});
+    setGeometry({{cardEdge, corner.y() - gap - size.height()}, size});
 }
 
 void DevicesPopover::closeEvent(QCloseEvent* event) {

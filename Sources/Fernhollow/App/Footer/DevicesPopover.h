@@ -4,6 +4,7 @@
 
 #include <QFrame>
 
+#include <string>
 #include <vector>
 
 class QLabel;
@@ -27,7 +28,9 @@ class DevicesPopover : public QFrame {
 public:
     DevicesPopover(const Clock& clock, QWidget* anchor);
 
-    void setDevices(const std::vector<DeviceInfo>& devices);
+    /// `thisDevice` is the identifier of this machine, which is marked. Rows keep their places while the list
+    /// is open, whichever machine was seen last.
+    void setDevices(std::vector<DeviceInfo> devices, const std::string& thisDevice);
 
 Q_SIGNALS:
     void closed();
@@ -42,8 +45,10 @@ private:
         QWidget* widget;
         ElidedLabel* name;
         QLabel* lastSeen;
+        QLabel* mark; ///< of this machine
     };
 
+    void keepOrder(std::vector<DeviceInfo>& devices);
     Row addRow();
     bool isOutside(QObject* widget) const;
     void place();
@@ -55,6 +60,7 @@ private:
     QVBoxLayout* list_;
     QLabel* empty_;
     std::vector<Row> rows_;
+    std::vector<std::string> order_; // of the identifiers, as they are shown
 };
 
 } // namespace fernhollow

@@ -36,6 +36,9 @@ bool AppListModel::update(Row& row, const AppDisplayItem& item) const {
         row.bundleId = item.bundleId;
         row.appName = item.appName;
         row.name = QString::fromStdString(row.appName).simplified();
+        if (row.name.isEmpty()) {
+            row.name = QString::fromStdString(row.bundleId).simplified();
+        }
         row.color = colorOf(item.bundleId);
         hasChanged = true;
     }

@@ -2,6 +2,7 @@
 
 #include "App/Lists/AppListDelegate.h"
 
+#include <QElapsedTimer>
 #include <QListView>
 
 namespace fernhollow {
@@ -15,14 +16,30 @@ public:
     explicit AppListView(const AppListDelegate::Style& style, QWidget* parent = nullptr);
 
     void setItems(const std::vector<AppDisplayItem>& items);
+    /// What an empty list says instead of rows.
+    void setEmptyText(const QString& text);
+
+    /// The height of all rows.
+    int contentHeight() const;
+    /// No higher than it has to be: a list that shall grow gets the room from its layout.
+    QSize sizeHint() const override { return {QListView::sizeHint().width(), minimumHeight()}; }
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles) override;
 
 private:
+    void sayWhetherEmpty();
+
     AppListModel model_;
     AppListDelegate delegate_;
+    QString emptyText_;
+    QElapsedTimer sinceWheel_; // moved this list
 };
+
+/// What a list says that is empty: because no name holds `search`, or because there was no press.
+QString emptyListText(const QString& search);
 
 } // namespace fernhollow

@@ -12,7 +12,10 @@ MainWindowController& MainWindowController::shared() {
 
 void MainWindowController::createWindow(const AppStateHolder& objects) {
     setWindow(new MenuContentView(objects.model, objects.account, objects.updateManager, *objects.clock),
-              {.title = QStringLiteral("Fernhollow"), .initial = {420, 750}, .minimum = {380, 500}});
+              {.title = QStringLiteral("Fernhollow"),
+               .key = "mainWindowFrame",
+               .initial = {420, 750},
+               .minimum = {380, 500}});
 }
 
 void MainWindowController::toggle(const AppStateHolder& objects, const ActivationToken& token) {

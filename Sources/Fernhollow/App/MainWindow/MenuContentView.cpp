@@ -35,6 +35,34 @@ QWidget* centred(QWidget* view) {
 }
 
 QPushButton* makePlainButton(const QString& text, const QColor& color) {
+/// Two halves side by side, or below each other where the window is too narrow for both.
+class FooterLine : public QWidget {
+public:
+    FooterLine(QHBoxLayout* first, QHBoxLayout* second)
+        : halves_(new QBoxLayout(QBoxLayout::LeftToRight, this)), first_(first), second_(second) {
+        halves_->setContentsMargins(footerHorizontalMargin - AccountButton::outset, footerVerticalMargin,
+                                    footerHorizontalMargin, footerVerticalMargin);
+        halves_->addLayout(first, 1);
+        halves_->addLayout(second);
+    }
+
+    QSize minimumSizeHint() const override { return {0, QWidget::minimumSizeHint().height()}; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QWidget::resizeEvent(event);
+        const QMargins margins = halves_->contentsMargins();
+        const int needed = first_->minimumSize().width() + second_->minimumSize().width() +
+                           halves_->spacing() + margins.left() + margins.right();
+        halves_->setDirection(needed > width() ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    }
+
+private:
+    QBoxLayout* halves_;
+    QHBoxLayout* first_;
+    QHBoxLayout* second_;
+};
+
     auto* button = new QPushButton(text);
     button->setProperty("plain", true);
     button->setAutoDefault(true);
@@ -92,17 +120,16 @@ QWidget* MenuContentView::makeFooterLine() {
     auto* quit = makePlainButton(QStringLiteral("Quit"), Theme::primary);
     connect(quit, &QPushButton::clicked, qApp, &QCoreApplication::quit);
 
-    auto* line = new QWidget;
-    auto* layout = new QHBoxLayout(line);
-    layout->setContentsMargins(footerHorizontalMargin - AccountButton::outset, footerVerticalMargin,
-                               footerHorizontalMargin, footerVerticalMargin);
-    layout->addWidget(accountButton_, 1);
-    layout->addStretch();
-    layout->addWidget(new UpdateStatusButton(updateManager_));
-    layout->addStretch();
-    layout->addWidget(signOut_);
-    layout->addWidget(quit);
-    return line;
+    auto* first = new QHBoxLayout;
+    first->addWidget(accountButton_, 1);
+    first->addStretch();
+    first->addWidget(new UpdateStatusButton(updateManager_));
+    first->addStretch();
+    auto* second = new QHBoxLayout;
+    second->addStretch();
+    second->addWidget(signOut_);
+    second->addWidget(quit);
+    return new FooterLine(first, second);
 }
 
 void MenuContentView::addShortcuts() {
@@ -122,7 +149,7 @@ void MenuContentView::refresh() {
         return;
     }
     const bool isSignedIn = account_->email().has_value();
-    accountButton_->refresh();
+    accountButton_->refresh(model_->deviceId());
     signOut_->setVisible(isSignedIn);
     trouble_->setText(countsTrouble(*model_));
     trouble_->setVisible(!trouble_->text().isEmpty());
@@ -162,3 +189,6 @@ QWidget* MenuContentView::dashboard() {
 }
 
 } // namespace fernhollow
+        if (page == signInPage_) {
+            signIn_->takeUp();
+        }

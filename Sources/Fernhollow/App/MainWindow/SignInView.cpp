@@ -37,11 +37,26 @@ SignInView::SignInView(std::shared_ptr<AccountManager> account, QWidget* parent)
     layout->addWidget(makeFields());
     setFocusProxy(email_);
     layout->addWidget(makeButton());
+    layout->addWidget(makeReason());
     layout->addStretch();
 
     setFixedWidth(formSize.width());
     setMinimumHeight(formSize.height()); // grows with a user's larger font instead of clipping it
     refresh();
+}
+
+QLabel* SignInView::makeReason() {
+    auto* reason = Theme::makeLabel(
+        QStringLiteral("Your address adds up the counts of all your machines. There is no password."),
+        Theme::TextStyle::caption, Theme::tertiary);
+    reason->setWordWrap(true);
+    reason->setAlignment(Qt::AlignCenter);
+    return reason;
+}
+
+void SignInView::takeUp() {
+    email_->setFocus();
+    email_->end(false); // nothing is selected that the next key would replace
 }
 
 QWidget* SignInView::makeFields() {

@@ -23,6 +23,9 @@ public:
     /// Shows what the account says of the sign-in now.
     void refresh();
 
+    /// Gives the keyboard to what was typed before, to be gone on with.
+    void takeUp();
+
 private:
     void submit();
     static QCoro::Task<> signIn(std::shared_ptr<AccountManager> account, QString email,
@@ -30,6 +33,7 @@ private:
 
     QWidget* makeFields();
     QPushButton* makeButton();
+    static QLabel* makeReason();
 
     std::shared_ptr<AccountManager> account_;
     QString refusal_; ///< why the last try was refused

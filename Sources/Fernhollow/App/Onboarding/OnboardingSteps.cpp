@@ -100,6 +100,25 @@ QFrame* makeRounded(const QString& color, int radius) {
     return frame;
 }
 
+/// A text that takes one line where there is room for it, and no more room than its lines.
+class NoteText : public QLabel {
+public:
+    explicit NoteText(int widest) : widest_(widest) {
+        setTextFormat(Qt::PlainText);
+        setWordWrap(true);
+        setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    }
+
+    QSize sizeHint() const override {
+        const int line = fontMetrics().horizontalAdvance(text()) + 1;
+        const int width = std::min(line, Theme::scaled(widest_));
+        return {width, heightForWidth(width)};
+    }
+
+private:
+    int widest_;
+};
+
 struct Note {
     QString symbol;
     QColor symbolColor;
@@ -117,7 +136,12 @@ QWidget* makeNote(OnboardingLabels& labels, const Note& note, Text text) {
     layout->setSpacing(noteSpacing);
     const int side = Theme::scaled(noteSymbol);
     layout->addWidget(new Symbol(note.symbol, note.symbolColor, {side, side}), 0, note.alignment);
-    layout->addWidget(makeText(labels, note.font, Theme::primary, std::move(text)), 1);
+    auto* label =
+        new NoteText(columnWidth - note.padding.left() - note.padding.right() - noteSpacing - noteSymbol);
+    label->setFont(note.font);
+    Theme::setTextColor(*label, Theme::primary);
+    labels.emplace_back(label, std::move(text));
+    layout->addWidget(label);
     return frame;
 }
 
@@ -130,12 +154,14 @@ QWidget* makeFeatureRow(OnboardingLabels& labels, const QString& symbol, std::si
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(featureTextSpacing);
+    texts->addStretch();
     texts->addWidget(
         makeText(labels, Theme::font(Theme::TextStyle::headline), Theme::primary,
                  [feature](const OnboardingTexts& all) { return all.features.at(feature).title; }));
     texts->addWidget(
         makeText(labels, Theme::font(Theme::TextStyle::subheadline), Theme::secondary,
                  [feature](const OnboardingTexts& all) { return all.features.at(feature).description; }));
+    texts->addStretch();
 
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
@@ -183,7 +209,8 @@ QWidget* makeDayOneStep(OnboardingLabels& labels) {
                        {QStringLiteral("stars"), Theme::yellow, rgba(Theme::yellow, 0.15),
                         Theme::font(Theme::TextStyle::callout, QFont::Medium), QMargins(16, 10, 16, 10),
                         Qt::AlignVCenter},
-                       [](const OnboardingTexts& texts) { return texts.dayOneHighlight; }));
+                       [](const OnboardingTexts& texts) { return texts.dayOneHighlight; }),
+              Qt::AlignHCenter);
     step->end();
     return step;
 }
@@ -215,7 +242,8 @@ QWidget* makeReadyStep(OnboardingLabels& labels) {
     step->add(makeNote(labels,
                        {QStringLiteral("shield-lock-fill"), Theme::success, Theme::control.name(),
                         Theme::font(Theme::TextStyle::caption), QMargins(12, 12, 12, 12), Qt::AlignVCenter},
-                       [](const OnboardingTexts& texts) { return texts.privacyNote; }));
+                       [](const OnboardingTexts& texts) { return texts.privacyNote; }),
+              Qt::AlignHCenter);
     step->end();
     return step;
 }

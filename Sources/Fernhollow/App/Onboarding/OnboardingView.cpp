@@ -20,6 +20,7 @@ namespace {
 constexpr int barPadding = 20;
 constexpr int barSideMargin = 24;
 constexpr int barSpacing = 16;
+constexpr int plainButtonEdge = 7; // what a plain button adds to its text at each side
 
 QPushButton* makePlainButton() {
     auto* button = new QPushButton;
@@ -74,6 +75,7 @@ QWidget* OnboardingView::makeNavigationBar() {
     layout->setSpacing(barSpacing);
     layout->addWidget(dots_, 0, Qt::AlignHCenter);
     auto* row = new QHBoxLayout;
+    row->setContentsMargins(-plainButtonEdge, 0, 0, 0); // the text stands at the margin, and not its button
     row->addWidget(skip_);
     row->addWidget(previous_);
     row->addStretch();

@@ -75,7 +75,7 @@ QPushButton[prominent="true"][wide="true"] { padding: 8px 24px; }
 QPushButton[prominent="true"]:hover { background: #2b7bf6; }
 QPushButton[prominent="true"]:pressed { background: #1a5fcc; }
 QPushButton[prominent="true"]:focus { border-color: #a8ccff; }
-QPushButton[prominent="true"]:disabled { background: #34373d; color: #92959e; }
+QPushButton[prominent="true"]:disabled { background: #34373d; color: #a1a4ac; }
 QPushButton[plain="true"] {
     background: transparent; border: 1px solid transparent; border-radius: 4px; padding: 2px 6px;
 }
@@ -94,10 +94,15 @@ QPlainTextEdit {
     selection-background-color: #1f6feb;
 }
 QPlainTextEdit:focus { border-color: #5a9bff; }
-QFrame[popover="true"] { background: #26282c; border: 1px solid #55585f; }
+QFrame[popover="true"] { background: #26282c; border: 1px solid #55585f; border-radius: 8px; }
 QScrollBar:vertical { background: transparent; width: 10px; margin: 0; }
 QScrollBar::handle:vertical { background: #55585f; border-radius: 3px; margin: 2px; min-height: 24px; }
 QScrollBar::handle:vertical:hover { background: #7a7e87; }
+QScrollBar:horizontal { background: transparent; height: 10px; margin: 0; }
+QScrollBar::handle:horizontal { background: #55585f; border-radius: 3px; margin: 2px; min-width: 24px; }
+QScrollBar::handle:horizontal:hover { background: #7a7e87; }
+QScrollBar::add-line:horizontal, QScrollBar::sub-line:horizontal { width: 0; }
+QScrollBar::add-page:horizontal, QScrollBar::sub-page:horizontal { background: transparent; }
 QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
 QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
 QToolTip { background: #26282c; color: #f2f3f5; border: 1px solid #55585f; padding: 3px; }

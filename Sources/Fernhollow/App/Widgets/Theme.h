@@ -21,7 +21,8 @@ QFont font(double points, QFont::Weight weight = QFont::Normal);
 /// A length of `points`, likewise: for what has to keep up with the texts beside it.
 int scaled(double points);
 
-/// Colours of the dark appearance; each text colour has a contrast of at least 4.5:1 on `window`.
+/// Colours of the dark appearance; each text colour has a contrast of at least 4.5:1 on every
+/// ground here.
 inline constexpr QColor window{0x1e, 0x1f, 0x22};
 inline constexpr QColor raised{0x26, 0x28, 0x2c};  ///< footer and fields
 inline constexpr QColor control{0x28, 0x2a, 0x2f}; ///< cards
@@ -29,14 +30,15 @@ inline constexpr QColor row{0x33, 0x35, 0x3b};     ///< rows of a list on a card
 inline constexpr QColor separator{0x3a, 0x3c, 0x41};
 inline constexpr QColor primary{0xf2, 0xf3, 0xf5};
 inline constexpr QColor secondary{0xb4, 0xb6, 0xbd};
-inline constexpr QColor tertiary{0x92, 0x95, 0x9e};
+inline constexpr QColor tertiary{0xa1, 0xa4, 0xac};
 inline constexpr QColor accent{0x1f, 0x6f, 0xeb};
 inline constexpr QColor tint{0x5a, 0x9b, 0xff}; ///< the accent where it is text, a symbol or the focus
 inline constexpr QColor failure{0xff, 0x7b, 0x72};
 inline constexpr QColor success{0x56, 0xd3, 0x64};
 inline constexpr QColor highlight{0xff, 0x9f, 0x0a};
 inline constexpr QColor yellow{0xff, 0xd6, 0x0a};
-inline constexpr QColor bars{0x4c, 0x8d, 0xff}; ///< bars that belong to no application
+inline constexpr QColor bars{0x4c, 0x8d, 0xff};   ///< bars that belong to no application
+inline constexpr QColor others{0x6a, 0x6e, 0x78}; ///< the applications of a chart beyond the busiest
 
 /// Gives every window of the program the dark appearance. Called once, before the first window.
 void applyDark();

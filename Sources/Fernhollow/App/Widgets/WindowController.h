@@ -7,14 +7,17 @@
 #include <QString>
 #include <QWidget>
 
+#include <string>
+
 namespace fernhollow {
 
 /// One window of the program: made when it is first shown, afterwards hidden and shown again, never remade.
-/// Main thread only; lives as long as the process and holds nothing after close().
+/// Main thread only; lives as long as the process and holds nothing after close(). Size and place of the
+/// window are kept for the next start.
 class WindowController {
 public:
     /// Destroys the window, at the end of the program.
-    void close() { delete window_.data(); }
+    void close();
 
     /// Whether the window has been shown in this run.
     bool hasBeenShown() const { return window_ != nullptr; }
@@ -22,7 +25,9 @@ public:
 protected:
     struct Frame {
         QString title;
-        QSize initial; ///< smaller where the screen is; in the middle of the screen
+        std::string key; ///< under which the user defaults keep its size and place
+        /// In the middle of the screen; larger with a large font, and smaller where the screen is.
+        QSize initial;
         QSize minimum;
     };
 
