@@ -23,6 +23,7 @@ public:
                                 QDBusConnection::ExportAllProperties);
         bus_.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
         bus_.connect({}, itemPath, itemInterface, {}, this, SLOT(hear(QDBusMessage)));
+        bus_.connect({}, {}, menuInterface, {}, this, SLOT(hear(QDBusMessage)));
     }
     ~FakeNotifierHost() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
@@ -43,6 +44,12 @@ public:
         return bus_.asyncCall(message);
     }
 
+    QDBusPendingCall callMenu(const QString& path, const QString& method, const QVariantList& arguments) {
+        auto message = QDBusMessage::createMethodCall(items.last(), path, menuInterface, method);
+        message.setArguments(arguments);
+        return bus_.asyncCall(message);
+    }
+
     /// The services that registered, in order.
     QStringList items;
 
@@ -51,6 +58,7 @@ public:
     QString label;
 
     const QString itemPath = QStringLiteral("/StatusNotifierItem");
+    const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
     const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 
 public Q_SLOTS:
@@ -59,6 +67,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     void StatusNotifierHostRegistered();
     void StatusNotifierHostUnregistered();
+    void StatusNotifierItemUnregistered(const QString& item);
 
 private:
     Q_SLOT void hear(const QDBusMessage& signal) {

@@ -1,6 +1,7 @@
 #include "Platform/StatusItem/StatusItem.h"
 
 #include "Platform/StatusItem/FakeNotifierHost.h"
+#include "Platform/StatusItem/MenuTypes.h"
 #include "Platform/StatusItem/NotifierTypes.h"
 #include "Platform/StatusItem/StatusNotifier.h"
 #include "Support/EventLoop.h"
@@ -95,9 +96,8 @@ TEST_F(StatusItemInABar, TellsAHostWhatItAsks) {
                                      {QStringLiteral("ItemIsMenu"), false}}) {
         EXPECT_EQ(properties[name], value) << name.toStdString();
     }
-    EXPECT_FALSE(properties.contains(QStringLiteral("Menu")));
     EXPECT_EQ(qdbus_cast<NotifierToolTip>(properties[QStringLiteral("ToolTip")]).title,
-              QStringLiteral("12,345"));
+              QStringLiteral("Fernhollow: 12,345 key presses today"));
 
     std::vector<int> widths;
     for (const auto& image : qdbus_cast<NotifierImages>(properties[QStringLiteral("IconPixmap")])) {
@@ -127,6 +127,51 @@ TEST_F(StatusItemInABar, HandsOnEveryClick) {
     }
     EXPECT_TRUE(waitUntil([&] { return clicks.size() == 2; }));
     EXPECT_THAT(clicks, ElementsAre("leave", "")) << "a token is for one click";
+}
+
+TEST_F(StatusItemInABar, OffersItsMenu) {
+    QStringList done;
+    const auto entry = [&done](const QString& label) {
+        return StatusMenuEntry{label, [&done, label] { done.append(label); }};
+    };
+    item.setMenu({entry(QStringLiteral("Show")), entry(QStringLiteral("under_score"))});
+    const auto path = qvariant_cast<QDBusObjectPath>(bar.properties()[QStringLiteral("Menu")]).path();
+    const QDBusPendingReply<uint, MenuLayout> reply =
+        bar.callMenu(path, QStringLiteral("GetLayout"), {0, -1, QStringList{}});
+    ASSERT_TRUE(waitUntil([&] { return reply.isFinished(); }));
+    ASSERT_FALSE(reply.isError()) << reply.error().message().toStdString();
+    QStringList labels;
+    for (const QDBusVariant& child : reply.argumentAt<1>().children) {
+        const auto layout = qdbus_cast<MenuLayout>(child.variant());
+        EXPECT_EQ(layout.id, labels.size() + 1);
+        labels.append(layout.properties[QStringLiteral("label")].toString());
+    }
+    EXPECT_EQ(labels, QStringList({QStringLiteral("Show"), QStringLiteral("under__score")}));
+
+    const auto click = [&](int id, const char* type) {
+        bar.callMenu(path, QStringLiteral("Event"),
+                     {id, QString::fromLatin1(type), QVariant::fromValue(QDBusVariant(0)), 0U});
+    };
+    click(1, "hovered");
+    click(7, "clicked");
+    click(2, "clicked");
+    EXPECT_TRUE(waitUntil([&] { return !done.isEmpty(); }));
+    EXPECT_EQ(done, QStringList(QStringLiteral("under_score")));
+
+    item.setMenu({entry(QStringLiteral("Hide")), entry(QStringLiteral("under_score"))});
+    EXPECT_TRUE(waitUntil([&] { return bar.signalCounts[QStringLiteral("ItemsPropertiesUpdated")] == 1; }));
+    item.setMenu({entry(QStringLiteral("Quit"))});
+    EXPECT_TRUE(waitUntil([&] { return bar.signalCounts[QStringLiteral("LayoutUpdated")] == 1; }));
+    EXPECT_EQ(bar.signalCounts[QStringLiteral("ItemsPropertiesUpdated")], 1);
+}
+
+TEST_F(StatusItemInABar, SaysWhenTheBarDropsIt) {
+    int drops = 0;
+    QObject::connect(&item, &StatusItem::dropped, &item, [&] { ++drops; });
+    Q_EMIT bar.StatusNotifierItemUnregistered(bar.items.last() + QStringLiteral("9/StatusNotifierItem"));
+    Q_EMIT bar.StatusNotifierItemUnregistered(bar.items.last() + QStringLiteral("/StatusNotifierItem"));
+    EXPECT_TRUE(waitUntilShown(item, false));
+    EXPECT_EQ(drops, 1) << "another program's item is not ours";
 }
 
 TEST_F(StatusItemInABar, ShowsAChangeAtOnceAndANewIconWhenItDiffers) {

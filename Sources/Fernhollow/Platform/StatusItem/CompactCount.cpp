@@ -67,4 +67,11 @@ QString compactCount(const QString& number) {
     return result + units[thousands - 1];
 }
 
+QString countToolTip(const QString& number) {
+    const auto digits = digitsOf(number);
+    const bool isOne = digits.size() == 1 && QChar::digitValue(digits.first()) == 1;
+    return QStringLiteral("Fernhollow: %1 key %2 today")
+        .arg(number, isOne ? QStringLiteral("press") : QStringLiteral("presses"));
+}
+
 } // namespace fernhollow

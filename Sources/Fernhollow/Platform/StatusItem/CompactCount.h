@@ -12,4 +12,7 @@ namespace fernhollow {
 /// after four characters.
 QString compactCount(const QString& number);
 
+/// What a tooltip says of the number: "Fernhollow: 12,345 key presses today".
+QString countToolTip(const QString& number);
+
 } // namespace fernhollow

@@ -13,6 +13,7 @@ namespace {
 
 constexpr QRgb plateColor = 0xff2b303b;
 constexpr QRgb textColor = 0xffffffff;
+constexpr QRgb haltedColor = 0xffff9f0a;
 constexpr qreal cornerOfPlate = 0.18;
 
 // Outlines are taken at this size and scaled, so that a digit can end exactly on a row of pixels.
@@ -65,7 +66,7 @@ int digitHeightNear(qreal wanted, int plateHeight) {
 
 } // namespace
 
-CountIcon::CountIcon(const QString& text) {
+CountIcon::CountIcon(const QString& text, bool isHalted) : isHalted_(isHalted) {
     const QFont font = boldFont(outlinePixels);
     const QFont unitFont = boldFont(unitPixels);
     const QFontMetricsF metrics(font);
@@ -116,7 +117,7 @@ QImage CountIcon::draw(QSize plate) const {
     const qreal radius = cornerOfPlate * plate.height();
     painter.drawRoundedRect(QRectF(QPointF(), QSizeF(plate)), radius, radius);
     if (!outline_.isEmpty()) {
-        painter.fillPath(fitted(plate), QColor::fromRgba(textColor));
+        painter.fillPath(fitted(plate), QColor::fromRgba(isHalted_ ? haltedColor : textColor));
     }
     return image;
 }

@@ -12,7 +12,8 @@ namespace fernhollow {
 /// size, so that it reads on light and on dark panels. The text is drawn as large as the plate allows.
 class CountIcon {
 public:
-    explicit CountIcon(const QString& text);
+    /// With `isHalted` the digits have the colour of something that waits.
+    explicit CountIcon(const QString& text, bool isHalted = false);
 
     QImage draw(QSize plate) const;
     QImage drawSquare(int side) const { return draw({side, side}); }
@@ -23,6 +24,7 @@ public:
 private:
     QPainterPath fitted(QSize plate) const;
 
+    bool isHalted_;
     QPainterPath outline_;
     QRectF digits_; // ink of the digits alone: letters may reach beyond
 };

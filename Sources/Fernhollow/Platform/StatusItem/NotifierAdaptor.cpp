@@ -1,5 +1,6 @@
 #include "Platform/StatusItem/NotifierAdaptor.h"
 
+#include "Platform/StatusItem/CompactCount.h"
 #include "Platform/StatusItem/StatusNotifier.h"
 #include "Support/ApplicationIdentity.h"
 
@@ -23,7 +24,11 @@ NotifierImages NotifierAdaptor::iconPixmap() const {
 }
 
 NotifierToolTip NotifierAdaptor::toolTip() const {
-    return {{}, {}, notifier_.title(), notifier_.note()};
+    return {{}, {}, countToolTip(notifier_.title()), notifier_.note()};
+}
+
+QDBusObjectPath NotifierAdaptor::menu() const {
+    return QDBusObjectPath(StatusNotifier::menuPath());
 }
 
 void NotifierAdaptor::ProvideXdgActivationToken(const QString& token) {

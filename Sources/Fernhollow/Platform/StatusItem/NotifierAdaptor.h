@@ -3,6 +3,7 @@
 #include "Platform/StatusItem/NotifierTypes.h"
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusObjectPath>
 
 namespace fernhollow {
 
@@ -11,8 +12,8 @@ class StatusNotifier;
 /// The item as status bars see it on the session bus. Owned by its StatusNotifier, whose state it
 /// reads; Qt calls it on the main thread when a host asks.
 ///
-/// There is no Menu property: hosts that find one open an empty menu on a right click, those that find
-/// none hand the click on.
+/// Hosts open the menu on a right click; those that know no menus hand the click on. ItemIsMenu says that a
+/// left click is ours in any case. There are hosts that drop an item without a menu.
 class NotifierAdaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -22,6 +23,7 @@ class NotifierAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu)
     Q_PROPERTY(QString IconThemePath READ none)
     Q_PROPERTY(QString IconName READ none)
     Q_PROPERTY(fernhollow::NotifierImages IconPixmap READ iconPixmap)
@@ -43,6 +45,7 @@ public:
     QString status() const { return QStringLiteral("Active"); }
     int windowId() const { return 0; }
     bool itemIsMenu() const { return false; }
+    QDBusObjectPath menu() const;
     QString none() const { return {}; }
     NotifierImages noImages() const { return {}; }
     NotifierImages iconPixmap() const;

@@ -40,6 +40,7 @@ public:
         trailing_.setTimerType(Qt::PreciseTimer);
         connect(&trailing_, &QTimer::timeout, &item_, [this] { publish(); });
         connect(&notifier_, &StatusNotifier::clicked, &item_, &StatusItem::clicked);
+        connect(&notifier_, &StatusNotifier::dropped, &item_, &StatusItem::dropped);
         connect(&notifier_, &StatusNotifier::presenceChanged, &item_, [this] { presenceChanged(); });
         if (tray_) {
             connect(tray_.get(), &Tray::clicked, &item_, [this] { Q_EMIT item_.clicked({}); });
@@ -68,6 +69,20 @@ public:
         notifier_.setNote(note);
         if (tray_) {
             tray_->setNote(note);
+        }
+    }
+
+    void setHalted(bool halted) {
+        notifier_.setHalted(halted);
+        if (tray_) {
+            tray_->setHalted(halted);
+        }
+    }
+
+    void setMenu(const StatusMenu& menu) {
+        notifier_.setMenu(menu);
+        if (tray_) {
+            tray_->setMenu(menu);
         }
     }
 
@@ -120,6 +135,14 @@ void StatusItem::setTitle(const QString& title) {
 
 void StatusItem::setNote(const QString& note) {
     d->setNote(note);
+}
+
+void StatusItem::setHalted(bool halted) {
+    d->setHalted(halted);
+}
+
+void StatusItem::setMenu(const StatusMenu& menu) {
+    d->setMenu(menu);
 }
 
 QString StatusItem::title() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/StatusItem/StatusMenu.h"
 #include "Platform/StatusItem/Tray.h"
 
 #include <QByteArray>
@@ -35,6 +36,12 @@ public:
     /// A sentence that the item's tooltip adds to the title; empty for none.
     void setNote(const QString& note);
 
+    /// Whether the text is to look as if it stood still: nothing is counted.
+    void setHalted(bool halted);
+
+    /// What a right click offers. Hosts hear only of labels that differ.
+    void setMenu(const StatusMenu& menu);
+
     /// Whether any host shows the item now.
     bool isShown() const;
 
@@ -42,6 +49,8 @@ Q_SIGNALS:
     /// `activationToken` is the leave for a window to come to the front, empty where the host gave none.
     void clicked(const QByteArray& activationToken);
     void shownChanged(bool shown);
+    /// A host that is still there no longer shows the item.
+    void dropped();
 
 private:
     class Private;

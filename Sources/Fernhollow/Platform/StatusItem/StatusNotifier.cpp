@@ -2,6 +2,7 @@
 
 #include "Platform/StatusItem/CompactCount.h"
 #include "Platform/StatusItem/CountIcon.h"
+#include "Platform/StatusItem/MenuAdaptor.h"
 #include "Platform/StatusItem/NotifierAdaptor.h"
 #include "Support/DebugLog.h"
 
@@ -43,14 +44,15 @@ bool nobodyOwnsTheName(const QDBusMessage& error) {
 
 StatusNotifier::StatusNotifier(const QDBusConnection& bus, StatusIcons icons, QObject* parent)
     : QObject(parent), bus_(bus), owner_(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange),
-      icons_(icons), adaptor_(new NotifierAdaptor(this)) {
+      icons_(icons), adaptor_(new NotifierAdaptor(this)), menu_(new MenuAdaptor(&menuObject_)) {
     registerNotifierTypes();
     if (!bus_.isConnected()) {
         debugLog("[StatusItem] no session bus: " + bus_.lastError().message().toStdString());
         watcher_ = Watcher::Absent;
         return;
     }
-    if (!bus_.registerObject(itemPath, this, QDBusConnection::ExportAdaptors)) {
+    if (!bus_.registerObject(itemPath, this, QDBusConnection::ExportAdaptors) ||
+        !bus_.registerObject(menuPath(), &menuObject_, QDBusConnection::ExportAdaptors)) {
         debugLog("[StatusItem] the session bus connection has an item already");
         watcher_ = Watcher::Absent;
         return;
@@ -62,6 +64,7 @@ StatusNotifier::StatusNotifier(const QDBusConnection& bus, StatusIcons icons, QO
 StatusNotifier::~StatusNotifier() {
     if (bus_.isConnected()) {
         bus_.unregisterObject(itemPath);
+        bus_.unregisterObject(menuPath());
     }
 }
 
@@ -81,6 +84,8 @@ void StatusNotifier::watch() {
          {QStringLiteral("StatusNotifierHostRegistered"), QStringLiteral("StatusNotifierHostUnregistered")}) {
         bus_.connect(QString(), watcherPath, watcherInterface, signal, this, SLOT(askForHost()));
     }
+    bus_.connect(QString(), watcherPath, watcherInterface, QStringLiteral("StatusNotifierItemUnregistered"),
+                 this, SLOT(itemUnregistered(QString)));
 }
 
 void StatusNotifier::attach() {
@@ -126,6 +131,34 @@ void StatusNotifier::askForHost() {
             Q_EMIT presenceChanged();
         }
     });
+}
+
+// Watchers name an item by its service, its path or both.
+void StatusNotifier::itemUnregistered(const QString& item) {
+    const bool isOurs = item == bus_.baseService() || item.startsWith(bus_.baseService() + u'/');
+    if (!isOurs || !std::exchange(registered_, false)) {
+        return;
+    }
+    debugLog("[StatusItem] the watcher dropped the item");
+    Q_EMIT presenceChanged();
+    Q_EMIT dropped();
+}
+
+QString StatusNotifier::menuPath() {
+    return QStringLiteral("/StatusNotifierItem/Menu");
+}
+
+void StatusNotifier::setMenu(StatusMenu menu) {
+    menu_->setMenu(std::move(menu));
+}
+
+void StatusNotifier::setHalted(bool halted) {
+    if (std::exchange(halted_, halted) != halted) {
+        drawn_.clear();
+        if (isShown()) {
+            Q_EMIT adaptor_->NewIcon();
+        }
+    }
 }
 
 void StatusNotifier::call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> answered) {
@@ -174,12 +207,12 @@ NotifierImages StatusNotifier::images() const {
         return drawn_;
     }
     drawn_.clear();
-    const CountIcon square(compact_);
+    const CountIcon square(compact_, halted_);
     for (const int side : squareSides) {
         drawn_.append(toNotifierImage(square.drawSquare(side)));
     }
     if (icons_ == StatusIcons::wide && title_ != compact_) {
-        const CountIcon wide(title_);
+        const CountIcon wide(title_, halted_);
         drawn_.append(toNotifierImage(wide.draw(wide.wideSize(wideHeight))));
     }
     drawnText_ = iconText();

@@ -14,6 +14,7 @@ class QDBusMessage;
 
 namespace fernhollow {
 
+class MenuAdaptor;
 class NotifierAdaptor;
 
 /// Our item on one bus, for hosts of the StatusNotifierItem protocol: exported once, registered with
@@ -34,6 +35,10 @@ public:
     QString title() const { return title_; }
     void setNote(const QString& note);
     QString note() const { return note_; }
+    /// Whether the text is to look as if it stood still.
+    void setHalted(bool halted);
+    void setMenu(StatusMenu menu);
+    static QString menuPath();
     NotifierImages images() const;
 
     Watcher watcher() const { return watcher_; }
@@ -43,9 +48,12 @@ Q_SIGNALS:
     void clicked(const QByteArray& activationToken);
     /// watcher() or isShown() may have changed.
     void presenceChanged();
+    /// The watcher stays and has taken the item out of its list.
+    void dropped();
 
 private:
     Q_SLOT void askForHost();
+    Q_SLOT void itemUnregistered(const QString& item);
     void watch();
     void attach();
     void detach();
@@ -57,12 +65,15 @@ private:
     QDBusServiceWatcher owner_;
     const StatusIcons icons_;
     NotifierAdaptor* adaptor_; // child
+    QObject menuObject_;       // what the menu is exported with
+    MenuAdaptor* menu_;        // child of it
     QString title_;
     QString note_;
     QString compact_;
     mutable QString drawnText_;
     mutable NotifierImages drawn_;
     Watcher watcher_ = Watcher::Unknown;
+    bool halted_ = false;
     bool registered_ = false;
     bool hostPresent_ = false;
     unsigned ownerGeneration_ = 0;

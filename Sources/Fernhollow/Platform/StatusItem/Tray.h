@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/StatusItem/StatusMenu.h"
+
 #include <QObject>
 #include <QString>
 
@@ -16,6 +18,8 @@ public:
     virtual void setEnabled(bool enabled) = 0;
     virtual void setTitle(const QString& title) = 0;
     virtual void setNote(const QString& note) = 0;
+    virtual void setHalted(bool halted) = 0;
+    virtual void setMenu(const StatusMenu& menu) = 0;
     virtual bool isShown() const = 0;
 
 Q_SIGNALS:

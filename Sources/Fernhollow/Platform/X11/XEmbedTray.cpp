@@ -22,7 +22,7 @@ constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
 /// Draws the text at whatever size the tray gives the icon.
 class CountIconEngine final : public QIconEngine {
 public:
-    explicit CountIconEngine(const QString& text) : icon_(text) {}
+    CountIconEngine(const QString& text, bool isHalted) : icon_(text, isHalted) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
         const qreal ratio = painter->device()->devicePixelRatio();
@@ -123,11 +123,12 @@ void XEmbedTray::follow() {
 }
 
 void XEmbedTray::dock() {
-    icon_ = std::make_unique<QSystemTrayIcon>(QIcon(new CountIconEngine(compact_)));
+    icon_ = std::make_unique<QSystemTrayIcon>(icon());
+    icon_->setContextMenu(&menu_);
     icon_->setToolTip(toolTip());
     // The first click of a double click was already reported as a Trigger.
     connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason != QSystemTrayIcon::DoubleClick) {
+        if (reason != QSystemTrayIcon::DoubleClick && reason != QSystemTrayIcon::Context) {
             Q_EMIT clicked();
         }
     });
@@ -144,7 +145,24 @@ void XEmbedTray::undock() {
 }
 
 QString XEmbedTray::toolTip() const {
-    return note_.isEmpty() ? title_ : title_ + u'\n' + note_;
+    return note_.isEmpty() ? countToolTip(title_) : countToolTip(title_) + u'\n' + note_;
+}
+
+QIcon XEmbedTray::icon() const {
+    return QIcon(new CountIconEngine(compact_, halted_));
+}
+
+void XEmbedTray::setHalted(bool halted) {
+    if (std::exchange(halted_, halted) != halted && icon_) {
+        icon_->setIcon(icon());
+    }
+}
+
+void XEmbedTray::setMenu(const StatusMenu& menu) {
+    menu_.clear();
+    for (const StatusMenuEntry& entry : menu) {
+        menu_.addAction(entry.label, this, entry.perform);
+    }
 }
 
 void XEmbedTray::setNote(const QString& note) {
@@ -163,7 +181,7 @@ void XEmbedTray::setTitle(const QString& title) {
     }
     icon_->setToolTip(toolTip());
     if (redraw) {
-        icon_->setIcon(QIcon(new CountIconEngine(compact_)));
+        icon_->setIcon(icon());
     }
 }
 

@@ -3,6 +3,7 @@
 #include "Platform/StatusItem/Tray.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QMenu>
 #include <QSystemTrayIcon>
 
 #include <cstdint>
@@ -28,6 +29,8 @@ public:
     void setEnabled(bool enabled) override;
     void setTitle(const QString& title) override;
     void setNote(const QString& note) override;
+    void setHalted(bool halted) override;
+    void setMenu(const StatusMenu& menu) override;
     bool isShown() const override { return icon_ != nullptr; }
 
 private:
@@ -37,6 +40,7 @@ private:
     void dock();
     void undock();
     QString toolTip() const;
+    QIcon icon() const;
 
     bool enabled_ = false;
     bool followPosted_ = false;
@@ -47,6 +51,8 @@ private:
     QString title_;
     QString note_;
     QString compact_;
+    bool halted_ = false;
+    QMenu menu_;
     std::unique_ptr<QSystemTrayIcon> icon_;
 };
 
