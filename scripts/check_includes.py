@@ -43,7 +43,7 @@ MAY_INCLUDE = {
         "Presentation/",
         "Updates/",
         r"Platform/[A-Za-z]+\.h",
-        r"Platform/StatusItem/StatusItem\.h",
+        r"Platform/StatusItem/Status(Item|Menu)\.h",
     ],
     "main.cpp": ["App/"],
 }

@@ -218,6 +218,16 @@ def search_without_a_hit(scene):
     scene.shoot()
 
 
+def paused(width=420, height=750):
+    def take(scene):
+        scene.account(month()).open(width, height)
+        scene.program.command("--pause")
+        wait_until(scene.program.note, "the sentence about it")
+        scene.shoot()
+
+    return take
+
+
 def after_signing_out(scene):
     scene.newcomer()
     scene.program.sign_in(ADDRESS)
@@ -285,6 +295,8 @@ PICTURES = {
     "dashboard-keyboard": (day_with_the_keyboard, {}),
     "dashboard-search": (search, {}),
     "dashboard-search-nothing": (search_without_a_hit, {}),
+    "dashboard-paused": (paused(), {}),
+    "dashboard-paused-huge-fonts": (paused(380, 500), HUGE_FONTS),
     "dashboard-not-saved": (not_saved(), {}),
     "dashboard-not-saved-small": (not_saved(380, 500), LARGE_FONTS),
     "devices": (devices, {}),

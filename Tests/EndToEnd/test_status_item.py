@@ -34,6 +34,36 @@ class OnADesktopWithAHost(DesktopTest):
             wait_until(lambda: not self.program.window(), "the window hidden")
 
 
+    def test_the_window_opens_where_the_host_drops_the_item(self):
+        self.program.start()
+        self.program.expect_count(0)
+        self.program.lose_item()
+        wait_until(self.program.window, "the window", PATIENCE)
+
+    def test_counting_is_paused_until_it_is_resumed_or_the_program_starts_again(self):
+        terminal = Terminal(self.desktop)
+        self.program.start()
+        self.program.expect_count(0)
+        self.assertEqual(self.program.command("--pause").returncode, 0)
+        wait_until(lambda: "paused" in self.program.note(), "the tooltip saying so", PATIENCE)
+        terminal.focus()
+        self.desktop.type(letters(20))
+        self.assertEqual(self.program.command("--resume").returncode, 0)
+        self._count_on(terminal, 3)
+        self.program.command("--pause")
+        self.program.quit()
+        self.program.start()
+        self._count_on(terminal, 4)
+
+    def _count_on(self, terminal, presses):
+        wait_until(lambda: self.program.title() is not None and not self.program.note(), "counting", PATIENCE)
+        before = self.program.count()
+        time.sleep(1.5)  # the monitor starts again with the next refresh
+        terminal.focus()
+        self.desktop.type(letters(presses))
+        self.program.expect_count(before + presses)
+
+
 class OnADesktopWithATray(DesktopTest):
     host = "tray"
 

@@ -1,6 +1,7 @@
 #include "App/MainWindow/MainWindowController.h"
 #include "App/MainWindow/MenuContentView.h"
 #include "App/Shell/AppStateHolder.h"
+#include "App/Shell/CountingState.h"
 #include "App/Status/UpdateStatusButton.h"
 #include "App/Widgets.h"
 #include "Model/ModelFixture.h"
@@ -20,7 +21,7 @@ protected:
     }
 
     void open() {
-        view_ = std::make_unique<MenuContentView>(model_, account_, updates_.manager, clock_);
+        view_ = std::make_unique<MenuContentView>(model_, account_, updates_.manager, counting_, clock_);
         view_->resize(380, 500);
         view_->show();
     }
@@ -38,6 +39,7 @@ protected:
         QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return);
     }
 
+    std::shared_ptr<CountingState> counting_ = std::make_shared<CountingState>();
     std::unique_ptr<MenuContentView> view_;
 };
 
@@ -72,9 +74,9 @@ TEST_F(MainWindow, IntroducesItselfToEachAccountOnce) {
 
     account_->signOut();
     ASSERT_TRUE(waitUntil([&] { return shown<QLineEdit>(QStringLiteral("Email")) != nullptr; }));
+    EXPECT_FALSE(shown<QLineEdit>(QStringLiteral("Email"))->hasSelectedText());
     QTest::keyClick(shown<QLineEdit>(QStringLiteral("Email")), Qt::Key_Return); // it kept the address
     ASSERT_TRUE(waitUntil([&] { return shown<QPushButton>(QStringLiteral("Skip")) != nullptr; }));
-    EXPECT_FALSE(shown<QLineEdit>(QStringLiteral("Email"))->hasSelectedText());
     QTest::mouseClick(shown<QPushButton>(QStringLiteral("Skip")), Qt::LeftButton);
     EXPECT_TRUE(appears(QStringLiteral("Week Comparison")));
 
@@ -115,9 +117,33 @@ TEST_F(MainWindow, SaysThatCountsAreNotSavedWhileTheyAreNot) {
     EXPECT_TRUE(waitUntil([&] { return shown<QLabel>(sentence) == nullptr; }));
 }
 
+TEST_F(MainWindow, SaysWhyNothingIsCountedAndOffersTheRemedy) {
+    int performed = 0;
+    counting_->setProblem(
+        {"The service is off.", "Turn it on.", TrustAction{"Turn On", [&] { ++performed; }}});
+    EXPECT_TRUE(
+        appears(QStringLiteral("Key presses are not being counted. The service is off. Turn it on.")));
+    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Turn On")), Qt::LeftButton);
+    EXPECT_EQ(performed, 1);
+
+    model_->isPaused.set(true); // which the person did, so it comes first
+    EXPECT_TRUE(waitUntil([&] { return shown<QPushButton>(QStringLiteral("Resume")) != nullptr; }));
+    QTest::mouseClick(shown<QPushButton>(QStringLiteral("Resume")), Qt::LeftButton);
+    EXPECT_FALSE(model_->isPaused.get());
+
+    counting_->started();
+    EXPECT_TRUE(waitUntil([&] { return shown<QPushButton>(QStringLiteral("Turn On")) == nullptr; }));
+    for (int second = 1; second < 5; ++second) {
+        counting_->startFailed();
+        EXPECT_FALSE(counting_->isRefused.get()) << "the desktop may not have answered yet";
+    }
+    counting_->startFailed();
+    EXPECT_TRUE(counting_->isRefused.get());
+}
+
 TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
     auto& controller = MainWindowController::shared();
-    const AppStateHolder objects{model_, account_, updates_.manager, &clock_};
+    const AppStateHolder objects{model_, account_, updates_.manager, counting_, &clock_};
     controller.toggle(objects, {});
     QWidget* window = windowTitled(QStringLiteral("Fernhollow"));
     ASSERT_NE(window, nullptr);
@@ -129,13 +155,13 @@ TEST_F(MainWindow, IsOneWindowThatIsHiddenAndShownAgain) {
     controller.show(objects, {});
     controller.show(objects, {});
     EXPECT_TRUE(window->isVisible());
+    window->setGeometry(30, 40, 500, 600);
     controller.close();
     EXPECT_EQ(windowTitled(QStringLiteral("Fernhollow")), nullptr) << "there was one window";
+    controller.show(objects, {}); // as the next start of the program does
+    EXPECT_EQ(windowTitled(QStringLiteral("Fernhollow"))->size(), QSize(500, 600));
+    controller.close();
 }
 
 } // namespace
 } // namespace fernhollow::tests
-    window->setGeometry(30, 40, 500, 600);
-    controller.show(objects, {}); // as the next start of the program does
-    EXPECT_EQ(windowTitled(QStringLiteral("Fernhollow"))->size(), QSize(500, 600));
-    controller.close();

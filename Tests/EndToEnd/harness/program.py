@@ -155,6 +155,15 @@ class Program:
         item = self._item()
         self._ask(*item, ITEM, "Activate", "(ii)", (0, 0))
 
+    def lose_item(self):
+        """What a host says that takes an item out of its list."""
+        bus = self._session_bus()
+        name, path = self._item()
+        gone = GLib.Variant("(s)", (name + path,))
+        bus.emit_signal(None, "/StatusNotifierWatcher", WATCHER, "StatusNotifierItemUnregistered", gone)
+        bus.flush_sync(None)
+        bus.close_sync(None)
+
     def _item(self):
         asked = (WATCHER, "RegisteredStatusNotifierItems")
         (items,) = self._ask(WATCHER, "/StatusNotifierWatcher", PROPERTIES, "Get", "(ss)", asked)
@@ -164,14 +173,17 @@ class Program:
         return (name, "/" + path) if items else None
 
     def _ask(self, service, path, interface, method, signature, arguments):
-        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-        address = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
-        bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        bus = self._session_bus()
         try:
             given, plain = GLib.Variant(signature, arguments), Gio.DBusCallFlags.NONE
             return bus.call_sync(service, path, interface, method, given, None, plain, 5000, None).unpack()
         finally:
             bus.close_sync(None)
+
+    def _session_bus(self):
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        address = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
+        return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
 
     # Window
 

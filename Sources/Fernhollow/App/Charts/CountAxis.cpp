@@ -33,7 +33,7 @@ CountTicker::CountTicker() {
 }
 
 double CountTicker::getTickStep(const QCPRange& range) {
-    return std::max(1.0, QCPAxisTicker::getTickStep(range));
+    return std::ceil(QCPAxisTicker::getTickStep(range)); // there is no half press
 }
 
 QString CountTicker::getTickLabel(double tick, const QLocale&, QChar, int) {

@@ -70,10 +70,11 @@ void AppBreakdownView::refresh() {
     auto items = isPast ? AppList::ofDay(tracker.last30DaysAppDaily.get(), *selectedDate_, calendar_)
                         : AppList::ofToday(tracker.todayAppTotals.get());
     const bool hasAny = !items.empty();
+    mostRows_ = std::max(mostRows_, static_cast<int>(items.size()));
     AppList::arrange(items, search_);
     list_->setEmptyText(emptyListText(hasAny ? searchField_->text() : QString()));
     list_->setItems(items);
-    list_->setMaximumHeight(std::max(list_->minimumHeight(), list_->contentHeight()));
+    list_->setMaximumHeight(std::max(list_->minimumHeight(), list_->heightOf(mostRows_)));
 }
 
 void AppBreakdownView::showDate(std::optional<Instant> pastDay) {

@@ -38,6 +38,7 @@ private:
     TextSearch search_;
     std::optional<Instant> selectedDate_;
 
+    int mostRows_ = 0; // that were listed; a search, or a day with fewer, does not move what lies below
     QLabel* date_;
     QLineEdit* searchField_;
     AppListView* list_;

@@ -51,8 +51,8 @@ void AppListView::sayWhetherEmpty() {
     viewport()->update();
 }
 
-int AppListView::contentHeight() const {
-    return delegate_.sizeHint({}, {}).height() * model_.rowCount();
+int AppListView::heightOf(int rows) const {
+    return delegate_.sizeHint({}, {}).height() * rows;
 }
 
 void AppListView::paintEvent(QPaintEvent* event) {

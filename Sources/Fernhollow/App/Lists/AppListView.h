@@ -19,8 +19,7 @@ public:
     /// What an empty list says instead of rows.
     void setEmptyText(const QString& text);
 
-    /// The height of all rows.
-    int contentHeight() const;
+    int heightOf(int rows) const;
     /// No higher than it has to be: a list that shall grow gets the room from its layout.
     QSize sizeHint() const override { return {QListView::sizeHint().width(), minimumHeight()}; }
 

@@ -11,7 +11,8 @@ MainWindowController& MainWindowController::shared() {
 }
 
 void MainWindowController::createWindow(const AppStateHolder& objects) {
-    setWindow(new MenuContentView(objects.model, objects.account, objects.updateManager, *objects.clock),
+    setWindow(new MenuContentView(objects.model, objects.account, objects.updateManager, objects.counting,
+                                  *objects.clock),
               {.title = QStringLiteral("Fernhollow"),
                .key = "mainWindowFrame",
                .initial = {420, 750},
@@ -19,7 +20,7 @@ void MainWindowController::createWindow(const AppStateHolder& objects) {
 }
 
 void MainWindowController::toggle(const AppStateHolder& objects, const ActivationToken& token) {
-    if (window_ && window_->isVisible() && !window_->isMinimized()) {
+    if (isVisible()) {
         window_->hide();
         return;
     }

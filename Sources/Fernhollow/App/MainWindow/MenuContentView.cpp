@@ -4,11 +4,12 @@
 #include "App/Footer/AccountButton.h"
 #include "App/MainWindow/SignInView.h"
 #include "App/Onboarding/OnboardingView.h"
+#include "App/Shell/CountingState.h"
+#include "App/Status/Trouble.h"
 #include "App/Status/UpdateStatusButton.h"
 #include "App/Widgets/Theme.h"
 #include "Model/AccountManager.h"
 #include "Model/AppModel.h"
-#include "Presentation/CountsTrouble.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -34,7 +35,6 @@ QWidget* centred(QWidget* view) {
     return page;
 }
 
-QPushButton* makePlainButton(const QString& text, const QColor& color) {
 /// Two halves side by side, or below each other where the window is too narrow for both.
 class FooterLine : public QWidget {
 public:
@@ -63,6 +63,7 @@ private:
     QHBoxLayout* second_;
 };
 
+QPushButton* makePlainButton(const QString& text, const QColor& color) {
     auto* button = new QPushButton(text);
     button->setProperty("plain", true);
     button->setAutoDefault(true);
@@ -74,12 +75,13 @@ private:
 } // namespace
 
 MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
-                                 std::shared_ptr<UpdateManager> updateManager, const Clock& clock)
+                                 std::shared_ptr<UpdateManager> updateManager,
+                                 std::shared_ptr<CountingState> counting, const Clock& clock)
     : model_(std::move(model)), account_(std::move(account)), updateManager_(std::move(updateManager)),
-      clock_(clock), mainArea_(new QStackedLayout), signIn_(new SignInView(account_)),
-      signInPage_(centred(signIn_)),
+      counting_(std::move(counting)), clock_(clock), mainArea_(new QStackedLayout),
+      signIn_(new SignInView(account_)), signInPage_(centred(signIn_)),
       trouble_(Theme::makeLabel(QString(), Theme::TextStyle::caption, Theme::highlight)),
-      accountButton_(new AccountButton(account_, clock)),
+      troubleButton_(makePlainButton({}, Theme::tint)), accountButton_(new AccountButton(account_, clock)),
       signOut_(makePlainButton(QStringLiteral("Sign Out"), Theme::secondary)) {
     signInPage_->setFocusProxy(signIn_);
     mainArea_->addWidget(signInPage_);
@@ -93,6 +95,8 @@ MenuContentView::MenuContentView(std::shared_ptr<AppModel> model, std::shared_pt
 
     const auto refresh = [this] { redraw_.request(); };
     cancellables_.push_back(account_->observe(refresh));
+    cancellables_.push_back(counting_->observe(refresh));
+    cancellables_.push_back(model_->isPaused.observe(refresh));
     cancellables_.push_back(model_->areCountsSaved.observe(refresh));
     cancellables_.push_back(model_->areCountsSent.observe(refresh));
     addShortcuts();
@@ -104,15 +108,36 @@ QWidget* MenuContentView::makeFooter() {
     QPalette palette = footer->palette();
     palette.setColor(QPalette::Window, Theme::raised);
     footer->setPalette(palette);
-    trouble_->setWordWrap(true);
-    trouble_->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin, 0);
-    trouble_->hide();
     auto* layout = new QVBoxLayout(footer);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(trouble_);
+    layout->addWidget(makeTrouble());
     layout->addWidget(makeFooterLine());
     return footer;
+}
+
+QWidget* MenuContentView::makeTrouble() {
+    trouble_->setWordWrap(true);
+    connect(troubleButton_, &QPushButton::clicked, this, [this] {
+        if (const auto perform = Trouble::now(model_, *counting_).perform) {
+            perform();
+        }
+    });
+    troubleLine_ = new QWidget;
+    auto* layout = new QHBoxLayout(troubleLine_);
+    layout->setContentsMargins(footerHorizontalMargin, footerVerticalMargin, footerHorizontalMargin, 0);
+    layout->addWidget(trouble_, 1);
+    layout->addWidget(troubleButton_, 0, Qt::AlignTop);
+    troubleLine_->hide();
+    return troubleLine_;
+}
+
+void MenuContentView::showTrouble() {
+    const Trouble trouble = Trouble::now(model_, *counting_);
+    trouble_->setText(trouble.sentence);
+    troubleButton_->setText(trouble.button);
+    troubleButton_->setVisible(!trouble.button.isEmpty());
+    troubleLine_->setVisible(!trouble.sentence.isEmpty());
 }
 
 QWidget* MenuContentView::makeFooterLine() {
@@ -151,8 +176,7 @@ void MenuContentView::refresh() {
     const bool isSignedIn = account_->email().has_value();
     accountButton_->refresh(model_->deviceId());
     signOut_->setVisible(isSignedIn);
-    trouble_->setText(countsTrouble(*model_));
-    trouble_->setVisible(!trouble_->text().isEmpty());
+    showTrouble();
     signIn_->refresh();
     QWidget* page = signInPage_;
     if (isSignedIn) {
@@ -165,6 +189,9 @@ void MenuContentView::showPage(QWidget* page) {
     if (page != mainArea_->currentWidget() || !focusWidget()) {
         mainArea_->setCurrentWidget(page);
         page->setFocus();
+        if (page == signInPage_) {
+            signIn_->takeUp();
+        }
     }
     if (onboarding_ != nullptr && page != onboarding_) {
         onboarding_->deleteLater(); // who comes next begins at its first step
@@ -189,6 +216,3 @@ QWidget* MenuContentView::dashboard() {
 }
 
 } // namespace fernhollow
-        if (page == signInPage_) {
-            signIn_->takeUp();
-        }

@@ -18,6 +18,7 @@ class AccountButton;
 class AccountManager;
 class AppModel;
 class Clock;
+class CountingState;
 class OnboardingView;
 class SignInView;
 class UpdateManager;
@@ -30,14 +31,17 @@ class UpdateManager;
 class MenuContentView : public QWidget {
 public:
     MenuContentView(std::shared_ptr<AppModel> model, std::shared_ptr<AccountManager> account,
-                    std::shared_ptr<UpdateManager> updateManager, const Clock& clock);
+                    std::shared_ptr<UpdateManager> updateManager, std::shared_ptr<CountingState> counting,
+                    const Clock& clock);
 
 protected:
     void showEvent(QShowEvent* event) override;
 
 private:
     QWidget* makeFooter();
+    QWidget* makeTrouble();
     QWidget* makeFooterLine();
+    void showTrouble();
     void addShortcuts();
     void refresh();
     void showPage(QWidget* page);
@@ -47,6 +51,7 @@ private:
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<AccountManager> account_;
     std::shared_ptr<UpdateManager> updateManager_;
+    std::shared_ptr<CountingState> counting_;
     const Clock& clock_;
     std::vector<Observation> cancellables_;
     Redraw redraw_{*this, [this] { refresh(); }};
@@ -56,7 +61,9 @@ private:
     QWidget* signInPage_;
     OnboardingView* onboarding_ = nullptr; // while it is shown
     QWidget* dashboard_ = nullptr;         // once the introduction was completed
-    QLabel* trouble_;                      // hidden while all is well
+    QLabel* trouble_;
+    QPushButton* troubleButton_;
+    QWidget* troubleLine_ = nullptr; // hidden while all is well
     AccountButton* accountButton_;
     QPushButton* signOut_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Activation.h"
+#include "Platform/StatusItem/StatusMenu.h"
 #include "Support/Observable.h"
 
 #include <QObject>
@@ -11,6 +12,7 @@
 
 namespace fernhollow {
 
+class AppModel;
 class Desktop;
 class StatusItem;
 
@@ -28,12 +30,18 @@ public:
     /// Toggles the main window.
     void statusItemClicked(const ActivationToken& token);
 
+    /// Stops or resumes counting, in this run.
+    void setPaused(bool paused);
+
     /// Shows the main window in front, as a second plain start of the program asks.
     void activate(const ActivationToken& token);
 
 private:
     void setupStatusItem();
     void openWindowUnlessReachable();
+    void follow(AppModel& model);
+    void updateStatusItem();
+    StatusMenu makeMenu() const;
 
     const Desktop& desktop_;
     std::unique_ptr<StatusItem> statusItem_;

@@ -22,6 +22,9 @@ struct Options {
         QStringLiteral("toggle"),
         QStringLiteral("Do what a click on the status item does: show or hide the main window. Starts "
                        "Fernhollow if it is not running.")};
+    QCommandLineOption pause{QStringLiteral("pause"),
+                             QStringLiteral("Stop counting until --resume or the next start.")};
+    QCommandLineOption resume{QStringLiteral("resume"), QStringLiteral("Count again after --pause.")};
     QCommandLineOption quit{
         QStringLiteral("quit"),
         QStringLiteral("End the running Fernhollow, and wait until it has written every count.")};
@@ -40,7 +43,7 @@ struct Options {
 
     QList<QCommandLineOption> all() {
         session.setFlags(QCommandLineOption::HiddenFromHelp);
-        return {help, version, toggle, quit, today, json, exportTo, session};
+        return {help, version, toggle, pause, resume, quit, today, json, exportTo, session};
     }
 };
 
@@ -92,10 +95,15 @@ CommandLine CommandLine::parse(int argc, char** argv) {
     if (parser.isSet(options.exportTo)) {
         return {.exitCode = exportCounts(parser.value(options.exportTo))};
     }
-    if (parser.isSet(options.quit)) {
-        return {.request = InstanceRequest::quit};
+    for (const auto& [option, request] :
+         {std::pair{&options.quit, InstanceRequest::quit}, std::pair{&options.pause, InstanceRequest::pause},
+          std::pair{&options.resume, InstanceRequest::resume},
+          std::pair{&options.toggle, InstanceRequest::toggle}}) {
+        if (parser.isSet(*option)) {
+            return {.request = request};
+        }
     }
-    return {.request = parser.isSet(options.toggle) ? std::optional(InstanceRequest::toggle) : std::nullopt};
+    return {};
 }
 
 } // namespace fernhollow

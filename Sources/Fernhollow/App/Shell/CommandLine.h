@@ -8,7 +8,7 @@ namespace fernhollow {
 
 /// What the arguments ask for.
 struct CommandLine {
-    std::optional<InstanceRequest> request{}; ///< --toggle or --quit
+    std::optional<InstanceRequest> request{}; ///< --toggle, --pause, --resume or --quit
     std::optional<int> exitCode{};            ///< set when the answer was given and nothing is left to do
 
     /// Answers --help, --version, --today, --export and wrong arguments itself.

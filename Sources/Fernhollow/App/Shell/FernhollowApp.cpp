@@ -3,6 +3,7 @@
 #include "App/DayDetail/DayDetailWindowController.h"
 #include "App/MainWindow/MainWindowController.h"
 #include "App/Shell/AppStateHolder.h"
+#include "App/Shell/CountingState.h"
 #include "App/Shell/KeyboardMonitor.h"
 #include "App/Shell/TrustPrompt.h"
 #include "App/Updates/StandardUpdaterController.h"
@@ -36,14 +37,19 @@ void logUnless(bool isWritten) {
 } // namespace
 
 FernhollowApp::FernhollowApp(const Desktop& desktop)
-    : syncThread_(clock_), taps_(desktop.makeEventTapProvider(showTrustPrompt)),
+    : syncThread_(clock_), counting_(std::make_shared<CountingState>()),
+      taps_(desktop.makeEventTapProvider([this](const TrustProblem& problem) {
+          counting_->setProblem(problem);
+          showTrustPrompt(problem);
+      })),
       workspace_(desktop.makeWorkspace()), appDelegate_(desktop),
       account_(std::make_shared<AccountManager>(clock_)),
       model_(AppModel::create(
           {clock_, tasks_, *account_},
           [this](KeyPressMonitor::Handlers handlers) {
-              return std::make_unique<KeyboardMonitor>(KeyboardMonitor::Sources{*taps_, *workspace_, clock_},
-                                                       std::move(handlers));
+              return std::make_unique<KeyboardMonitor>(
+                  KeyboardMonitor::Sources{*taps_, *workspace_, clock_, counting_.get()},
+                  std::move(handlers));
           },
           [this](std::shared_ptr<DailyCountsStore> store, AccountManager& account, std::string deviceId,
                  std::function<void()> onIdentityInUseElsewhere) {
@@ -55,7 +61,7 @@ FernhollowApp::FernhollowApp(const Desktop& desktop)
           [this](UpdaterDelegate& delegate, UserDriverDelegate& userDriverDelegate) {
               return std::make_unique<StandardUpdaterController>(clock_, delegate, userDriverDelegate);
           })) {
-    AppStateHolder::shared() = {model_, account_, updateManager_, &clock_};
+    AppStateHolder::shared() = {model_, account_, updateManager_, counting_, &clock_};
 
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &appDelegate_, flushNow);
     atExit_.emplace([this] { end(); });

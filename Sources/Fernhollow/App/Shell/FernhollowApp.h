@@ -15,6 +15,7 @@ namespace fernhollow {
 
 class AccountManager;
 class AppModel;
+class CountingState;
 class Desktop;
 class UpdateManager;
 
@@ -40,6 +41,7 @@ private:
     SystemClock clock_;
     TaskScope tasks_;
     SyncThread syncThread_;
+    std::shared_ptr<CountingState> counting_;
     std::unique_ptr<EventTapProvider> taps_;
     std::unique_ptr<Workspace> workspace_;
     AppDelegate appDelegate_;

@@ -1,5 +1,6 @@
 #include "App/Shell/KeyboardMonitor.h"
 
+#include "App/Shell/CountingState.h"
 #include "Platform/Workspace.h"
 #include "Support/ApplicationIdentity.h"
 #include "Support/DebugLog.h"
@@ -37,9 +38,14 @@ bool KeyboardMonitor::start() {
     if (isMonitoring_) {
         return true;
     }
-    if (!isTrusted()) {
-        return false;
+    const bool hasTap = isTrusted() && createTap();
+    if (sources_.state) {
+        hasTap ? sources_.state->started() : sources_.state->startFailed();
     }
+    return hasTap;
+}
+
+bool KeyboardMonitor::createTap() {
     auto tap = sources_.taps.createTap([this](TapEvent event) { handle(event); });
     if (!tap) {
         if (!std::exchange(hasLoggedTapFailure_, true)) {

@@ -11,6 +11,7 @@
 
 namespace fernhollow {
 
+class CountingState;
 class Workspace;
 
 /// The only source of counted key presses.
@@ -24,6 +25,7 @@ public:
         EventTapProvider& taps;
         Workspace& workspace;
         const Clock& clock;
+        CountingState* state = nullptr; ///< hears whether presses can be counted, where there is one
     };
 
     KeyboardMonitor(Sources sources, Handlers handlers);
@@ -41,6 +43,7 @@ public:
     static std::int64_t keyCount;
 
 private:
+    bool createTap();
     bool isTrusted();
     void handle(TapEvent event);
     ActiveAppInfo getActiveAppInfo() const;

@@ -62,6 +62,10 @@ int runApplication(QApplication& application, const Surroundings& around, bool s
                              return delegate.activate(token);
                          case InstanceRequest::toggle:
                              return delegate.statusItemClicked(token);
+                         case InstanceRequest::pause:
+                             return delegate.setPaused(true);
+                         case InstanceRequest::resume:
+                             return delegate.setPaused(false);
                          case InstanceRequest::quit:
                              return QCoreApplication::quit();
                          }
@@ -118,9 +122,9 @@ int launch(int argc, char** argv) {
             return EXIT_FAILURE;
         }
     }
-    if (command.request == InstanceRequest::quit) {
+    if (command.request && *command.request != InstanceRequest::toggle) {
         std::puts("Fernhollow is not running.");
-        return EXIT_SUCCESS;
+        return command.request == InstanceRequest::resume ? EXIT_FAILURE : EXIT_SUCCESS;
     }
     return run(argc, argv, {termination, instance}, command.request == InstanceRequest::toggle);
 }

@@ -30,9 +30,11 @@ using namespace std::chrono_literals;
 constexpr auto answerLimit = 5s;
 constexpr auto endLimit = 10s;
 
-constexpr std::array<std::pair<InstanceRequest, const char*>, 3> words{
+constexpr std::array<std::pair<InstanceRequest, const char*>, 5> words{
     {{InstanceRequest::activate, "activate"},
      {InstanceRequest::toggle, "toggle"},
+     {InstanceRequest::pause, "pause"},
+     {InstanceRequest::resume, "resume"},
      {InstanceRequest::quit, "quit"}}};
 constexpr const char* accepted = "ok\n";
 constexpr qint64 longestLine = 512;

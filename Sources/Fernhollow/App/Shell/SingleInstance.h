@@ -13,7 +13,7 @@
 namespace fernhollow {
 
 /// What a later start of the program asks of the one that runs.
-enum class InstanceRequest { activate, toggle, quit };
+enum class InstanceRequest { activate, toggle, pause, resume, quit };
 
 /// Sees to it that one program counts for a user's data folder, and lets later starts talk to it.
 ///

@@ -20,7 +20,8 @@ constexpr int titleBarHeight = 40; // about what a window manager adds; on a low
 /// Keeps the window's frame whenever the window is hidden, so that a power cut takes little.
 class FrameKeeper : public QObject {
 public:
-    FrameKeeper(QWidget& window, std::string key) : QObject(&window), window_(window), key_(std::move(key)) {
+    FrameKeeper(QWidget& window, std::string key, const std::function<void()>& visibilityChanged)
+        : QObject(&window), window_(window), key_(std::move(key)), visibilityChanged_(visibilityChanged) {
         window_.installEventFilter(this);
     }
 
@@ -41,6 +42,11 @@ protected:
         if (event->type() == QEvent::Hide) {
             keep();
         }
+        const bool isChange = event->type() == QEvent::Hide || event->type() == QEvent::Show ||
+                              event->type() == QEvent::WindowStateChange;
+        if (isChange && visibilityChanged_) {
+            visibilityChanged_();
+        }
         return QObject::eventFilter(watched, event);
     }
 
@@ -48,6 +54,7 @@ private:
     QWidget& window_;
     std::string key_;
     QByteArray kept_;
+    const std::function<void()>& visibilityChanged_; // of the controller, which outlives the window
 };
 
 } // namespace
@@ -59,7 +66,7 @@ void WindowController::setWindow(QWidget* window, const Frame& frame) {
     window->setMinimumSize(frame.minimum);
     setAccessibleRole(*window, QAccessible::Window);
     auto* keeper =
-        new FrameKeeper(*window, std::string(applicationIdentifier) + '.' + frame.key);
+        new FrameKeeper(*window, std::string(applicationIdentifier) + '.' + frame.key, visibilityChanged);
     if (keeper->restore()) {
         return;
     }

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
 #include <string>
 
 namespace fernhollow {
@@ -21,6 +22,11 @@ public:
 
     /// Whether the window has been shown in this run.
     bool hasBeenShown() const { return window_ != nullptr; }
+
+    bool isVisible() const { return window_ && window_->isVisible() && !window_->isMinimized(); }
+
+    /// Called after the window was shown or hidden.
+    std::function<void()> visibilityChanged;
 
 protected:
     struct Frame {
