@@ -32,7 +32,7 @@ std::string userLocale(const char* category) {
 }
 
 std::string englishLocale(const char* category) {
-    const std::string locale = userLocale(category);
+    std::string locale = userLocale(category);
     if (locale.starts_with("en")) {
         return locale;
     }

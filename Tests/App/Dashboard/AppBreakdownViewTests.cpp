@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QToolTip>
+#include <QWheelEvent>
 
 #include <cstdint>
 
@@ -100,6 +101,26 @@ TEST_F(AppBreakdown, IsReadWithTheKeyboard) {
     EXPECT_LT(view_.height(), 900);
     QTest::keyClick(list_, Qt::Key_Backtab);
     EXPECT_TRUE(field_->hasFocus());
+}
+
+TEST_F(AppBreakdown, KeepsATurnOfTheWheelToItsEnd) {
+    for (int i = 0; i < 12; ++i) {
+        press(1, "org." + std::to_string(i));
+    }
+    const auto turn = [this](int degrees) {
+        const QPointF at = list_->viewport()->rect().center();
+        QWheelEvent wheel(at, list_->viewport()->mapToGlobal(at), {}, {0, degrees}, {}, {}, {}, false);
+        wheel.ignore();
+        QApplication::sendEvent(list_->viewport(), &wheel);
+        return wheel.isAccepted();
+    };
+    EXPECT_FALSE(turn(120)) << "the list is at its top, so what lies around it moves";
+    EXPECT_TRUE(turn(-120));
+    EXPECT_TRUE(turn(1200));
+    EXPECT_EQ(list_->verticalScrollBar()->value(), 0);
+    EXPECT_TRUE(turn(120)) << "the same turn still";
+    QTest::qWait(500);
+    EXPECT_FALSE(turn(120)) << "a new one";
 }
 
 } // namespace

@@ -72,8 +72,8 @@ QPushButton[prominent="true"] {
     background: #1f6feb; color: white; border: 2px solid transparent; border-radius: 8px; padding: 8px;
 }
 QPushButton[prominent="true"][wide="true"] { padding: 8px 24px; }
-QPushButton[prominent="true"]:hover { background: #2b7bf6; }
-QPushButton[prominent="true"]:pressed { background: #1a5fcc; }
+QPushButton[prominent="true"]:hover { background: #1a66dc; }
+QPushButton[prominent="true"]:pressed { background: #1757bd; }
 QPushButton[prominent="true"]:focus { border-color: #a8ccff; }
 QPushButton[prominent="true"]:disabled { background: #34373d; color: #a1a4ac; }
 QPushButton[plain="true"] {

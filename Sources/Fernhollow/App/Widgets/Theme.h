@@ -21,8 +21,8 @@ QFont font(double points, QFont::Weight weight = QFont::Normal);
 /// A length of `points`, likewise: for what has to keep up with the texts beside it.
 int scaled(double points);
 
-/// Colours of the dark appearance; each text colour has a contrast of at least 4.5:1 on every
-/// ground here.
+/// Colours of the dark appearance; each text colour has a contrast of at least 4.5:1 on every ground that it
+/// stands on.
 inline constexpr QColor window{0x1e, 0x1f, 0x22};
 inline constexpr QColor raised{0x26, 0x28, 0x2c};  ///< footer and fields
 inline constexpr QColor control{0x28, 0x2a, 0x2f}; ///< cards
