@@ -29,8 +29,7 @@ Trouble refused(const CountingState& counting) {
 
 Trouble Trouble::now(const std::shared_ptr<AppModel>& model, const CountingState& counting) {
     if (model->isPaused.get()) {
-        return {.sentence =
-                    QStringLiteral("Counting is paused: key presses are not counted until you resume it."),
+        return {.sentence = QStringLiteral("Counting is paused until you resume it."),
                 .button = QStringLiteral("Resume"),
                 .perform = [model] { model->isPaused.set(false); },
                 .isHalted = true};
