@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -80,6 +81,10 @@ public:
     }
 
     void setMenu(const StatusMenu& menu) {
+        if (std::ranges::equal(menu, menu_, {}, &StatusMenuEntry::label, &StatusMenuEntry::label)) {
+            return;
+        }
+        menu_ = menu;
         notifier_.setMenu(menu);
         if (tray_) {
             tray_->setMenu(menu);
@@ -121,6 +126,7 @@ private:
     QTimer trailing_;
     QElapsedTimer sincePublished_;
     QString title_;
+    StatusMenu menu_;
     bool shownBefore_ = false;
 };
 

@@ -39,7 +39,8 @@ public:
     /// Whether the text is to look as if it stood still: nothing is counted.
     void setHalted(bool halted);
 
-    /// What a right click offers. Hosts hear only of labels that differ.
+    /// What a right click offers. Cheap: entries whose labels are the same are taken for the same, so an open
+    /// menu stays as it is.
     void setMenu(const StatusMenu& menu);
 
     /// Whether any host shows the item now.
