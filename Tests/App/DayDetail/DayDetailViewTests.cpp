@@ -1,4 +1,5 @@
 #include "App/AppListFixture.h"
+#include "App/Charts/BarChart.h"
 #include "App/DayDetail/DayDetailView.h"
 #include "App/DayDetail/DayDetailWindowController.h"
 #include "App/Widgets.h"
@@ -49,6 +50,10 @@ TEST_F(DayDetail, ShowsTodayByHourAndApplication) {
     EXPECT_THAT(rows(*window()), ElementsAre("Name of org.a, 1,501 key presses, 75.0%",
                                              "Name of org.b, 500 key presses, 25.0%"));
 
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
+    auto* chart = window()->findChild<BarChart*>();
+    QTest::mouseMove(chart, chart->columnRect(14).center().toPoint());
+    EXPECT_TRUE(QTest::qWaitFor([] { return shows("14:00 – 15:00: 1,001"); }));
     QTest::keyClicks(field(), QStringLiteral("ORG.b")); // shares stay those of the day
     EXPECT_THAT(rows(*window()), ElementsAre("Name of org.b, 500 key presses, 25.0%"));
 }

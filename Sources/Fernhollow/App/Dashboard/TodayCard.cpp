@@ -57,6 +57,10 @@ TodayCard::TodayCard(std::shared_ptr<AppModel> model)
                      [this](std::optional<int> hour) { pointAt(hour); });
 }
 
+TodayCard::~TodayCard() {
+    QObject::disconnect(chart_, nullptr, this, nullptr); // which may still hear of the pointer
+}
+
 QWidget* TodayCard::makeHeader() {
     constexpr auto style = Theme::TextStyle::caption2;
     averageFigure_ = makeFigure(average_, QStringLiteral("avg/hour"), style, Qt::AlignRight);

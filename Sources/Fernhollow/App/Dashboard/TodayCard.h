@@ -20,6 +20,7 @@ class FigureLabel;
 class TodayCard : public DashboardCard {
 public:
     explicit TodayCard(std::shared_ptr<AppModel> model);
+    ~TodayCard() override;
 
     void refreshCount();
     void refreshHours();

@@ -54,6 +54,10 @@ HourlyChartCard::HourlyChartCard(QWidget* parent)
     layout->addWidget(empty_);
 }
 
+HourlyChartCard::~HourlyChartCard() {
+    disconnect(chart_, nullptr, this, nullptr); // which may still hear of the pointer
+}
+
 void HourlyChartCard::show(const std::vector<AppTracker::HourlyAppStats>& hourly) {
     std::vector<AppCount> counts;
     counts.reserve(hourly.size());

@@ -21,6 +21,7 @@ class ElidedLabel;
 class HourlyChartCard : public QFrame {
 public:
     explicit HourlyChartCard(QWidget* parent = nullptr);
+    ~HourlyChartCard() override;
 
     void show(const std::vector<AppTracker::HourlyAppStats>& hourly);
 
