@@ -142,7 +142,7 @@ TEST_F(UpdateTransferTest, FollowsNobodyElsewhere) {
     answers_["/appcast.xml"] = redirection("/appcast.xml");
     EXPECT_THAT(feed(), HasSubstr("in circles"));
     EXPECT_THAT(outcome([&] { return awaitAs<std::string>(transfer_.feed("http://updates.example/a", {})); }),
-                HasSubstr("do not come from http://updates.example/a"));
+                HasSubstr("are not downloaded from http://updates.example/a"));
 }
 
 TEST_F(UpdateTransferTest, BreaksLongFeedsOff) {

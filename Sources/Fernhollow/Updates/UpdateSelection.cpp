@@ -26,7 +26,7 @@ void check(const AppcastItem& item, const UpdateHost& host) {
     const QUrl url(QString::fromStdString(item.url), QUrl::StrictMode);
     const QUrl feed(QString::fromStdString(host.feedUrl), QUrl::StrictMode);
     if (!isProtectedOnItsWay(url) || !isSameOrigin(url, feed)) {
-        refuse("The update is not on the feed's server: " + item.url);
+        refuse("The update is in another place than the feed: " + item.url);
     }
     if (item.edSignature.size() != signatureLength) {
         refuse("The update is not signed.");
