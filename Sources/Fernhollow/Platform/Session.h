@@ -12,7 +12,7 @@ enum class Session {
     wlroots, ///< any other Wayland session: most compositors are built on wlroots or speak its protocols
 };
 
-/// The session that the environment names. This is the only place that reads the environment for it.
+/// The session that the environment names.
 Session currentSession();
 
 /// The system that shows this program's own windows. In a Wayland session that may be an X server, too.
