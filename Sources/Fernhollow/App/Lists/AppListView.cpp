@@ -84,7 +84,7 @@ void AppListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bot
 }
 
 QString emptyListText(const QString& search) {
-    return search.isEmpty() ? QStringLiteral("No key presses yet")
+    return search.isEmpty() ? QStringLiteral("No key presses")
                             : QStringLiteral("No app is called “%1”").arg(search.simplified());
 }
 
