@@ -11,14 +11,15 @@ from .figures import Figure, Samples, at_most, times
 from .meter import usage
 from .stage import SETTLING, make_history, uploaded
 
+QUARTER_OF_AN_HOUR = 15 * 60
+
 
 def measure(stage, seconds):
     """Measures all four at once: they sleep nearly always, and this way the machine's noise affects all alike."""
     database = stage.desktop.folder / "refreshed.sqlite"
     first, last = make_history(stage, database)
     clock = FakedClock(stage.desktop.folder / "clock")
-    noon = datetime.datetime.now().replace(hour=12, minute=0)
-    clock.set(noon.isoformat())
+    clock.start(datetime.datetime.now().replace(hour=12, minute=0).isoformat())
     with contextlib.ExitStack() as stack:
         backend = stack.enter_context(contextlib.closing(Backend().start()))
         tray = stack.enter_context(stage.floor("bare_tray"))
@@ -27,7 +28,7 @@ def measure(stage, seconds):
         signed_in = stack.enter_context(person.program())
         uploaded(person)
         refresh = stack.enter_context(stage.floor("bare_refresh", database, first, last, backend.port))
-        clock.set((noon + datetime.timedelta(minutes=20)).isoformat())
+        clock.skip(QUARTER_OF_AN_HOUR)
         time.sleep(SETTLING)
         watched = [tray, refresh, signed_out, signed_in]
         begin = time.monotonic()

@@ -1,4 +1,4 @@
-"""Requests and bytes over the wire, when idle and during typing."""
+"""What goes over the wire: requests and bytes of a start, of an idle minute, and while somebody types."""
 
 import contextlib
 import datetime
@@ -15,6 +15,8 @@ from .meter import usage
 from .presses import Typist
 from .stage import SETTLING, uploaded
 
+START = 60  # seconds
+QUARTER_OF_AN_HOUR = 15 * 60
 PRESSES = 1000
 PER_SECOND = 5
 
@@ -62,30 +64,37 @@ class CountingProxy:
 
 def measure(stage, seconds):
     clock = FakedClock(stage.desktop.folder / "clock")
-    noon = datetime.datetime.now().replace(hour=12, minute=0)
-    clock.set(noon.isoformat())
+    clock.start(datetime.datetime.now().replace(hour=12, minute=0).isoformat())
     with contextlib.ExitStack() as stack:
         backend = stack.enter_context(contextlib.closing(Backend().start()))
         proxy = stack.enter_context(contextlib.closing(CountingProxy(backend.port)))
         person = stage.person(signed_in=True, backend_port=proxy.port, clock=clock)
+        with person.program():
+            uploaded(person)
+            time.sleep(SETTLING)
+        figures = _figures("a start with 30 days to send", (0, 0, 0), proxy.count())
+        before, begin = proxy.count(), time.monotonic()
         process = stack.enter_context(person.program())
-        uploaded(person)
-        clock.set((noon + datetime.timedelta(minutes=20)).isoformat())
+        time.sleep(max(0, begin + START - time.monotonic()))
+        figures += _figures(f"the first {START} s of a start with nothing to send", before, proxy.count())
+        clock.skip(QUARTER_OF_AN_HOUR)
         time.sleep(SETTLING)
         before = proxy.count()
         time.sleep(seconds)
-        figures = _figures("an idle minute", before, proxy.count(), 60 / seconds)
+        figures += _figures("an idle minute", before, proxy.count(), 60 / seconds)
         typist = stack.enter_context(Typist(stage))
         before, used = proxy.count(), usage(process.pid)
         typist.press(PRESSES, PER_SECOND)
-        figures += _figures("1,000 presses at 5 a second", before, proxy.count(), 1)
+        figures += _figures("1,000 presses at 5 a second", before, proxy.count())
         cpu = (usage(process.pid) - used).cpu
         share = Samples("% of a core", [cpu / (PRESSES / PER_SECOND) * 100])
         return [*figures, Figure("1,000 presses at 5 a second, local backend: CPU", share)]
 
 
-def _figures(what, before, after, scale):
+def _figures(what, before, after, scale=1):
     requests, sent, received = ((late - early) * scale for early, late in zip(before, after, strict=True))
+    if requests == 0:
+        raise AssertionError(f"no request was seen: {what}")
     return [
         Figure(f"{what}: requests", Samples("", [requests])),
         Figure(f"{what}: sent", Samples("kB", [sent / 1000])),
