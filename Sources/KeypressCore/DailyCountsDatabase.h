@@ -45,6 +45,12 @@ public:
     std::optional<SentCount> sentCount(const DayKey& day);
     /// Notes durably that the backend is about to be given this count of the day.
     void noteSent(const DayKey& day, std::int64_t count);
+    // What the backend has taken, as SentCounts remembers it; nothing without a device.
+    void noteTaken(const std::vector<TakenRow>& rows);
+    std::vector<TakenRow> taken(const DayKey& day);
+    SentCounts::Counts takenCounts();
+    void forgetTaken(const DayKey& from, const DayKey& to);
+    void forgetTakenHours(const DayKey& before);
     /// Adds `by` to the day's count, durably: the presses of the day that only the backend has.
     void raise(const DayKey& day, std::int64_t by, std::int64_t updatedAt);
 

@@ -57,6 +57,32 @@ void DailyCountsDatabase::noteSent(const DayKey& day, std::int64_t count) {
     }
 }
 
+void DailyCountsDatabase::noteTaken(const std::vector<TakenRow>& rows) {
+    if (sent_) {
+        sent_->noteTaken(rows);
+    }
+}
+
+std::vector<TakenRow> DailyCountsDatabase::taken(const DayKey& day) {
+    return sent_ ? sent_->taken(day) : std::vector<TakenRow>{};
+}
+
+SentCounts::Counts DailyCountsDatabase::takenCounts() {
+    return sent_ ? sent_->takenCounts() : SentCounts::Counts{};
+}
+
+void DailyCountsDatabase::forgetTaken(const DayKey& from, const DayKey& to) {
+    if (sent_) {
+        sent_->forgetTaken(from, to);
+    }
+}
+
+void DailyCountsDatabase::forgetTakenHours(const DayKey& before) {
+    if (sent_) {
+        sent_->forgetTakenHours(before);
+    }
+}
+
 void DailyCountsDatabase::raise(const DayKey& day, std::int64_t by, std::int64_t updatedAt) {
     const CountBatch counts{.days = {{day, by}}, .hours = {}, .applications = {}, .names = {}};
     if (!sent_) {

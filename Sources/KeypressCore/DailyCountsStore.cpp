@@ -43,6 +43,28 @@ Future<void> DailyCountsStore::noteSent(DayKey day, std::int64_t count) {
     return executor_.run([db = database_.get(), day = std::move(day), count] { db->noteSent(day, count); });
 }
 
+Future<void> DailyCountsStore::noteTaken(std::vector<TakenRow> rows) {
+    return executor_.run([db = database_.get(), rows = std::move(rows)] { db->noteTaken(rows); });
+}
+
+Future<std::vector<TakenRow>> DailyCountsStore::taken(DayKey day) {
+    return executor_.run([db = database_.get(), day = std::move(day)] { return db->taken(day); });
+}
+
+Future<SentCounts::Counts> DailyCountsStore::takenCounts() {
+    return executor_.run([db = database_.get()] { return db->takenCounts(); });
+}
+
+Future<void> DailyCountsStore::forgetTaken(DayKey from, DayKey to) {
+    return executor_.run(
+        [db = database_.get(), from = std::move(from), to = std::move(to)] { db->forgetTaken(from, to); });
+}
+
+Future<void> DailyCountsStore::forgetTakenHours(DayKey before) {
+    return executor_.run(
+        [db = database_.get(), before = std::move(before)] { db->forgetTakenHours(before); });
+}
+
 Future<void> DailyCountsStore::raise(DayKey day, std::int64_t by, std::int64_t updatedAt) {
     return executor_.run(
         [db = database_.get(), day = std::move(day), by, updatedAt] { db->raise(day, by, updatedAt); });

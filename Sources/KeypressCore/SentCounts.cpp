@@ -17,6 +17,13 @@ constexpr const char* createSentCounts = "CREATE TABLE IF NOT EXISTS sent_counts
                                          "  copied INTEGER NOT NULL DEFAULT 0,\n"
                                          "  raised INTEGER NOT NULL DEFAULT 0\n"
                                          ");";
+constexpr const char* createTakenRows = "CREATE TABLE IF NOT EXISTS taken_rows (\n"
+                                        "  day TEXT NOT NULL,\n"
+                                        "  hour INTEGER NOT NULL,\n"
+                                        "  app TEXT NOT NULL,\n"
+                                        "  value TEXT NOT NULL,\n"
+                                        "  PRIMARY KEY (day, hour, app)\n"
+                                        ") WITHOUT ROWID;";
 // One row: whose counts these are, where both files were, and the raise that is under way.
 constexpr const char* createOrigin = "CREATE TABLE IF NOT EXISTS origin (\n"
                                      "  device TEXT PRIMARY KEY NOT NULL,\n"
@@ -43,7 +50,8 @@ fs::path SentCounts::fileOf(fs::path database) {
     return database += "-sent";
 }
 
-SentCounts::SentCounts(const fs::path& database, const std::string& device) : database_(database) {
+SentCounts::SentCounts(const fs::path& database, const std::string& device)
+    : database_(database), device_(device) {
     const fs::path file = fileOf(database);
     try {
         open(file, device);
@@ -66,10 +74,13 @@ void SentCounts::open(const fs::path& file, const std::string& device) {
     connection_->exec("PRAGMA synchronous=FULL;");
     Transaction transaction(*connection_);
     connection_->exec(createSentCounts);
+    connection_->exec(createTakenRows);
     connection_->exec(createOrigin);
-    Statement(*connection_, "DELETE FROM sent_counts WHERE EXISTS (SELECT 1 FROM origin WHERE device <> ?);")
-        .bind(1, device)
-        .run();
+    for (const char* forget :
+         {"DELETE FROM sent_counts WHERE EXISTS (SELECT 1 FROM origin WHERE device <> ?);",
+          "DELETE FROM taken_rows WHERE EXISTS (SELECT 1 FROM origin WHERE device <> ?);"}) {
+        Statement(*connection_, forget).bind(1, device).run();
+    }
     Statement(*connection_, "DELETE FROM origin WHERE device <> ?;").bind(1, device).run();
     Statement(*connection_, "INSERT OR IGNORE INTO origin(device) VALUES (?);").bind(1, device).run();
     transaction.commit();
@@ -126,6 +137,7 @@ void SentCounts::settle(const Counts& counts, const std::set<DayKey>& rolledBack
         return;
     }
     Transaction transaction(*connection_);
+    connection_->exec("DELETE FROM taken_rows;");
     for (const DayKey& day : rolledBack) {
         const auto found = counts.find(day);
         Statement(*connection_, "UPDATE sent_counts SET local = ?1, copied = ?1 WHERE day = ?2;")
@@ -185,6 +197,54 @@ int SentCounts::announceRaise(const DayKey& day, std::int64_t by, int mark) {
         .run();
     transaction.commit();
     return next;
+}
+
+// Another store may have taken the file over for another device meanwhile.
+void SentCounts::noteTaken(const std::vector<TakenRow>& rows) {
+    Transaction transaction(*connection_);
+    Statement insert(*connection_, "INSERT OR REPLACE INTO taken_rows SELECT ?, ?, ?, ? "
+                                   "WHERE EXISTS (SELECT 1 FROM origin WHERE device = ?);");
+    for (const TakenRow& row : rows) {
+        insert.reset();
+        insert.bind(1, row.day.rawValue).bind(2, row.hour).bind(3, row.app).bind(4, row.value);
+        insert.bind(5, device_).run();
+    }
+    transaction.commit();
+}
+
+std::vector<TakenRow> SentCounts::taken(const DayKey& day) const {
+    std::vector<TakenRow> rows;
+    Statement select(*connection_, "SELECT hour, app, value FROM taken_rows WHERE day = ?;");
+    select.bind(1, day.rawValue);
+    while (select.step()) {
+        rows.push_back(
+            {day, select.integer(0), select.text(1).value_or(""), select.text(2).value_or("")});
+    }
+    return rows;
+}
+
+auto SentCounts::takenCounts() const -> Counts {
+    Counts counts;
+    Statement select(*connection_, "SELECT day, value FROM taken_rows WHERE hour = ? AND day <> '';");
+    select.bind(1, TakenRow::noHour);
+    while (select.step()) {
+        counts[DayKey(select.text(0).value_or(""))] = select.integer64(1);
+    }
+    return counts;
+}
+
+void SentCounts::forgetTaken(const DayKey& from, const DayKey& to) {
+    Statement(*connection_, "DELETE FROM taken_rows WHERE day BETWEEN ? AND ?;")
+        .bind(1, from.rawValue)
+        .bind(2, to.rawValue)
+        .run();
+}
+
+void SentCounts::forgetTakenHours(const DayKey& before) {
+    Statement(*connection_, "DELETE FROM taken_rows WHERE day < ? AND hour <> ?;")
+        .bind(1, before.rawValue)
+        .bind(2, TakenRow::noHour)
+        .run();
 }
 
 } // namespace fernhollow

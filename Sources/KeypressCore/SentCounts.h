@@ -2,6 +2,7 @@
 
 #include "KeypressCore/DayKey.h"
 #include "KeypressCore/SQLiteConnection.h"
+#include "KeypressCore/TakenRow.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace fernhollow {
 
@@ -31,6 +33,10 @@ struct SentCount {
 /// first, and the database takes it together with a mark (its user_version) by which a later opening tells
 /// whether it was done. Without this file, or without a note of the day, nothing is lost: such a day is
 /// merged as that of a new machine. Owned by DailyCountsDatabase, whose thread is this class's too.
+///
+/// It also remembers the rows that the backend confirmed, so that no start sends them again. Losing that costs
+/// requests and nothing else; it is forgotten where this machine's rows may no longer be the backend's: under
+/// another device, and when the files turn out to be copies or the database an older one.
 class SentCounts {
 public:
     using Counts = std::map<DayKey, std::int64_t>;
@@ -64,11 +70,23 @@ public:
     /// that it takes along.
     int announceRaise(const DayKey& day, std::int64_t by, int mark);
 
+    /// The backend has taken these rows.
+    void noteTaken(const std::vector<TakenRow>& rows);
+    /// What was taken of the day; the applications' names for a day without a text.
+    std::vector<TakenRow> taken(const DayKey& day) const;
+    /// The days' counts that were taken, as they were sent.
+    Counts takenCounts() const;
+    /// Forgets what was taken of the days `from` to `to`.
+    void forgetTaken(const DayKey& from, const DayKey& to);
+    /// Forgets what was taken of hours of earlier days, which are not sent any more.
+    void forgetTakenHours(const DayKey& before);
+
 private:
     void open(const std::filesystem::path& file, const std::string& device);
     std::string places() const;
 
     std::filesystem::path database_;
+    std::string device_;
     mutable std::optional<SQLiteConnection> connection_;
 };
 

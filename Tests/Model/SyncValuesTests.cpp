@@ -3,6 +3,7 @@
 #include "KeypressCore/CountLimits.h"
 #include "Model/Sync/BackOff.h"
 #include "Model/Sync/DayQueue.h"
+#include "Model/Sync/FetchPlan.h"
 #include "Model/Sync/SentDays.h"
 #include "Support/FakeClock.h"
 
@@ -66,6 +67,73 @@ TEST(SentDays, MergeADayUntilItWasSentAndThenTellForeignCounts) {
     EXPECT_EQ(days.merge(today, 4, 150), (DayMerge{Kind::add, 154})) << "the database was lost meanwhile";
     EXPECT_EQ(days.merge(today, 160, maximumDeviceDay + 1), (DayMerge{Kind::uploadLocal, 160}));
     EXPECT_EQ(days.merge(yesterday, 0, 120), (DayMerge{Kind::restore, 120}));
+}
+
+class FetchPlanning : public testing::Test {
+protected:
+    // What a cycle asks for after so long, and that it was answered.
+    std::vector<Fetch> after(std::chrono::seconds time) {
+        now_ += time;
+        plan_.begin(now_);
+        std::vector<Fetch> due;
+        for (const Fetch fetch : {Fetch::total, Fetch::hours, Fetch::appHours, Fetch::days, Fetch::appDays,
+                                  Fetch::devices}) {
+            if (plan_.isDue(fetch, now_)) {
+                due.push_back(fetch);
+                plan_.noteFetched(fetch, now_);
+            }
+        }
+        return due;
+    }
+
+    FetchPlan plan_;
+    Moment now_{100s};
+};
+
+TEST_F(FetchPlanning, AsksForWhatCanHaveChanged) {
+    using enum Fetch;
+    EXPECT_THAT(after(0s), ElementsAre(total, hours, appHours, days, appDays, devices));
+    plan_.noteTotal(7, 7, now_);
+    EXPECT_THAT(after(1s), ElementsAre());
+    EXPECT_THAT(after(1s), ElementsAre(total));
+    plan_.noteActivity(now_);
+    EXPECT_THAT(after(1s), ElementsAre(total));
+    plan_.noteTotal(9, 9, now_); // all of it is from here
+    EXPECT_THAT(after(1s), ElementsAre(total));
+    plan_.noteTotal(12, 9, now_); // some of it is another machine's
+    EXPECT_THAT(after(1s), ElementsAre(total, hours, appHours));
+    plan_.noteTotal(14, 11, now_);
+    EXPECT_THAT(after(1s), ElementsAre(total, hours, appHours));
+    EXPECT_THAT(after(59s), ElementsAre(total, days, devices)) << "thirty days are not fetched each second";
+    EXPECT_THAT(after(60s), ElementsAre(total, appDays, devices));
+    plan_.noteNewDay();
+    EXPECT_THAT(after(1s), ElementsAre(total, hours, appHours, days, appDays, devices));
+}
+
+TEST_F(FetchPlanning, LearnsFromTheDevicesThatAnotherOneWasThere) {
+    using enum Fetch;
+    after(0s);
+    plan_.noteDevices({{"a", "here", "08:00"}, {"b", "there", "07:00"}}, "08:00", now_);
+    plan_.noteDevices({{"a", "here", "09:00"}, {"b", "there", "07:00"}}, "09:00", now_);
+    EXPECT_THAT(after(60s), ElementsAre(total, devices)) << "only this one was";
+    plan_.noteDevices({{"a", "here", "09:00"}, {"b", "there", "09:01"}}, "09:00", now_);
+    EXPECT_THAT(after(1s), ElementsAre(total, hours, appHours, days));
+    EXPECT_THAT(after(2s), ElementsAre(total, appDays, devices)) << "and may be still";
+}
+
+TEST_F(FetchPlanning, AsksForFourThingsAtMostInAnIdleMinute) {
+    after(0s);
+    std::map<Fetch, int> fetched;
+    for (int minute = 0; minute < 60; ++minute) {
+        const auto due = after(60s);
+        EXPECT_LE(due.size(), 3) << "and this device's registration";
+        for (const Fetch fetch : due) {
+            ++fetched[fetch];
+        }
+    }
+    for (const Fetch list : {Fetch::hours, Fetch::appHours, Fetch::days, Fetch::appDays}) {
+        EXPECT_GE(fetched[list], 3) << "to be safe";
+    }
 }
 
 TEST(BackOff, DoublesUpToAMinuteAndIsNeverShorterThanAskedFor) {

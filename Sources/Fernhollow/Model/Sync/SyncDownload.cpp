@@ -13,6 +13,9 @@ namespace fernhollow {
 namespace {
 
 constexpr std::size_t appDailyLogLength = 500;
+// A cycle fetches them each minute at least.
+constexpr std::chrono::seconds devicesKnown{90};
+
 constexpr int firstFailure = 400; // of the statuses for which the device list gives up
 
 } // namespace
@@ -20,6 +23,10 @@ constexpr int firstFailure = 400; // of the statuses for which the device list g
 // The day may have ended while the answer was on its way. The total is not today's then.
 QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
     const DayKey day = self->today();
+    const Moment asked = self->surroundings_.clock.monotonic();
+    if (!self->fetches_.isDue(Fetch::total, asked)) {
+        co_return;
+    }
     const auto answer = co_await send(self, session, session->requests.todayTotal(session->email, day),
                                       "Error downloading totals");
     if (!answer || !answer->isSuccess() || day != self->today()) {
@@ -27,11 +34,19 @@ QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
     }
     if (const auto total = wire::decodeTotal(answer->body)) {
         self->remoteTodayTotal_ = *total;
+        const auto own = self->sentRows_.value({.day = day});
+        self->fetches_.noteFetched(Fetch::total, asked);
+        self->fetches_.noteTotal(*total, own ? std::stoll(*own) : 0, asked);
         self->log_.writeChange("totals", "Downloaded today total: " + std::to_string(*total));
     }
 }
 
 QCoro::Task<> SyncEngine::downloadHistory(Self self, Shared session) {
+    const Moment asked = self->surroundings_.clock.monotonic();
+    if (!self->fetches_.isDue(Fetch::days, asked)) {
+        co_return;
+    }
+    const auto taken = co_await self->takenCounts(); // what is taken meanwhile need not be in the answer
     const auto answer =
         co_await send(self, session, session->requests.dailyTotals(session->email, self->today()),
                       "Error downloading history");
@@ -45,11 +60,19 @@ QCoro::Task<> SyncEngine::downloadHistory(Self self, Shared session) {
         co_return;
     }
     self->remoteHistory_ = std::make_shared<HistoryCache>(historyCache(*rows));
+    self->fetches_.noteFetched(Fetch::days, asked);
     self->log_.writeChange("history", "Downloaded history: " + std::to_string(rows->size()) + " days");
+    if (self->isLacking(*self->remoteHistory_, taken)) {
+        co_await sendAllAgain(self);
+    }
 }
 
 QCoro::Task<> SyncEngine::downloadHourly(Self self, Shared session) {
     const DayKey day = self->today();
+    const Moment asked = self->surroundings_.clock.monotonic();
+    if (!self->fetches_.isDue(Fetch::hours, asked)) {
+        co_return;
+    }
     const auto answer = co_await send(self, session, session->requests.hourlyTotals(session->email, day),
                                       "Error downloading hourly");
     if (!answer || !answer->isSuccess() || day != self->today()) {
@@ -62,11 +85,16 @@ QCoro::Task<> SyncEngine::downloadHourly(Self self, Shared session) {
         co_return;
     }
     self->remoteHourly_ = std::make_shared<HourlyCache>(hourlyCache(*rows));
+    self->fetches_.noteFetched(Fetch::hours, asked);
     self->log_.writeChange("hourly", "Downloaded hourly: " + std::to_string(rows->size()) + " hours");
 }
 
 QCoro::Task<> SyncEngine::downloadAppHourly(Self self, Shared session) {
     const DayKey day = self->today();
+    const Moment asked = self->surroundings_.clock.monotonic();
+    if (!self->fetches_.isDue(Fetch::appHours, asked)) {
+        co_return;
+    }
     const auto answer = co_await send(self, session, session->requests.appHourlyTotals(session->email, day),
                                       "Error downloading app hourly");
     if (!answer || !answer->isSuccess() || day != self->today()) {
@@ -74,12 +102,17 @@ QCoro::Task<> SyncEngine::downloadAppHourly(Self self, Shared session) {
     }
     if (const auto rows = wire::decodeAppHours(answer->body)) {
         self->remoteAppHourly_ = std::make_shared<AppHourlyCache>(appHourlyCache(*rows));
+        self->fetches_.noteFetched(Fetch::appHours, asked);
         self->log_.writeChange("app hourly",
                                "Downloaded app hourly: " + std::to_string(rows->size()) + " entries");
     }
 }
 
 QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
+    const Moment asked = self->surroundings_.clock.monotonic();
+    if (!self->fetches_.isDue(Fetch::appDays, asked)) {
+        co_return;
+    }
     const auto answer =
         co_await send(self, session, session->requests.appDailyTotals(session->email, self->today()),
                       "Error downloading app daily");
@@ -103,6 +136,7 @@ QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
     }
     const auto cache = std::make_shared<AppDailyCache>(appDailyCache(*rows));
     self->remoteAppDaily_ = cache;
+    self->fetches_.noteFetched(Fetch::appDays, asked);
     std::set<std::string_view> days;
     std::set<std::string_view> apps;
     for (const auto& [day, counts] : *cache) {
@@ -129,7 +163,12 @@ QCoro::Task<std::vector<DeviceInfo>> SyncEngine::getConnectedDevices() {
     if (!co_await isSignedIn() || stop.stop_requested()) {
         co_return {};
     }
-    if (backOff_.remaining(surroundings_.clock.monotonic()) > std::chrono::milliseconds(0)) {
+    const Moment now = surroundings_.clock.monotonic();
+    const auto fetched = fetches_.fetchedAt(Fetch::devices);
+    if (fetched && now - *fetched < devicesKnown) {
+        co_return devices_;
+    }
+    if (backOff_.remaining(now) > std::chrono::milliseconds(0)) {
         co_return devices_; // the backend wants to be left alone
     }
     const auto session = makeSession();
@@ -142,6 +181,7 @@ QCoro::Task<std::vector<DeviceInfo>> SyncEngine::getConnectedDevices() {
 
 QCoro::Task<std::vector<DeviceInfo>> SyncEngine::fetchDevices(Self self, Shared session) {
     self->devices_.clear();
+    const Moment asked = self->surroundings_.clock.monotonic();
     const auto answer =
         co_await send(self, session, session->requests.devices(session->email), "Error fetching devices");
     if (!answer) {
@@ -161,6 +201,8 @@ QCoro::Task<std::vector<DeviceInfo>> SyncEngine::fetchDevices(Self self, Shared 
     }
     self->log_.writeChange("devices", "Found " + std::to_string(devices->size()) + " connected devices");
     self->devices_ = *devices;
+    self->fetches_.noteFetched(Fetch::devices, asked);
+    self->fetches_.noteDevices(*devices, self->registeredAs_, asked);
     co_return std::move(*devices);
 }
 
@@ -184,6 +226,7 @@ void SyncEngine::clearTodayCaches() {
     remoteHourly_ = std::make_shared<HourlyCache>();
     remoteAppHourly_ = std::make_shared<AppHourlyCache>();
     cachedDay_ = today();
+    fetches_.noteNewDay();
 }
 
 } // namespace fernhollow

@@ -49,6 +49,7 @@ void SyncEngine::start() {
 void SyncEngine::markDirty(const DayKey& day) {
     queue_.add(day, {.count = true, .hours = true, .apps = true});
     lastActivityTime_ = surroundings_.clock.monotonic();
+    fetches_.noteActivity(lastActivityTime_);
     scheduleSync(changeDelay);
 }
 
@@ -149,6 +150,7 @@ QCoro::Task<> SyncEngine::performSync(Self self) {
 
 QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
     self->resetTodayCaches();
+    self->fetches_.begin(session->begun);
     Days days; // what becomes dirty from now on is the next cycle's
     if (!self->isIdentityInUseElsewhere_) {
         days = self->queue_.begin(session->day, pastDaysPerCycle);
@@ -164,10 +166,10 @@ QCoro::Task<> SyncEngine::runCycle(Self self, Shared session) {
     }
     co_await downloadAppHourly(self, session);
     co_await downloadAppDaily(self, session);
-    if (!self->isIdentityInUseElsewhere_) {
+    if (!self->isIdentityInUseElsewhere_ && self->isRegistrationDue(*session)) {
         co_await registerDevice(self, session);
     }
-    if (session->mayAsk()) {
+    if (session->mayAsk() && self->isDue(Fetch::devices)) {
         co_await publishDevices(self, session);
     }
 }
@@ -245,6 +247,8 @@ void SyncEngine::reset() {
     queue_ = {};
     sentDays_ = {};
     sentRows_ = {};
+    fetches_ = {};
+    registered_.reset();
     backOff_ = {};
     publishUnsentSince(std::nullopt);
     isScheduled_ = false;

@@ -7,6 +7,7 @@
 #include "Model/Sync/BackOff.h"
 #include "Model/Sync/BackendRequests.h"
 #include "Model/Sync/DayQueue.h"
+#include "Model/Sync/FetchPlan.h"
 #include "Model/Sync/RemoteCaches.h"
 #include "Model/Sync/SentDays.h"
 #include "Model/Sync/SentRows.h"
@@ -132,6 +133,19 @@ private:
         std::optional<SentCount> sent;
     };
     QCoro::Task<std::optional<LocalDay>> localDay(DayKey day);
+    // What the backend has taken, in memory and in the store.
+    /// What the store remembers of the day is in sentRows_ afterwards.
+    QCoro::Task<> recall(DayKey day);
+    QCoro::Task<> noteTaken(std::vector<TakenRow> rows, std::stop_token stop);
+    QCoro::Task<SentCounts::Counts> takenCounts();
+    /// Of a day before today, given what was taken of the days' counts.
+    QCoro::Task<DayWork> lackingWork(DailyCountRow row, const SentCounts::Counts& taken);
+    /// The backend has less of the day than it took: everything of it is sent again.
+    static QCoro::Task<> sendAgain(Self self, DayKey day);
+    /// The backend has lost counts of some day, and may have lost any: everything is sent again.
+    static QCoro::Task<> sendAllAgain(Self self);
+    bool isLacking(const HistoryCache& totals, const SentCounts::Counts& taken) const;
+
     /// Before the backend takes this count; false when it must not, because the store cannot remember it.
     QCoro::Task<bool> remember(DayKey day, std::int64_t count);
     QCoro::Task<bool> addToLocal(DayKey day, std::int64_t count);
@@ -171,6 +185,8 @@ private:
     static QCoro::Task<> downloadAppDaily(Self self, Shared session);
     void resetTodayCaches();
     void clearTodayCaches();
+    bool isDue(Fetch fetch) const { return fetches_.isDue(fetch, surroundings_.clock.monotonic()); }
+    bool isRegistrationDue(const SyncSession& session) const;
 
     /// Sends one request. Nothing when there is no answer, which is logged as "[CloudSync] {failure}: ...",
     /// or when no more requests may be made.
@@ -189,6 +205,10 @@ private:
     DayQueue queue_;
     SentDays sentDays_;
     SentRows sentRows_;
+    std::optional<Moment> sentAllAgain_;
+    FetchPlan fetches_;
+    std::optional<Moment> registered_; // absent while others are to learn that something was sent
+    std::string registeredAs_;         // the time in the registration's text
     BackOff backOff_;
     bool isIdentityInUseElsewhere_ = false; // nothing is sent under it any more
     bool isSyncing_ = false;

@@ -62,6 +62,10 @@ constexpr RowTexts textsOf(const AppRegistryRow& /*row*/) {
 template<class Row>
 QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, std::vector<Row> rows) {
     Sent sent;
+    if (!rows.empty()) {
+        co_await self->recall(TakenRow::of(rows.front()).day);
+    }
+    std::vector<TakenRow> taken;
     for (const Row& row : rows) {
         if (!session->mayWrite() || sent.taken >= rowsPerPortion) {
             sent.isComplete = false;
@@ -69,16 +73,18 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
         }
         const Instant now = self->surroundings_.clock.now();
         auto request = upsert(*session, row, now);
-        if (!request || !self->sentRows_.claim(row, self->surroundings_.clock.monotonic())) {
+        const auto key = TakenRow::of(row);
+        if (!request || !self->sentRows_.claim(key)) {
             continue; // a name that is not UTF-8 cannot be sent
         }
-        auto release = qScopeGuard([&self, &row] { self->sentRows_.release(row); });
+        auto release = qScopeGuard([&self, &key] { self->sentRows_.release(key); });
         const auto answer = co_await send(self, session, std::move(request), textsOf(row).failure);
         if (answer && answer->isSuccess()) {
             release.dismiss();
             session->noteTaken();
             self->log_.clear(textsOf(row).refusal);
             ++sent.taken;
+            taken.push_back(key);
             continue;
         }
         if (answer) {
@@ -90,6 +96,12 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
         }
     }
     sent.isComplete &= !session->isLost();
+    if (!taken.empty()) {
+        if (taken.front().day < session->day) {
+            self->fetches_.notePastSent();
+        }
+        co_await self->noteTaken(std::move(taken), session->stop);
+    }
     co_return sent;
 }
 
@@ -109,6 +121,9 @@ QCoro::Task<std::optional<std::size_t>> SyncEngine::uploadInPortions(Self self, 
         }
         const auto sent = co_await uploadRows(self, session, rows);
         taken += sent.taken;
+        if (sent.taken > 0) {
+            self->registered_.reset();
+        }
         if (session->wantedPause()) {
             self->backOff(*session);
         }

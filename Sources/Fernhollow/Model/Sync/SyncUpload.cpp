@@ -7,6 +7,7 @@
 #include "Model/Sync/SyncRules.h"
 #include "Platform/HostName.h"
 #include "Support/EventLoopExecutor.h"
+#include "Support/InternetTime.h"
 #include "Support/Sleep.h"
 
 #include <cstdint>
@@ -20,6 +21,7 @@ using namespace std::chrono_literals;
 constexpr int historyDays = 365;
 constexpr auto historyDelay = 1s;
 constexpr auto historyRetry = 15s;
+constexpr auto registrationAge = 5min;
 
 void logMerge(const DayMerge& merge, const DayKey& day, std::int64_t local, std::int64_t remote) {
     const std::string there = std::to_string(remote);
@@ -60,11 +62,18 @@ QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
             co_return;
         }
     }
+    const auto taken = co_await self->takenCounts();
     for (const auto& row : *rows) {
+        if (stop.stop_requested()) {
+            co_return;
+        }
         if (row.day >= today) {
             self->queue_.add(row.day, {.count = true, .hours = true, .apps = true});
         } else {
-            self->queue_.addPast(row.day, {.count = true, .hours = row.day >= self->firstRecentDay()});
+            const auto lacking = co_await self->lackingWork(row, taken);
+            if (!lacking.isEmpty()) {
+                self->queue_.addPast(row.day, lacking);
+            }
         }
     }
     if (!self->queue_.isEmpty()) {
@@ -119,6 +128,12 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
         session->lose();
         co_return false;
     }
+    co_await self->recall(day);
+    const auto taken = self->sentRows_.value({.day = day});
+    const SentCount known{local->count, local->count, local->count};
+    if (taken == std::to_string(local->count) && local->sent.value_or(known) == known) {
+        co_return true;
+    }
     const auto remote = co_await fetchDeviceCount(self, session, day);
     if (!remote || session->stop.stop_requested()) {
         co_return false; // a guess could replace a larger count there or here
@@ -129,6 +144,9 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
         co_return false;
     }
     logMerge(merge, day, local->count, *remote);
+    if (taken && *remote < std::stoll(*taken)) {
+        co_await sendAgain(self, day);
+    }
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
     if (merge.kind != DayMerge::Kind::uploadLocal &&
@@ -197,6 +215,12 @@ QCoro::Task<bool> SyncEngine::upsertDayCount(Self self, Shared session, DayKey d
         session->noteTaken();
         self->log_.writeChange("day count", "Day count uploaded successfully for " + day.rawValue,
                                std::to_string(count));
+        if (day < session->day) {
+            self->fetches_.notePastSent();
+        }
+        const auto row = TakenRow::of(DailyCountRow{day, count});
+        self->sentRows_.claim(row);
+        co_await self->noteTaken({row}, session->stop);
         co_return true;
     }
     if (answer) {
@@ -211,10 +235,16 @@ QCoro::Task<bool> SyncEngine::upsertDayCount(Self self, Shared session, DayKey d
     co_return false;
 }
 
+// Other machines learn from it that something was sent, and people that this one is there.
+bool SyncEngine::isRegistrationDue(const SyncSession& session) const {
+    return !registered_ || session.hasTaken() ||
+           surroundings_.clock.monotonic() - *registered_ >= registrationAge;
+}
+
 QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
     const std::string name = hostDisplayName();
-    const auto request =
-        session->requests.registerDevice(session->email, name, self->surroundings_.clock.now());
+    const Instant now = self->surroundings_.clock.now();
+    const auto request = session->requests.registerDevice(session->email, name, now);
     if (!request) {
         self->log_.writeChange("registering", "Failed to serialize device payload");
         co_return;
@@ -225,6 +255,8 @@ QCoro::Task<> SyncEngine::registerDevice(Self self, Shared session) {
     self->log_.writeChange("registering", "Registering device: " + name + " with ID: " + self->deviceId_);
     const auto answer = co_await send(self, session, request, "Device registration error");
     if (answer && answer->isSuccess()) {
+        self->registered_ = self->surroundings_.clock.monotonic();
+        self->registeredAs_ = internetTime(now);
         self->log_.writeChange("registered", "Device registered successfully: " + name);
     } else if (answer) {
         self->log_.writeChange("registered", "Device registration failed (" + std::to_string(answer->status) +
