@@ -58,7 +58,8 @@ public:
     /// Notes that the backend is about to be given this machine's count of the day; await it before the
     /// request.
     Future<void> noteSent(DayKey day, std::int64_t count);
-    // What the backend confirmed, which is remembered likewise. The names are those of the day without a text.
+    // What the backend confirmed, which is remembered likewise. The names are those of the day without a
+    // text.
     Future<void> noteTaken(std::vector<TakenRow> rows);
     Future<std::vector<TakenRow>> taken(DayKey day);
     Future<SentCounts::Counts> takenCounts();

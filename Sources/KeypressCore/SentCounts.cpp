@@ -217,8 +217,7 @@ std::vector<TakenRow> SentCounts::taken(const DayKey& day) const {
     Statement select(*connection_, "SELECT hour, app, value FROM taken_rows WHERE day = ?;");
     select.bind(1, day.rawValue);
     while (select.step()) {
-        rows.push_back(
-            {day, select.integer(0), select.text(1).value_or(""), select.text(2).value_or("")});
+        rows.push_back({day, select.integer(0), select.text(1).value_or(""), select.text(2).value_or("")});
     }
     return rows;
 }

@@ -34,9 +34,9 @@ struct SentCount {
 /// whether it was done. Without this file, or without a note of the day, nothing is lost: such a day is
 /// merged as that of a new machine. Owned by DailyCountsDatabase, whose thread is this class's too.
 ///
-/// It also remembers the rows that the backend confirmed, so that no start sends them again. Losing that costs
-/// requests and nothing else; it is forgotten where this machine's rows may no longer be the backend's: under
-/// another device, and when the files turn out to be copies or the database an older one.
+/// It also remembers the rows that the backend confirmed, so that no start sends them again. Losing that
+/// costs requests and nothing else; it is forgotten where this machine's rows may no longer be the backend's:
+/// under another device, and when the files turn out to be copies or the database an older one.
 class SentCounts {
 public:
     using Counts = std::map<DayKey, std::int64_t>;

@@ -76,8 +76,8 @@ protected:
         now_ += time;
         plan_.begin(now_);
         std::vector<Fetch> due;
-        for (const Fetch fetch : {Fetch::total, Fetch::hours, Fetch::appHours, Fetch::days, Fetch::appDays,
-                                  Fetch::devices}) {
+        for (const Fetch fetch :
+             {Fetch::total, Fetch::hours, Fetch::appHours, Fetch::days, Fetch::appDays, Fetch::devices}) {
             if (plan_.isDue(fetch, now_)) {
                 due.push_back(fetch);
                 plan_.noteFetched(fetch, now_);

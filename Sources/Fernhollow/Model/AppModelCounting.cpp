@@ -15,6 +15,8 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
+#include <set>
+#include <tuple>
 #include <utility>
 
 namespace fernhollow {
@@ -179,10 +181,21 @@ void AppModel::noteSaved(const Flush& flush) {
     areCountsSaved.set(true);
     pending_.noteDurable(flush.written);
     appTracker_->noteDurable(flush.written);
-    for (const auto& [day, count] : flush.counts.days) { // what was uploaded before lacked them
-        if (cloudSync_) {
-            cloudSync_->markDirty(day, std::nullopt);
-        }
+    if (!cloudSync_) {
+        return;
+    }
+    std::set<DayKey> days; // what was uploaded before lacked them
+    for (const auto& [day, count] : flush.counts.days) {
+        days.insert(day);
+    }
+    for (const auto& [hour, count] : flush.counts.hours) { // came back from a write that failed
+        days.insert(hour.first);
+    }
+    for (const auto& [place, count] : flush.counts.applications) {
+        days.insert(std::get<0>(place));
+    }
+    for (const DayKey& day : days) {
+        cloudSync_->markDirty(day, std::nullopt);
     }
 }
 

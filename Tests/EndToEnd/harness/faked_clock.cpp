@@ -60,8 +60,8 @@ int clock_gettime(clockid_t id, timespec* now) noexcept {
         return 0;
     }
     std::int64_t skipped = 0;
-    const bool isMonotonic =
-        id == CLOCK_MONOTONIC || id == CLOCK_MONOTONIC_COARSE || id == CLOCK_MONOTONIC_RAW || id == CLOCK_BOOTTIME;
+    const bool isMonotonic = id == CLOCK_MONOTONIC || id == CLOCK_MONOTONIC_COARSE ||
+                             id == CLOCK_MONOTONIC_RAW || id == CLOCK_BOOTTIME;
     if (isMonotonic && faked(Field::skipped, skipped)) {
         *now = timeOf(realMonotonic() + skipped);
         return 0;

@@ -1,7 +1,7 @@
 // Preloaded into the program under test. It redirects connections to the built-in backend to the port in
-// REDIRECTED_BACKEND, and those to the key-blind service to the socket in REDIRECTED_KEYTAP, so that tests run
-// side by side and never reach what the machine itself has. Without the first variable, or with port 0, there
-// is no backend: connections are refused. Without the second there is no service.
+// REDIRECTED_BACKEND, and those to the key-blind service to the socket in REDIRECTED_KEYTAP, so that tests
+// run side by side and never reach what the machine itself has. Without the first variable, or with port 0,
+// there is no backend: connections are refused. Without the second there is no service.
 
 #include <arpa/inet.h>
 #include <cerrno>

@@ -52,8 +52,8 @@ public:
 private:
     struct State {
         std::optional<Moment> fetched;
-        bool isStale = true;       // it has changed
-        bool mayBeStale = false;   // it can have changed
+        bool isStale = true;     // it has changed
+        bool mayBeStale = false; // it can have changed
     };
 
     static constexpr std::chrono::seconds busyTime{30};
@@ -66,11 +66,11 @@ private:
     std::array<State, 6> states_;
     std::optional<Fetch> spare_; // the one of this cycle that may have changed
     std::size_t nextSpare_ = 0;
-    Moment busyUntil_;           // somebody types, here or elsewhere
+    Moment busyUntil_; // somebody types, here or elsewhere
     std::optional<std::int64_t> total_;
-    std::int64_t others_ = 0;                  // of the total, as far as not sent from here
-    std::map<std::string, std::string> seen_;  // by device, as listed
-    std::string ownListing_;                   // by what this device is listed
+    std::int64_t others_ = 0;                 // of the total, as far as not sent from here
+    std::map<std::string, std::string> seen_; // by device, as listed
+    std::string ownListing_;                  // by what this device is listed
 };
 
 } // namespace fernhollow

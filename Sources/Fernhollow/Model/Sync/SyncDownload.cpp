@@ -34,9 +34,8 @@ QCoro::Task<> SyncEngine::downloadTotals(Self self, Shared session) {
     }
     if (const auto total = wire::decodeTotal(answer->body)) {
         self->remoteTodayTotal_ = *total;
-        const auto own = self->sentRows_.value({.day = day});
         self->fetches_.noteFetched(Fetch::total, asked);
-        self->fetches_.noteTotal(*total, own ? std::stoll(*own) : 0, asked);
+        self->fetches_.noteTotal(*total, self->takenCount(day).value_or(0), asked);
         self->log_.writeChange("totals", "Downloaded today total: " + std::to_string(*total));
     }
 }
@@ -134,23 +133,26 @@ QCoro::Task<> SyncEngine::downloadAppDaily(Self self, Shared session) {
                                    loggedText(answer->body, appDailyLogLength).value_or("no body"));
         co_return;
     }
-    const auto cache = std::make_shared<AppDailyCache>(appDailyCache(*rows));
-    self->remoteAppDaily_ = cache;
+    self->remoteAppDaily_ = std::make_shared<AppDailyCache>(appDailyCache(*rows));
     self->fetches_.noteFetched(Fetch::appDays, asked);
+    self->logAppDaily(rows->size());
+}
+
+void SyncEngine::logAppDaily(std::size_t rows) {
     std::set<std::string_view> days;
     std::set<std::string_view> apps;
-    for (const auto& [day, counts] : *cache) {
+    for (const auto& [day, counts] : *remoteAppDaily_) {
         days.insert(day);
         for (const auto& [bundleId, count] : counts) {
             apps.insert(bundleId);
         }
     }
-    self->log_.writeChange("app daily", "Downloaded app daily: " + std::to_string(rows->size()) +
-                                            " entries, " + std::to_string(days.size()) + " days, " +
-                                            std::to_string(apps.size()) + " unique apps");
+    log_.writeChange("app daily", "Downloaded app daily: " + std::to_string(rows) + " entries, " +
+                                      std::to_string(days.size()) + " days, " + std::to_string(apps.size()) +
+                                      " unique apps");
     if (!days.empty()) {
-        self->log_.writeChange("app daily range", "App daily date range: " + std::string(*days.begin()) +
-                                                      " to " + std::string(*days.rbegin()));
+        log_.writeChange("app daily range", "App daily date range: " + std::string(*days.begin()) + " to " +
+                                                std::string(*days.rbegin()));
     }
 }
 

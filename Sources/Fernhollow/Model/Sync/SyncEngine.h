@@ -120,6 +120,7 @@ private:
 
     // Days, in SyncUpload.cpp.
     static QCoro::Task<> uploadAllHistory(Self self);
+    static QCoro::Task<std::optional<std::vector<DailyCountRow>>> fetchHistory(Self self, DayKey first);
     static QCoro::Task<> uploadDays(Self self, Shared session, Days days);
     static QCoro::Task<> uploadDay(Self self, Shared session, DayKey day);
     /// False when the count was lost.
@@ -138,6 +139,8 @@ private:
     QCoro::Task<> recall(DayKey day);
     QCoro::Task<> noteTaken(std::vector<TakenRow> rows, std::stop_token stop);
     QCoro::Task<SentCounts::Counts> takenCounts();
+    /// The day's count that the backend took, if the day was recalled and has one.
+    std::optional<std::int64_t> takenCount(const DayKey& day) const;
     /// Of a day before today, given what was taken of the days' counts.
     QCoro::Task<DayWork> lackingWork(DailyCountRow row, const SentCounts::Counts& taken);
     /// The backend has less of the day than it took: everything of it is sent again.
@@ -173,6 +176,9 @@ private:
     /// Sends the rows that the backend does not have yet, at most a portion of them.
     template<class Row>
     static QCoro::Task<Sent> uploadRows(Self self, Shared session, std::vector<Row> rows);
+    /// Sends one of them; true when it was taken.
+    template<class Row>
+    static QCoro::Task<bool> uploadRow(Self self, Shared session, BackendRequests::Request request, Row row);
     /// Until each row was taken or refused: how many were taken, or nothing when no more may be sent.
     template<class Row>
     static QCoro::Task<std::optional<std::size_t>> uploadInPortions(Self self, std::vector<Row> rows);
@@ -183,6 +189,7 @@ private:
     static QCoro::Task<> downloadHourly(Self self, Shared session);
     static QCoro::Task<> downloadAppHourly(Self self, Shared session);
     static QCoro::Task<> downloadAppDaily(Self self, Shared session);
+    void logAppDaily(std::size_t rows);
     void resetTodayCaches();
     void clearTodayCaches();
     bool isDue(Fetch fetch) const { return fetches_.isDue(fetch, surroundings_.clock.monotonic()); }

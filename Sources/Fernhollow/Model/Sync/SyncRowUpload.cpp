@@ -60,6 +60,25 @@ constexpr RowTexts textsOf(const AppRegistryRow& /*row*/) {
 } // namespace
 
 template<class Row>
+QCoro::Task<bool> SyncEngine::uploadRow(Self self, Shared session, BackendRequests::Request request,
+                                        Row row) {
+    const auto answer = co_await send(self, session, std::move(request), textsOf(row).failure);
+    if (answer && answer->isSuccess()) {
+        session->noteTaken();
+        self->log_.clear(textsOf(row).refusal);
+        co_return true;
+    }
+    if (answer) {
+        const std::string refusal(textsOf(row).refusal);
+        self->log_.writeChange(refusal, refusal + ": HTTP " + std::to_string(answer->status));
+    }
+    if (!answer || mayBeTakenLater(answer->status)) {
+        session->lose();
+    }
+    co_return false;
+}
+
+template<class Row>
 QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, std::vector<Row> rows) {
     Sent sent;
     if (!rows.empty()) {
@@ -78,21 +97,10 @@ QCoro::Task<SyncEngine::Sent> SyncEngine::uploadRows(Self self, Shared session, 
             continue; // a name that is not UTF-8 cannot be sent
         }
         auto release = qScopeGuard([&self, &key] { self->sentRows_.release(key); });
-        const auto answer = co_await send(self, session, std::move(request), textsOf(row).failure);
-        if (answer && answer->isSuccess()) {
+        if (co_await uploadRow(self, session, std::move(request), row)) {
             release.dismiss();
-            session->noteTaken();
-            self->log_.clear(textsOf(row).refusal);
             ++sent.taken;
             taken.push_back(key);
-            continue;
-        }
-        if (answer) {
-            const std::string refusal(textsOf(row).refusal);
-            self->log_.writeChange(refusal, refusal + ": HTTP " + std::to_string(answer->status));
-        }
-        if (!answer || mayBeTakenLater(answer->status)) {
-            session->lose();
         }
     }
     sent.isComplete &= !session->isLost();

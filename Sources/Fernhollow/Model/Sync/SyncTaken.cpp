@@ -52,6 +52,11 @@ QCoro::Task<SentCounts::Counts> SyncEngine::takenCounts() {
     }
 }
 
+std::optional<std::int64_t> SyncEngine::takenCount(const DayKey& day) const {
+    const auto count = sentRows_.value({.day = day});
+    return count ? std::optional(std::stoll(*count)) : std::nullopt;
+}
+
 QCoro::Task<DayWork> SyncEngine::lackingWork(DailyCountRow row, const SentCounts::Counts& taken) {
     const auto count = taken.find(row.day);
     DayWork work{.count = count == taken.end() || count->second != row.count};

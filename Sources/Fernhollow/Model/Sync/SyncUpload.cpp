@@ -38,29 +38,36 @@ void logMerge(const DayMerge& merge, const DayKey& day, std::int64_t local, std:
 
 } // namespace
 
-QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
+// Those of the past year. Nothing once the engine is stopped.
+QCoro::Task<std::optional<std::vector<DailyCountRow>>> SyncEngine::fetchHistory(Self self, DayKey first) {
     const auto stop = self->stop_.get_token();
-    const Instant now = self->surroundings_.clock.now();
-    const auto start = self->calendar_.addingDays(now, -historyDays);
-    if (!start) {
-        co_return;
-    }
-    const DayKey today(now, self->calendar_);
     // A day after today was counted further east or with a clock that was ahead. No press may ever follow
     // that marks it dirty.
     const DayKey last("9999-12-31");
     std::optional<std::vector<DailyCountRow>> rows;
     while (!rows) {
         try {
-            rows = co_await self->store_->fetchCounts(DayKey(*start, self->calendar_), last);
+            rows = co_await self->store_->fetchCounts(first, last);
         } catch (const DailyCountsStoreError& error) {
             self->log_.writeChange("history upload",
                                    std::string("Failed to fetch history for upload: ") + error.what());
         }
         if (stop.stop_requested() ||
             (!rows && !co_await Sleep(self->surroundings_.clock, historyRetry, stop))) {
-            co_return;
+            co_return std::nullopt;
         }
+    }
+    co_return rows;
+}
+
+QCoro::Task<> SyncEngine::uploadAllHistory(Self self) {
+    const auto stop = self->stop_.get_token();
+    const Instant now = self->surroundings_.clock.now();
+    const DayKey today(now, self->calendar_);
+    const auto start = self->calendar_.addingDays(now, -historyDays);
+    const auto rows = start ? co_await fetchHistory(self, DayKey(*start, self->calendar_)) : std::nullopt;
+    if (!rows) {
+        co_return;
     }
     const auto taken = co_await self->takenCounts();
     for (const auto& row : *rows) {
@@ -129,9 +136,9 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
         co_return false;
     }
     co_await self->recall(day);
-    const auto taken = self->sentRows_.value({.day = day});
+    const auto taken = self->takenCount(day);
     const SentCount known{local->count, local->count, local->count};
-    if (taken == std::to_string(local->count) && local->sent.value_or(known) == known) {
+    if (taken == local->count && local->sent.value_or(known) == known) {
         co_return true;
     }
     const auto remote = co_await fetchDeviceCount(self, session, day);
@@ -144,17 +151,14 @@ QCoro::Task<bool> SyncEngine::uploadCount(Self self, Shared session, DayKey day)
         co_return false;
     }
     logMerge(merge, day, local->count, *remote);
-    if (taken && *remote < std::stoll(*taken)) {
+    if (taken && *remote < *taken) {
         co_await sendAgain(self, day);
     }
     // Added instead of overwritten: presses that were flushed while the backend answered are kept. A sum
     // that is not in the store is not sent, or the next cycle would add to it again.
-    if (merge.kind != DayMerge::Kind::uploadLocal &&
-        !co_await self->addToLocal(day, merge.count - local->count)) {
-        session->lose();
-        co_return false;
-    }
-    if (!co_await self->remember(day, merge.count)) {
+    const bool isRaised = merge.kind != DayMerge::Kind::uploadLocal;
+    if ((isRaised && !co_await self->addToLocal(day, merge.count - local->count)) ||
+        !co_await self->remember(day, merge.count)) {
         session->lose();
         co_return false;
     }
