@@ -12,8 +12,8 @@ class StatusItem;
 class Workspace;
 
 /// Makes the program's interfaces to the desktop, each with the implementation for this session. A new
-/// desktop gets a folder with its implementations, and a line in each of these functions. A value whose copies
-/// share one connection to the counting service; main thread only.
+/// desktop gets a folder with its implementations, and a line in each of these functions. A value whose
+/// copies share one connection to the counting service; main thread only.
 class Desktop {
 public:
     explicit Desktop(Session session = currentSession());
