@@ -23,8 +23,8 @@ QUOTED = re.compile(r"'[^']*'|\"[^\"$]*\"")
 STARTERS = {"if", "then", "elif", "else", "while", "do", "exec", "setsid", "xargs", "--"}
 
 # These need not be installed: pg_config is called only where Debian's own folders are missing, node by one
-# test that is skipped without it, haproxy by a test that only .ci/run runs.
-ELSEWHERE = {"pg_config", "node", "haproxy"}
+# test that is skipped without it, kwin_wayland likewise, haproxy by a test that only .ci/run runs.
+ELSEWHERE = {"pg_config", "node", "kwin_wayland", "haproxy"}
 
 RUN = ("build", "run", "backend")
 # The groups that each command installs, and the files that it runs. Patterns are relative to the top folder.

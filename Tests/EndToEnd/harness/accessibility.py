@@ -2,10 +2,9 @@
 
 import dataclasses
 
-import gi
+from gi.repository import GLib
 
-gi.require_version("Gio", "2.0")
-from gi.repository import Gio, GLib  # noqa: E402
+from .bus import call, connect
 
 ROOT = "/org/a11y/atspi/accessible/root"
 ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -30,9 +29,9 @@ class AccessibleProgram:
 
     def __init__(self, desktop, process_id):
         self._process_id = process_id
-        session = _connect(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
-        (address,) = _call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
-        self._bus = _connect(address)
+        session = connect(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        (address,) = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        self._bus = connect(address)
         self._service = None
 
     def nodes(self):
@@ -75,14 +74,14 @@ class AccessibleProgram:
         return x + width // 2, y + height // 2
 
     def _ask(self, node, interface, method, arguments=None):
-        return _call(self._bus, node.service, node.path, interface, method, arguments)
+        return call(self._bus, node.service, node.path, interface, method, arguments)
 
     def _find_service(self):
-        (children,) = _call(self._bus, "org.a11y.atspi.Registry", ROOT, ACCESSIBLE, "GetChildren")
+        (children,) = call(self._bus, "org.a11y.atspi.Registry", ROOT, ACCESSIBLE, "GetChildren")
         for service, _ in children:
             arguments = GLib.Variant("(s)", (service,))
             dbus = "org.freedesktop.DBus"
-            (owner,) = _call(
+            (owner,) = call(
                 self._bus, dbus, "/org/freedesktop/DBus", dbus, "GetConnectionUnixProcessID", arguments
             )
             if owner == self._process_id:
@@ -91,23 +90,11 @@ class AccessibleProgram:
 
     def _walk(self, service, path, depth):
         get = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
-        (name,) = _call(self._bus, service, path, "org.freedesktop.DBus.Properties", "Get", get)
-        (role,) = _call(self._bus, service, path, ACCESSIBLE, "GetRoleName")
-        (states,) = _call(self._bus, service, path, ACCESSIBLE, "GetState")
+        (name,) = call(self._bus, service, path, "org.freedesktop.DBus.Properties", "Get", get)
+        (role,) = call(self._bus, service, path, ACCESSIBLE, "GetRoleName")
+        (states,) = call(self._bus, service, path, ACCESSIBLE, "GetState")
         yield Node(role, name, depth, bool(states[0] & STATE_SHOWING), service, path)
-        (children,) = _call(self._bus, service, path, ACCESSIBLE, "GetChildren")
+        (children,) = call(self._bus, service, path, ACCESSIBLE, "GetChildren")
         for child_service, child_path in children:
             if child_path != "/org/a11y/atspi/null":
                 yield from self._walk(child_service, child_path, depth + 1)
-
-
-def _connect(address):
-    flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-    return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
-
-
-def _call(bus, service, path, interface, method, arguments=None):
-    answer = bus.call_sync(
-        service, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 10_000, None
-    )
-    return answer.unpack()

@@ -9,13 +9,11 @@ import signal
 import sqlite3
 import subprocess
 
-import gi
-
-gi.require_version("Gio", "2.0")
-from gi.repository import Gio, GLib  # noqa: E402
+from gi.repository import GLib
 
 from . import processes
 from .accessibility import AccessibleProgram
+from .bus import call, connect
 from .desktop import home_folders
 from .waiting import wait_for_value, wait_until
 
@@ -175,15 +173,12 @@ class Program:
     def _ask(self, service, path, interface, method, signature, arguments):
         bus = self._session_bus()
         try:
-            given, plain = GLib.Variant(signature, arguments), Gio.DBusCallFlags.NONE
-            return bus.call_sync(service, path, interface, method, given, None, plain, 5000, None).unpack()
+            return call(bus, service, path, interface, method, GLib.Variant(signature, arguments))
         finally:
             bus.close_sync(None)
 
     def _session_bus(self):
-        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-        address = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
-        return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        return connect(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
 
     # Window
 

@@ -2,13 +2,15 @@
 
 import os
 import pathlib
-import re
 import shutil
 import socket
 import struct
 import threading
 import time
 
+from gi.repository import GLib
+
+from .bus import call, connect
 from .desktop import Desktop, HAND_MOVES
 from .waiting import wait_until
 
@@ -75,18 +77,26 @@ class KWinDesktop(WaylandDesktop):
         # A copy lacks the file's capability, which containers refuse.
         kwin = shutil.copy(self.program, self.folder / "kwin_wayland")
         self.spawn([kwin, "--virtual", "--no-lockscreen", "--no-global-shortcuts", "--socket", "wayland-kwin"])
+        wait_until(self._is_on_the_bus, "KWin on the bus")
+
+    def _is_on_the_bus(self):
+        bus = connect(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        name = GLib.Variant("(s)", ("org.kde.KWin",))
+        return call(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner", name)[0]
 
     def windows(self, application_class):
         """By KWin's own search, which finds windows by class and title."""
-        return re.findall(r"'(0_\{[^']*)'", self._search("Match", application_class))
+        (found,) = self._search("Match", "(s)", application_class)
+        return [window[0] for window in found]
 
     def focus(self, window):
-        self._search("Run", self.windows(window)[0], "")
+        self._search("Run", "(ss)", self.windows(window)[0], "")
         time.sleep(HAND_MOVES)
 
-    def _search(self, method, *arguments):
-        call = ["gdbus", "call", "--session", "--dest=org.kde.KWin", "--object-path=/WindowsRunner"]
-        return self.run(*call, f"--method=org.kde.krunner1.{method}", *arguments, check=False)
+    def _search(self, method, signature, *arguments):
+        bus = connect(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        given = GLib.Variant(signature, arguments)
+        return call(bus, "org.kde.KWin", "/WindowsRunner", "org.kde.krunner1", method, given)
 
 
 class Keytap:
