@@ -25,7 +25,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr uid_t ada = 1000, bob = 1001, eve = 1002, carol = 1003;
+constexpr uid_t ada = 1000, bob = 1001, eve = 1002;
 constexpr RepeatSettings noRepeat{600, 0};
 int failures = 0;
 
