@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import socket
 import struct
@@ -59,7 +60,7 @@ class SwayDesktop(WaylandDesktop):
 
     def windows(self, application_class):
         tree = self.run("swaymsg", "--raw", "--type", "get_tree")
-        return [application_class] if f'"app_id": "{application_class}"' in tree else []
+        return re.findall(rf'"app_id": *"({re.escape(application_class)})"', tree)
 
     def focus(self, window):
         """Brings the application to the front at once; a hand then needs a moment until it types."""
