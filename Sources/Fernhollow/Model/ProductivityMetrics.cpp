@@ -45,7 +45,6 @@ ProductivityMetrics ProductivityMetrics::calculate(std::int64_t todayTotal,
                                                    const Calendar& calendar, Instant now) {
     ProductivityMetrics metrics;
     metrics.todayTotal = todayTotal;
-
     addHours(metrics, todayHourly);
     const Calendar steps = calendar.snapshot();
     const Instant today = steps.startOfDay(now);
