@@ -13,7 +13,9 @@ make_system() {
     bare_systems+=("$system")
     chmod 755 "$system"
     say "Making a bare $suite in $system"
-    debootstrap --variant=minbase "$suite" "$system" >"$log" 2>&1 || fail "debootstrap failed; $log says why"
+    # An older debootstrap does not know a newer suite by name. All of them are made as sid is.
+    debootstrap --variant=minbase "$suite" "$system" "" /usr/share/debootstrap/scripts/sid >"$log" 2>&1 ||
+        fail "debootstrap failed; $log says why"
     [ "$user" = ana ] || return 0
     chroot "$system" sh -e -c 'apt-get -q update && apt-get -q -y install --no-install-recommends sudo &&
         useradd --create-home --shell /bin/bash ana && echo "ana ALL=(ALL) NOPASSWD: ALL" >/etc/sudoers.d/ana' \
