@@ -138,15 +138,31 @@ HttpAnswer Backend::call(const json& parameters, const std::string& function) {
         }
         return {200, devices.dump()};
     }
+    const auto totals = dailyTotals(account);
+    if (function == "get_account_daily_totals") {
+        json days = json::array(); // all of them: a client looks for the days that it sent
+        for (const auto& [day, total] : totals) {
+            days.push_back({{"day", day}, {"total_count", total}});
+        }
+        return {200, days.dump()};
+    }
     if (function != "get_account_today_total") {
-        return {200, "[]"}; // the past and the hours, which no comparison reads
+        return {200, "[]"}; // the hours and the applications' past, which no comparison reads
     }
-    std::int64_t total = 0;
+    const auto today = totals.find(parameters.at("p_day"));
+    return {200, std::to_string(today != totals.end() ? today->second : 0)};
+}
+
+std::map<std::string, std::int64_t> Backend::dailyTotals(const Account& account) {
+    std::map<std::string, std::int64_t> totals;
     for (const auto& [device, counts] : account.counts) {
-        const auto today = counts.find({.day = parameters.at("p_day")});
-        total += today != counts.end() ? today->second : 0;
+        for (const auto& [place, count] : counts) {
+            if (place.table == Table::days) {
+                totals[place.day] += count;
+            }
+        }
     }
-    return {200, std::to_string(total)};
+    return totals;
 }
 
 } // namespace fernhollow::tests

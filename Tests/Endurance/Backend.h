@@ -74,6 +74,8 @@ private:
     HttpAnswer upsert(const nlohmann::json& row, const std::string& table);
     HttpAnswer select(const std::string& query);
     HttpAnswer call(const nlohmann::json& parameters, const std::string& function);
+    /// The sums of all devices by day.
+    static std::map<std::string, std::int64_t> dailyTotals(const Account& account);
     bool happens(unsigned percent) { return random_() % 100 < percent; }
 
     static Backend* current;
