@@ -48,8 +48,9 @@ public:
     Service() : listener_(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
         sockaddr_un address{AF_UNIX, {}};
         std::ranges::copy(path(), address.sun_path);
-        ::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-        ::listen(listener_.get(), 1);
+        const auto* name = reinterpret_cast<const sockaddr*>(&address);
+        EXPECT_EQ(::bind(listener_.get(), name, sizeof address), 0);
+        EXPECT_EQ(::listen(listener_.get(), 1), 0);
     }
 
     std::string path() const { return folder_.filePath(QStringLiteral("socket")).toStdString(); }
